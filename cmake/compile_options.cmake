@@ -1,0 +1,38 @@
+# Two sets of options: qv_agent_options for what runs on the handset, qv_host_options for what stands around it.
+add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=")
+
+add_library(qv_warnings INTERFACE)
+target_compile_options(qv_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wundef -Werror)
+
+# The agent: no exceptions, no RTTI, nothing that needs a runtime.
+add_library(qv_agent_options INTERFACE)
+target_include_directories(qv_agent_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
+target_compile_options(qv_agent_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
+                                                  -fno-threadsafe-statics> -fno-strict-aliasing)
+target_link_libraries(qv_agent_options INTERFACE qv_warnings)
+
+if(QV_WINCE)
+  return()
+endif()
+
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+# The x86 handset library calls with 4-byte aligned stacks. GCC realigns functions that only call others when it is told
+# how little alignment comes in; Clang realigns all.
+add_compile_options(-m32 -mstackrealign $<$<C_COMPILER_ID:GNU>:-mincoming-stack-boundary=2>)
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+add_link_options(-m32)
+
+if(QV_SANITIZE)
+  # vptr needs RTTI, which the agent has not.
+  set(QV_SANITIZER_OPTIONS -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
+                           -fno-omit-frame-pointer)
+  target_compile_options(qv_warnings INTERFACE ${QV_SANITIZER_OPTIONS})
+  add_link_options(${QV_SANITIZER_OPTIONS})
+endif()
+
+add_library(qv_host_options INTERFACE)
+target_include_directories(qv_host_options INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/src
+                                                     ${CMAKE_SOURCE_DIR}/include)
+target_link_libraries(qv_host_options INTERFACE qv_warnings)

@@ -1,0 +1,23 @@
+// From a module's number to its handler: opened, run once and closed within the call.
+#ifndef QV_ENTRY_DISPATCH_H
+#define QV_ENTRY_DISPATCH_H
+
+#include <cstdint>
+
+#include "entry/module_table.h"
+#include "sync/result.h"
+#include "sync/sync_mode.h"
+
+namespace qv {
+
+/// The row of a module, or null for an id outside 1..16.
+const ModuleRow* FindModule(std::int32_t module_id);
+
+/// Run a module that FindModule found. `directory` is UTF-16LE text of any alignment. `mode` and `anchor` come back as
+/// the module leaves them; a plain copy may pass a null anchor.
+Result ExportModule(const ModuleRow& module, SyncMode& mode, char16_t* anchor, const void* directory);
+Result RecoverModule(const ModuleRow& module, SyncMode mode, char16_t* anchor, const void* directory);
+
+}  // namespace qv
+
+#endif  // QV_ENTRY_DISPATCH_H

@@ -1,0 +1,171 @@
+// A record form as a table of fields, and the one interpreter that converts records by it. The same table gives the
+// dump of an exchange file, the columns of a stand-in store and docs/FORMATS.
+#ifndef QV_LAYOUT_RECORD_LAYOUT_H
+#define QV_LAYOUT_RECORD_LAYOUT_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace qv::layout {
+
+/// How a value lies in its slot.
+enum class Form : std::uint8_t {
+  none,      ///< The field does not exist on this side.
+  unused,    ///< Written as zero, never read.
+  number,    ///< Unsigned little-endian number of 1 to 4 bytes; a narrower target takes its low bytes.
+  bits,      ///< `width` bits from bit `shift` of such a number; fields may share the number.
+  truth,     ///< A number that carries 1 when it is not zero.
+  text,      ///< UTF-16LE up to its NUL, zero-filled; a copy keeps the last character for the NUL.
+  raw_text,  ///< Text whose bytes are carried as they stand, those behind the NUL included.
+  bytes,     ///< Carried as they stand.
+};
+
+struct Slot {
+  Form form = Form::none;
+  std::uint8_t shift = 0;
+  std::uint8_t width = 0;  ///< In bits; 0: the slot is whole bytes.
+  std::uint16_t offset = 0;
+  std::uint16_t size = 0;
+};
+
+constexpr Slot U8(std::uint16_t offset) {
+  return {Form::number, 0, 0, offset, 1};
+}
+constexpr Slot U16(std::uint16_t offset) {
+  return {Form::number, 0, 0, offset, 2};
+}
+constexpr Slot U32(std::uint16_t offset) {
+  return {Form::number, 0, 0, offset, 4};
+}
+/// Bits high..low of the `size`-byte number at `offset`.
+constexpr Slot Bits(std::uint16_t offset, std::uint16_t size, std::uint8_t high, std::uint8_t low) {
+  return {Form::bits, low, static_cast<std::uint8_t>(high - low + 1), offset, size};
+}
+constexpr Slot UnusedBits(std::uint16_t offset, std::uint16_t size, std::uint8_t high, std::uint8_t low) {
+  return {Form::unused, low, static_cast<std::uint8_t>(high - low + 1), offset, size};
+}
+constexpr Slot Truth(std::uint16_t offset, std::uint16_t size) {
+  return {Form::truth, 0, 0, offset, size};
+}
+/// `size` is in bytes, the NUL's two included.
+constexpr Slot Text(std::uint16_t offset, std::uint16_t size) {
+  return {Form::text, 0, 0, offset, size};
+}
+constexpr Slot RawText(std::uint16_t offset, std::uint16_t size) {
+  return {Form::raw_text, 0, 0, offset, size};
+}
+constexpr Slot Bytes(std::uint16_t offset, std::uint16_t size) {
+  return {Form::bytes, 0, 0, offset, size};
+}
+constexpr Slot Unused(std::uint16_t offset, std::uint16_t size) {
+  return {Form::unused, 0, 0, offset, size};
+}
+
+struct Field {
+  const char* name;  ///< Column and key name: lower case, words joined by "_"; "" for unused room.
+  Slot store;
+  Slot exchange;
+  bool export_only = false;     ///< The exchange side repeats what another row carries, so recover does not read it.
+  bool ends_when_zero = false;  ///< When the value is zero the rows after this one are not carried: they stay zero.
+};
+
+constexpr Field Both(const char* name, Slot store, Slot exchange) {
+  return {name, store, exchange};
+}
+constexpr Field ExportOnly(const char* name, Slot store, Slot exchange) {
+  return {name, store, exchange, true};
+}
+constexpr Field EndsWhenZero(const char* name, Slot store, Slot exchange) {
+  return {name, store, exchange, false, true};
+}
+constexpr Field StoreUnused(std::uint16_t offset, std::uint16_t size) {
+  return {"", Unused(offset, size), {}};
+}
+constexpr Field StoreUnusedBits(std::uint16_t offset, std::uint16_t size, std::uint8_t high, std::uint8_t low) {
+  return {"", UnusedBits(offset, size, high, low), {}};
+}
+constexpr Field ExchangeUnused(std::uint16_t offset, std::uint16_t size) {
+  return {"", {}, Unused(offset, size)};
+}
+/// A field of a form that has no store side: a change record, an id map entry.
+constexpr Field FileOnly(const char* name, Slot exchange) {
+  return {name, {}, exchange};
+}
+
+/// Items of one size that follow the fixed part in an exchange file and lie in slots of the store record.
+struct ItemRun {
+  const char* name;
+  std::uint16_t count_offset;  ///< Where the fixed part holds their count, one byte.
+  std::uint16_t store_offset;  ///< Where the store record's slots begin.
+  std::uint16_t item_size;     ///< Bytes, the same on both sides.
+  std::uint16_t slots;         ///< How many the store record holds.
+};
+
+struct RecordLayout {
+  const char* name;
+  std::uint32_t store_size;     ///< 0 when the form exists in files only.
+  std::uint32_t exchange_size;  ///< The fixed part; the items follow it in the order of `items`.
+  std::span<const Field> fields;
+  std::span<const ItemRun> items = {};
+};
+
+/// Fills the exchange record's fixed part. A count beyond its slots becomes the number of slots: the record carries the
+/// items there are.
+void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint8_t* exchange);
+/// Fills the store record from the fixed part, with empty item slots.
+void ToStore(const RecordLayout& layout, const std::uint8_t* exchange, std::uint8_t* store);
+
+constexpr std::uint32_t ItemCount(const ItemRun& run, const std::uint8_t* exchange) {
+  return exchange[run.count_offset];
+}
+
+namespace internal {
+
+/// Claims a slot's bits in `claimed`; false when one is taken already or lies outside.
+constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
+  if (slot.form == Form::none) return true;
+  if (std::size_t{slot.offset} + slot.size > claimed.size()) return false;
+  const std::uint32_t end = slot.width == 0 ? slot.size * 8u : slot.shift + slot.width;
+  if (end > slot.size * 8u) return false;
+  for (std::uint32_t bit = slot.shift; bit < end;) {
+    const bool whole_byte = bit % 8 == 0 && end - bit >= 8;
+    const auto mask = static_cast<std::uint8_t>(whole_byte ? 0xFF : 1u << (bit % 8));
+    std::uint8_t& byte = claimed[slot.offset + bit / 8];
+    if ((byte & mask) != 0) return false;
+    byte = static_cast<std::uint8_t>(byte | mask);
+    bit += whole_byte ? 8 : 1;
+  }
+  return true;
+}
+
+constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
+  for (const std::uint8_t byte : claimed) {
+    if (byte != 0xFF) return false;
+  }
+  return true;
+}
+
+}  // namespace internal
+
+/// True when the rows cover each side of the record to the last bit, none of them twice. A row that only repeats
+/// another claims its exchange slot but not the store slot it reads.
+template <std::size_t store_size, std::size_t exchange_size>
+consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> items = {}) {
+  std::array<std::uint8_t, store_size> store{};
+  std::array<std::uint8_t, exchange_size> exchange{};
+  for (const Field& field : fields) {
+    if (!field.export_only && !internal::Claim(field.store, store)) return false;
+    if (!internal::Claim(field.exchange, exchange)) return false;
+  }
+  for (const ItemRun& run : items) {
+    const auto size = static_cast<std::uint16_t>(run.item_size * run.slots);
+    if (!internal::Claim(Bytes(run.store_offset, size), store)) return false;
+  }
+  return internal::IsFull(store) && internal::IsFull(exchange);
+}
+
+}  // namespace qv::layout
+
+#endif  // QV_LAYOUT_RECORD_LAYOUT_H

@@ -1,0 +1,52 @@
+// Compares a store's list with its snapshot in one pass over each.
+#include "sync/changes.h"
+
+#include <algorithm>
+
+namespace qv {
+
+bool SyncInfoList::Resize(std::uint32_t count) {
+  constexpr std::uint32_t kMost = 0x0FFFFFFF;
+  return count <= kMost && entries_.Resize(count);
+}
+
+Result Snapshot::Load(const char16_t* path) {
+  using Reader = EntryReader<SnapshotEntry>;
+  File file = File::OpenExisting(path);
+  if (!file.IsOpen()) return Result::kFileFailed;
+  Reader reader(file);
+  SnapshotEntry entry;
+  Reader::Outcome outcome;
+  while ((outcome = reader.Next(entry)) == Reader::Outcome::kEntry) {
+    if (!Append(entry)) return Result::kNoMemory;
+  }
+  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
+}
+
+Result CompareWithSnapshot(std::uint32_t table, SyncInfoList& current, const Snapshot& snapshot,
+                           EntryWriter<ChangeRecord>& changes) {
+  const auto& known = snapshot.entries_;
+  List<bool> still_there;  // Of each id's first snapshot entry.
+  if (!still_there.Resize(known.size())) return Result::kNoMemory;
+  std::fill(still_there.begin(), still_there.end(), false);
+
+  for (std::size_t i = 0; i < current.size(); ++i) {
+    const SyncInfoEntry entry = current.entries()[i];
+    const std::size_t position = known.Find({entry.id});
+    const bool is_new = position == known.kAbsent;
+    if (!is_new) {
+      still_there[position] = true;
+      const SnapshotEntry& before = known[position];
+      if (before.time_low == entry.time_low && before.time_high == entry.time_high) continue;
+    }
+    if (!changes.Append({table, entry.id, is_new ? Operation::kNew : Operation::kModified})) return Result::kFileFailed;
+    current.QueueId(i);
+  }
+  for (std::size_t i = 0; i < known.size(); ++i) {
+    if (still_there[i] || still_there[known.Find({known[i].id})]) continue;
+    if (!changes.Append({table, known[i].id, Operation::kDeleted})) return Result::kFileFailed;
+  }
+  return changes.Flush() ? Result::kOk : Result::kFileFailed;
+}
+
+}  // namespace qv

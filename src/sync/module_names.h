@@ -1,0 +1,31 @@
+// What a record module and its tables are called wherever they show: to the store, in the files, in the anchor file.
+#ifndef QV_SYNC_MODULE_NAMES_H
+#define QV_SYNC_MODULE_NAMES_H
+
+#include <cstdint>
+
+#include "layout/record_layout.h"
+
+namespace qv {
+
+/// Main records are table 0 of a module, their groups table 1.
+inline constexpr std::uint32_t kMainTable = 0;
+inline constexpr std::uint32_t kGroupTable = 1;
+
+struct TableNames {
+  const char16_t* exchange_file;  ///< In the exchange directory.
+  const char16_t* snapshot_log;   ///< Full path.
+  const layout::RecordLayout* layout;
+};
+
+struct ModuleNames {
+  const char16_t* store_library;
+  const char16_t* anchor_key;
+  const char16_t* change_list;  ///< In the exchange directory.
+  const char16_t* id_map;       ///< In the exchange directory.
+  TableNames tables[2];         ///< By table number.
+};
+
+}  // namespace qv
+
+#endif  // QV_SYNC_MODULE_NAMES_H
