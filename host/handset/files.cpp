@@ -1,0 +1,173 @@
+// Files: a file of the handset is a file below its root. Reading and writing are the host's unbuffered calls of the
+// sizes asked for, so that what is measured here is what the agent does.
+#include "host/handset/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "host/handset/faults.h"
+#include "host/handset/objects.h"
+#include "host/handset/paths.h"
+#include "host/handset/storage.h"
+
+namespace handset {
+namespace {
+
+using coredll::BOOL;
+using coredll::DWORD;
+
+// What a file is opened for, in the bits by which a share mode allows it to others.
+constexpr DWORD kReading = coredll::FILE_SHARE_READ;
+constexpr DWORD kWriting = 2;
+
+DWORD UseOf(DWORD access) {
+  return ((access & coredll::GENERIC_READ) != 0 ? kReading : 0) |
+         ((access & coredll::GENERIC_WRITE) != 0 ? kWriting : 0);
+}
+
+class File;
+std::vector<const File*> open_files;
+
+class File : public Object {
+ public:
+  File(std::u16string_view name, const std::filesystem::path& path, DWORD use, DWORD share)
+      : Object(name), path_(path), use_(use), share_(share) {
+    open_files.push_back(this);
+  }
+  ~File() override {
+    std::erase(open_files, this);
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+
+  bool Open(int flags) {
+    constexpr int kFlagsOfUse[] = {O_RDONLY, O_RDONLY, O_WRONLY, O_RDWR};
+    descriptor_ = open(path_.c_str(), kFlagsOfUse[use_] | flags | O_CLOEXEC, 0666);
+    return descriptor_ >= 0;
+  }
+  int Descriptor() const { return descriptor_; }
+  bool IsFor(DWORD use) const { return (use_ & use) != 0; }
+  bool IsAt(const std::filesystem::path& path) const { return path_ == path; }
+  bool Shares(DWORD use, DWORD share) const { return (use & ~share_) == 0 && (use_ & ~share) == 0; }
+
+ private:
+  std::filesystem::path path_;
+  DWORD use_, share_;
+  int descriptor_ = -1;
+};
+
+// The open file, or null with the last error set when it is not open or not open for this.
+File* FileFor(coredll::HANDLE handle, DWORD use) {
+  auto* file = ObjectOf<File>(handle);
+  return file != nullptr && !file->IsFor(use) ? Fail<File*>(Error::access_denied, nullptr) : file;
+}
+
+// Why a path cannot be opened as this disposition asks; Error::none when it can.
+Error Obstacle(const std::filesystem::path& path, DWORD disposition) {
+  if (disposition != coredll::CREATE_ALWAYS && disposition != coredll::OPEN_EXISTING) return Error::invalid_parameter;
+  if (IsDirectory(path)) return Error::access_denied;
+  if (!IsDirectory(path.parent_path())) return Error::path_not_found;
+  return disposition == coredll::OPEN_EXISTING && !IsFile(path) ? Error::file_not_found : Error::none;
+}
+
+bool IsOpenAgainst(const std::filesystem::path& path, DWORD use, DWORD share) {
+  return std::ranges::any_of(open_files,
+                             [&](const File* file) { return file->IsAt(path) && !file->Shares(use, share); });
+}
+
+std::uint64_t SizeOf(const std::filesystem::path& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+coredll::HANDLE Open(std::u16string_view name, DWORD use, DWORD share, DWORD disposition) {
+  const coredll::HANDLE failure = coredll::INVALID_HANDLE_VALUE;
+  // No file of the handset can have such a name, though the host's could.
+  if (name.find_first_of(u"*?<>|\":") != std::u16string_view::npos) return Fail(Error::invalid_name, failure);
+  const std::filesystem::path path = HostPath(name);
+  if (const Error obstacle = Obstacle(path, disposition); obstacle != Error::none) return Fail(obstacle, failure);
+  if (IsOpenAgainst(path, use, share)) return Fail(Error::sharing_violation, failure);
+
+  const bool creates = disposition == coredll::CREATE_ALWAYS;
+  const bool existed = creates && IsFile(path);
+  const std::uint64_t truncated = creates ? SizeOf(path) : 0;
+  auto file = std::make_unique<File>(name, path, use, share);
+  if (!file->Open(creates ? O_CREAT | O_TRUNC : 0)) return Fail(ErrorFromErrno(), failure);
+  GiveBackRoom(truncated);
+  SetLastError(existed ? Error::already_exists : Error::none);
+  return AddObject(std::move(file));
+}
+
+BOOL Delete(std::u16string_view name) {
+  const std::filesystem::path path = HostPath(name);
+  if (const Error obstacle = Obstacle(path, coredll::OPEN_EXISTING); obstacle != Error::none) {
+    return Fail(obstacle, kFalse);
+  }
+  const auto is_open = std::ranges::any_of(open_files, [&](const File* file) { return file->IsAt(path); });
+  if (is_open) return Fail(Error::sharing_violation, kFalse);
+  const std::uint64_t size = SizeOf(path);
+  if (unlink(path.c_str()) != 0) return Fail(ErrorFromErrno(), kFalse);
+  GiveBackRoom(size);
+  return kTrue;
+}
+
+BOOL Write(const File& file, const void* buffer, DWORD size, DWORD& written) {
+  const DWORD fitting = TakeRoom(file.Descriptor(), size);
+  const ssize_t done = write(file.Descriptor(), buffer, fitting);
+  const Error error = done < 0 ? ErrorFromErrno() : Error::disk_full;
+  if (done < 0 && error != Error::disk_full) return Fail(error, kFalse);
+  written = done < 0 ? 0 : static_cast<DWORD>(done);
+  // A full disk is no failure to this system: the call succeeds, and only the count tells.
+  if (written < size) SetLastError(Error::disk_full);
+  return kTrue;
+}
+
+}  // namespace
+
+unsigned CountOpenFiles() {
+  return static_cast<unsigned>(open_files.size());
+}
+
+}  // namespace handset
+
+namespace coredll {
+
+using namespace handset;
+
+HANDLE CreateFileW(const char16_t* name, DWORD access, DWORD share, void*, DWORD disposition, DWORD, HANDLE) {
+  return PlatformCall({"CreateFileW", View(name), 0}, INVALID_HANDLE_VALUE,
+                      [&] { return Open(View(name), UseOf(access), share, disposition); });
+}
+
+BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, void*) {
+  *read = 0;
+  return PlatformCall({"ReadFile", ObjectName(handle), size}, kFalse, [&] {
+    const File* file = FileFor(handle, kReading);
+    if (file == nullptr) return kFalse;
+    const ssize_t done = ::read(file->Descriptor(), buffer, size);
+    if (done < 0) return Fail(ErrorFromErrno(), kFalse);
+    *read = static_cast<DWORD>(done);
+    return kTrue;
+  });
+}
+
+BOOL WriteFile(HANDLE handle, const void* buffer, DWORD size, DWORD* written, void*) {
+  *written = 0;
+  const auto write = [&] {
+    const File* file = FileFor(handle, kWriting);
+    return file == nullptr ? kFalse : Write(*file, buffer, size, *written);
+  };
+  return PlatformCall({"WriteFile", ObjectName(handle), size}, kFalse, write, &size);
+}
+
+BOOL DeleteFileW(const char16_t* name) {
+  return PlatformCall({"DeleteFileW", View(name), 0}, kFalse, [&] { return Delete(View(name)); });
+}
+
+}  // namespace coredll

@@ -1,0 +1,149 @@
+// The clock, the windows and the messages sent to them, named semaphores, and the division of memory: what the agent
+// asks the system itself.
+#include "host/handset/system.h"
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+#include <set>
+#include <unordered_map>
+
+#include "host/handset/faults.h"
+#include "host/handset/objects.h"
+
+namespace handset {
+namespace {
+
+// The division that the system refuses to make: what a failing SetSystemMemoryDivision answers.
+constexpr std::uint32_t kDivisionRefused = 3;
+
+struct System {
+  std::optional<coredll::SYSTEMTIME> set_time;
+  std::map<std::u16string, coredll::HWND, std::less<>> windows;  // By title.
+  std::uintptr_t last_window = 0x10000;                          // Above HWND_BROADCAST.
+  std::vector<PostedMessage> posted;
+  std::set<std::u16string, std::less<>> held_semaphores;
+  std::uint32_t division_answer = 0;
+  std::vector<std::uint32_t> divisions;
+};
+
+System phone;
+
+class Semaphore : public Object {
+ public:
+  Semaphore(std::u16string_view name, bool is_named) : Object(name), is_named_(is_named) {}
+  bool Has(std::u16string_view name) const { return is_named_ && Name() == name; }
+
+ private:
+  bool is_named_;
+};
+
+bool SemaphoreExists(std::u16string_view name) {
+  if (phone.held_semaphores.contains(name)) return true;
+  return std::ranges::any_of(Objects(), [&](const auto& entry) {
+    const auto* semaphore = dynamic_cast<const Semaphore*>(entry.second.get());
+    return semaphore != nullptr && semaphore->Has(name);
+  });
+}
+
+coredll::SYSTEMTIME HostLocalTime() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  tm local{};
+  localtime_r(&now.tv_sec, &local);
+  const auto word = [](long value) { return static_cast<std::uint16_t>(value); };
+  return {word(local.tm_year + 1900), word(local.tm_mon + 1), word(local.tm_wday), word(local.tm_mday),
+          word(local.tm_hour),        word(local.tm_min),     word(local.tm_sec),  word(now.tv_nsec / 1'000'000)};
+}
+
+// A date that there is not keeps the day of the week it was given with.
+coredll::SYSTEMTIME WithDayOfWeek(coredll::SYSTEMTIME time) {
+  using namespace std::chrono;
+  const year_month_day date(year(time.wYear), month(time.wMonth), day(time.wDay));
+  if (date.ok()) time.wDayOfWeek = static_cast<std::uint16_t>(weekday(sys_days(date)).c_encoding());
+  return time;
+}
+
+}  // namespace
+
+void ResetSystem() {
+  phone = {};
+}
+
+void SetLocalTime(std::optional<coredll::SYSTEMTIME> now) {
+  phone.set_time = now;
+}
+
+const std::vector<PostedMessage>& PostedMessages() {
+  return phone.posted;
+}
+
+coredll::HWND OpenWindow(std::u16string_view title) {
+  const auto window = reinterpret_cast<coredll::HWND>(phone.last_window += 0x10);
+  phone.windows.insert_or_assign(std::u16string(title), window);
+  return window;
+}
+
+void HoldSemaphore(std::u16string_view name) {
+  phone.held_semaphores.emplace(name);
+}
+
+void DropSemaphore(std::u16string_view name) {
+  phone.held_semaphores.erase(std::u16string(name));
+}
+
+void AnswerMemoryDivision(std::uint32_t answer) {
+  phone.division_answer = answer;
+}
+
+const std::vector<std::uint32_t>& MemoryDivisions() {
+  return phone.divisions;
+}
+
+unsigned CountOpenSemaphores() {
+  return CountObjects<Semaphore>();
+}
+
+}  // namespace handset
+
+namespace coredll {
+
+using namespace handset;
+
+void GetLocalTime(SYSTEMTIME* now) {
+  Watch({"GetLocalTime", {}, 0});
+  *now = phone.set_time ? WithDayOfWeek(*phone.set_time) : HostLocalTime();
+}
+
+HWND FindWindowW(const char16_t*, const char16_t* title) {
+  return PlatformCall({"FindWindowW", View(title), 0}, nullptr, [&]() -> HWND {
+    const auto found = phone.windows.find(View(title));
+    return title == nullptr || found == phone.windows.end() ? nullptr : found->second;
+  });
+}
+
+BOOL PostMessageW(HWND window, DWORD message, DWORD wparam, std::int32_t lparam) {
+  return PlatformCall({"PostMessageW", {}, 0}, kFalse, [&] {
+    phone.posted.push_back({window, message, wparam, lparam});
+    return kTrue;
+  });
+}
+
+HANDLE CreateSemaphoreW(void*, std::int32_t initial, std::int32_t maximum, const char16_t* name) {
+  return PlatformCall({"CreateSemaphoreW", View(name), 0}, nullptr, [&]() -> HANDLE {
+    if (maximum <= 0 || initial < 0 || initial > maximum) return Fail(Error::invalid_parameter, nullptr);
+    const bool existed = name != nullptr && SemaphoreExists(View(name));
+    const HANDLE handle = AddObject(std::make_unique<Semaphore>(View(name), name != nullptr));
+    SetLastError(existed ? Error::already_exists : Error::none);
+    return handle;
+  });
+}
+
+DWORD SetSystemMemoryDivision(DWORD storage_pages) {
+  return PlatformCall({"SetSystemMemoryDivision", {}, 0}, kDivisionRefused, [&] {
+    phone.divisions.push_back(storage_pages);
+    return phone.division_answer;
+  });
+}
+
+}  // namespace coredll

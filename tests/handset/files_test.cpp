@@ -1,0 +1,214 @@
+// Files and paths: what the agent's files rest on is that this file system behaves like the handset's, not the host's.
+// Names without case, share modes and full disks are what the two differ in.
+#include "tests/handset/handset_fixture.h"
+
+namespace handset {
+namespace {
+
+using coredll::CloseHandle;
+using coredll::DeleteFileW;
+using coredll::GENERIC_READ;
+using coredll::GENERIC_WRITE;
+using coredll::GetLastError;
+using coredll::INVALID_HANDLE_VALUE;
+
+using FilesTest = HandsetTest;
+
+TEST_F(FilesTest, WhatIsWrittenIsReadBack) {
+  MakeDirectory("data");
+  const auto written = Create(u"\\data\\a.tbl");
+  EXPECT_EQ(Write(written, "hello, "), 7);
+  EXPECT_EQ(Write(written, ""), 0);
+  EXPECT_EQ(Write(written, "world"), 5);
+  EXPECT_TRUE(CloseHandle(written));
+
+  const auto file = Open(u"\\data\\a.tbl");
+  EXPECT_EQ(Read(file, 5), "hello");
+  EXPECT_EQ(Read(file, 100), ", world");
+  EXPECT_EQ(Read(file, 100), "");
+  EXPECT_TRUE(CloseHandle(file));
+  EXPECT_EQ(TakeCensus(), Census());
+}
+
+TEST_F(FilesTest, NamesAreFoundWithoutCase) {
+  Put("My Data/Größe.TBL", "x");
+  EXPECT_EQ(Read(Open(u"\\MY DATA\\grÖße.tbl"), 9), "x");
+}
+
+TEST_F(FilesTest, AnExistingFileKeepsItsSpellingAndANewOneHasTheGivenOne) {
+  Put("Data/Old.tbl", "old");
+  CloseHandle(Create(u"\\dATA\\OLD.TBL"));
+  CloseHandle(Create(u"\\dATA\\New.tbl"));
+  EXPECT_EQ(Content("Data/Old.tbl"), "");
+  EXPECT_TRUE(Exists("Data/New.tbl"));
+  EXPECT_FALSE(Exists("Data/OLD.TBL"));
+}
+
+TEST_F(FilesTest, SeparatorsMayBeDoubledOrMissingInFront) {
+  Put("data/a", "x");
+  EXPECT_EQ(Read(Open(u"\\\\data\\\\a", GENERIC_READ, 1), 9), "x");
+  EXPECT_EQ(Read(Open(u"data\\a", GENERIC_READ, 1), 9), "x");
+}
+
+TEST_F(FilesTest, NoPathLeadsOutOfTheRoot) {
+  EXPECT_EQ(HostPath(u"\\..\\..\\etc\\passwd"), root_ / "etc/passwd");
+  EXPECT_EQ(HostPath(u"\\a\\..\\..\\b"), root_ / "b");
+  EXPECT_EQ(HostPath(u"\\a/../../../b"), root_ / "b");
+  EXPECT_EQ(HostPath(u"\\"), root_);
+}
+
+TEST_F(FilesTest, NamesAreUtf8OnTheHost) {
+  CloseHandle(Create(u"\\日程\U0001F4C5.tbl"));
+  EXPECT_TRUE(Exists("日程\U0001F4C5.tbl"));
+}
+
+TEST_F(FilesTest, AnUnpairedSurrogateIsAnOrdinaryNameThatComesBack) {
+  const char16_t name[] = {u'\\', 0xDC00, u'x', 0xD800, 0};
+  ASSERT_NE(Create(name), INVALID_HANDLE_VALUE);
+  coredll::WIN32_FIND_DATAW found;
+  ASSERT_NE(coredll::FindFirstFileW(name, &found), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(std::u16string(found.cFileName), name + 1);
+}
+
+TEST_F(FilesTest, OpeningSaysWhatIsMissing) {
+  EXPECT_EQ(Open(u"\\none"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), 2u);
+  EXPECT_EQ(Open(u"\\no directory\\none"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), 3u);
+  EXPECT_EQ(Create(u"\\no directory\\none"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), 3u);
+}
+
+TEST_F(FilesTest, ADirectoryIsNoFile) {
+  MakeDirectory("data");
+  EXPECT_EQ(Create(u"\\Data"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), 5u);
+  EXPECT_EQ(Open(u"\\Data"), INVALID_HANDLE_VALUE);
+  EXPECT_FALSE(DeleteFileW(u"\\Data"));
+  EXPECT_EQ(Open(nullptr), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(FilesTest, NoFileHasAWildcardInItsName) {
+  EXPECT_EQ(Create(u"\\a*.tbl"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), 123u);
+}
+
+TEST_F(FilesTest, CreatingTellsWhetherTheFileWasThere) {
+  CloseHandle(Create(u"\\a"));
+  EXPECT_EQ(GetLastError(), 0u);
+  CloseHandle(Create(u"\\A"));
+  EXPECT_EQ(GetLastError(), coredll::ERROR_ALREADY_EXISTS);
+}
+
+TEST_F(FilesTest, AFileIsUsedOnlyForWhatItWasOpenedFor) {
+  Put("a", "x");
+  const auto reader = Open(u"\\a");
+  EXPECT_EQ(Write(reader, "y"), -1);
+  EXPECT_EQ(GetLastError(), 5u);
+  const auto writer = Create(u"\\b");
+  EXPECT_EQ(Read(writer, 1), "failed");
+  const auto both = Create(u"\\c", GENERIC_READ | GENERIC_WRITE);
+  EXPECT_EQ(Write(both, "z"), 1);
+  EXPECT_EQ(Read(both, 1), "");
+}
+
+TEST_F(FilesTest, AnUnsharedFileOpensOnce) {
+  Put("a", "x");
+  const auto first = Open(u"\\a");
+  EXPECT_EQ(Open(u"\\A", GENERIC_READ, 1), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), 32u);
+  CloseHandle(first);
+  EXPECT_NE(Open(u"\\A"), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(FilesTest, SharingNeedsTheConsentOfBothSides) {
+  Put("a", "x");
+  const auto reader = Open(u"\\a", GENERIC_READ, 1);
+  EXPECT_NE(Open(u"\\a", GENERIC_READ, 1), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Open(u"\\a", GENERIC_READ, 0), INVALID_HANDLE_VALUE) << "the first one reads";
+  EXPECT_EQ(Open(u"\\a", GENERIC_WRITE, 3), INVALID_HANDLE_VALUE) << "the first one lets nobody write";
+  EXPECT_EQ(Create(u"\\a"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Content("a"), "x") << "a refused CREATE_ALWAYS leaves the content";
+  CloseHandle(reader);
+}
+
+TEST_F(FilesTest, WriteSharingLetsAReaderAndAWriterIn) {
+  const auto writer = Create(u"\\a", GENERIC_WRITE, 1);
+  EXPECT_EQ(Open(u"\\a", GENERIC_READ, 1), INVALID_HANDLE_VALUE);
+  EXPECT_NE(Open(u"\\a", GENERIC_READ, 3), INVALID_HANDLE_VALUE);
+  CloseHandle(writer);
+}
+
+TEST_F(FilesTest, AFileIsDeletedOnceNobodyHasItOpen) {
+  Put("Data/A", "x");
+  const auto file = Open(u"\\data\\a", GENERIC_READ, 3);
+  EXPECT_FALSE(DeleteFileW(u"\\data\\a"));
+  EXPECT_EQ(GetLastError(), 32u);
+  CloseHandle(file);
+  EXPECT_TRUE(DeleteFileW(u"\\data\\a"));
+  EXPECT_FALSE(Exists("Data/A"));
+  EXPECT_FALSE(DeleteFileW(u"\\data\\a"));
+  EXPECT_EQ(GetLastError(), 2u);
+}
+
+TEST_F(FilesTest, AClosedHandleIsNoHandle) {
+  const auto file = Create(u"\\a");
+  EXPECT_TRUE(CloseHandle(file));
+  EXPECT_FALSE(CloseHandle(file));
+  EXPECT_EQ(GetLastError(), 6u);
+  EXPECT_EQ(Write(file, "x"), -1);
+  EXPECT_FALSE(CloseHandle(INVALID_HANDLE_VALUE));
+  EXPECT_NE(Create(u"\\b"), file) << "handles are not given out twice";
+}
+
+TEST_F(FilesTest, AFullDiskTakesWhatFits) {
+  SetFreeSpace(10);
+  const auto file = Create(u"\\a");
+  EXPECT_EQ(Write(file, "12345678"), 8);
+  EXPECT_EQ(Write(file, "12345678"), 2);
+  EXPECT_EQ(GetLastError(), 112u);
+  EXPECT_EQ(Write(file, "1"), 0);
+  EXPECT_EQ(Content("a"), "1234567812");
+}
+
+TEST_F(FilesTest, DeletingAndTruncatingGiveRoomBack) {
+  SetFreeSpace(4);
+  auto file = Create(u"\\a");
+  EXPECT_EQ(Write(file, "123456"), 4);
+  CloseHandle(file);
+  file = Create(u"\\a");
+  EXPECT_EQ(Write(file, "123"), 3);
+  CloseHandle(file);
+  EXPECT_TRUE(DeleteFileW(u"\\a"));
+  EXPECT_EQ(Write(Create(u"\\b"), "123456"), 4);
+}
+
+TEST_F(FilesTest, WritingOverWhatIsThereNeedsNoRoom) {
+  Put("a", "12345");
+  SetFreeSpace(1);
+  EXPECT_EQ(Write(Open(u"\\a", GENERIC_WRITE), "abcdefgh"), 6);
+  EXPECT_EQ(Content("a"), "abcdef");
+}
+
+TEST_F(FilesTest, FreeSpaceIsTheHostsUnlessItIsSet) {
+  coredll::ULARGE_INTEGER free{}, total{}, total_free{};
+  ASSERT_TRUE(coredll::GetDiskFreeSpaceExW(u"\\", &free, &total, &total_free));
+  EXPECT_GT((std::uint64_t{total.HighPart} << 32) + total.LowPart, 0u);
+  SetFreeSpace(0x1'0000'0002);
+  ASSERT_TRUE(coredll::GetDiskFreeSpaceExW(nullptr, &free, nullptr, &total_free));
+  EXPECT_EQ(free.LowPart, 2u);
+  EXPECT_EQ(free.HighPart, 1u);
+  EXPECT_EQ(total_free.LowPart, 2u);
+  EXPECT_FALSE(coredll::GetDiskFreeSpaceExW(u"\\none", &free, nullptr, nullptr));
+  EXPECT_EQ(GetLastError(), 3u);
+}
+
+TEST_F(FilesTest, StartingAgainClosesEverything) {
+  const auto file = Create(u"\\a");
+  Start(root_);
+  EXPECT_EQ(TakeCensus(), Census());
+  EXPECT_FALSE(CloseHandle(file));
+}
+
+}  // namespace
+}  // namespace handset
