@@ -1,0 +1,79 @@
+// Opens either kind of file as an agent. A handset library gets its imports from the simulated handset, whose functions
+// are in this process under the linker names that platform/coredll.h gives them.
+#include "host/loader/agent_library.h"
+
+#include <dlfcn.h>
+
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string_view>
+#include <vector>
+
+#include "host/loader/pe_image.h"
+
+namespace loader {
+namespace {
+
+class SharedObject final : public AgentLibrary {
+ public:
+  explicit SharedObject(const std::filesystem::path& file)
+      : name_(file.string()), library_(dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    if (library_ == nullptr) throw std::runtime_error(name_ + ": " + dlerror());
+  }
+
+  void* Symbol(const std::string& name) const override {
+    void* const symbol = dlsym(library_.get(), name.c_str());
+    if (symbol == nullptr) throw std::runtime_error(name_ + ": it does not export " + name);
+    return symbol;
+  }
+
+  bool IsHandsetBuild() const override { return false; }
+
+ private:
+  struct Close {
+    void operator()(void* library) const { dlclose(library); }
+  };
+
+  std::string name_;
+  std::unique_ptr<void, Close> library_;
+};
+
+void* ResolveImport(const std::string& library, const std::string& name) {
+  return library == "COREDLL.dll" ? dlsym(RTLD_DEFAULT, ("coredll_" + name).c_str()) : nullptr;
+}
+
+class HandsetLibrary final : public AgentLibrary {
+ public:
+  HandsetLibrary(const std::vector<std::uint8_t>& file, const std::string& name) : image_(file, name, ResolveImport) {
+    image_.Start();
+  }
+
+  void* Symbol(const std::string& name) const override { return image_.Export(name); }
+  bool IsHandsetBuild() const override { return true; }
+
+ private:
+  PeImage image_;
+};
+
+std::vector<std::uint8_t> ReadFile(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(stream), {}};
+  if (!stream.is_open() || stream.bad()) throw std::runtime_error(file.string() + ": it cannot be read");
+  return bytes;
+}
+
+}  // namespace
+
+std::unique_ptr<AgentLibrary> AgentLibrary::Open(const std::filesystem::path& file) {
+  constexpr std::string_view kElfMagic = "\177ELF";
+  const std::vector<std::uint8_t> bytes = ReadFile(file);
+  if (bytes.size() >= kElfMagic.size() && std::memcmp(bytes.data(), kElfMagic.data(), kElfMagic.size()) == 0) {
+    return std::make_unique<SharedObject>(file);
+  }
+  return std::make_unique<HandsetLibrary>(bytes, file.string());
+}
+
+}  // namespace loader
