@@ -1,0 +1,134 @@
+// Slots to columns and back.
+#include "host/stores/columns.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/handset/unicode.h"
+#include "layout/bytes.h"
+
+namespace stores {
+namespace {
+
+using qv::layout::Form;
+using qv::layout::Slot;
+
+enum class Kind { number, text, bytes };
+
+Kind KindOf(const Slot& slot) {
+  switch (slot.form) {
+    case Form::number:
+    case Form::bits:
+    case Form::truth: return Kind::number;
+    case Form::text:
+    case Form::raw_text: return Kind::text;
+    default: return Kind::bytes;
+  }
+}
+
+std::uint32_t MaskOf(const Slot& slot) {
+  const unsigned bits = slot.width != 0 ? slot.width : slot.size * 8u;
+  return bits < 32 ? (1u << bits) - 1 : ~0u;
+}
+
+std::span<const std::uint8_t> WithoutTrailingZeros(const Slot& slot, const std::uint8_t* record) {
+  std::span<const std::uint8_t> bytes(record + slot.offset, slot.size);
+  while (!bytes.empty() && bytes.back() == 0) bytes = bytes.first(bytes.size() - 1);
+  return bytes;
+}
+
+std::u16string TextUpToNul(const Slot& slot, const std::uint8_t* record) {
+  std::u16string text(slot.size / 2, u'\0');
+  std::memcpy(text.data(), record + slot.offset, slot.size);
+  text.resize(std::min(text.find(u'\0'), text.size()));
+  return text;
+}
+
+bool IsHighSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xD800;
+}
+bool IsLowSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xDC00;
+}
+
+bool IsWellFormed(std::u16string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+      ++i;
+    } else if (IsHighSurrogate(text[i]) || IsLowSurrogate(text[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Writes what leaves room for the NUL, and no half of a surrogate pair.
+void PutText(std::u16string_view text, const Slot& slot, std::uint8_t* record) {
+  std::size_t length = std::min<std::size_t>(text.size(), slot.size / 2u - 1u);
+  if (length < text.size() && IsLowSurrogate(text[length])) --length;
+  std::memcpy(record + slot.offset, text.data(), length * sizeof(char16_t));
+}
+
+/// Whether PutText of the text makes the slot: it has a NUL and nothing behind it.
+bool IsZeroBehind(std::u16string_view text, const Slot& slot, const std::uint8_t* record) {
+  return text.size() < slot.size / 2u && WithoutTrailingZeros(slot, record).size() <= text.size() * sizeof(char16_t);
+}
+
+void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
+  const std::u16string text = TextUpToNul(slot, record);
+  if (IsWellFormed(text) && IsZeroBehind(text, slot, record)) {
+    query.Bind(parameter, handset::Utf8(text));
+  } else {
+    query.Bind(parameter, WithoutTrailingZeros(slot, record));
+  }
+}
+
+}  // namespace
+
+std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
+  std::vector<Column> columns;
+  for (const qv::layout::Field& field : layout.fields.subspan(1)) {
+    if (field.store.form == Form::none || field.store.form == Form::unused || field.export_only) continue;
+    columns.push_back({field.name, field.store});
+  }
+  for (const qv::layout::ItemRun& run : layout.items) {
+    const auto size = static_cast<std::uint16_t>(run.item_size * run.slots);
+    columns.push_back({run.name, qv::layout::Bytes(run.store_offset, size)});
+  }
+  return columns;
+}
+
+std::string TypeOf(const Column& column) {
+  switch (KindOf(column.slot)) {
+    case Kind::number: return "INTEGER NOT NULL DEFAULT 0";
+    case Kind::text: return "TEXT NOT NULL DEFAULT ''";
+    case Kind::bytes: break;
+  }
+  return "BLOB NOT NULL DEFAULT x''";
+}
+
+void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
+  switch (KindOf(slot)) {
+    case Kind::number: {
+      const std::uint32_t number = qv::layout::LoadNumber(record + slot.offset, slot.size);
+      return query.Bind(parameter, std::int64_t{number >> slot.shift & MaskOf(slot)});
+    }
+    case Kind::text: return BindText(slot, record, query, parameter);
+    case Kind::bytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
+  }
+}
+
+void ReadColumn(const Query& query, int column, const Slot& slot, std::uint8_t* record) {
+  std::uint8_t* const place = record + slot.offset;
+  if (KindOf(slot) == Kind::number) {
+    const std::uint32_t value = static_cast<std::uint32_t>(query.Number(column)) & MaskOf(slot);
+    qv::layout::StoreNumber(place, slot.size, qv::layout::LoadNumber(place, slot.size) | value << slot.shift);
+  } else if (KindOf(slot) == Kind::text && !query.IsBlob(column)) {
+    PutText(handset::Utf16(query.Text(column)), slot, record);
+  } else {
+    const std::span<const std::uint8_t> bytes = query.Blob(column);
+    std::copy_n(bytes.data(), std::min<std::size_t>(bytes.size(), slot.size), place);
+  }
+}
+
+}  // namespace stores

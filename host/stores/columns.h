@@ -1,0 +1,35 @@
+// A record form as columns of a table: each field with a slot in the store record is one, and so is each run of items.
+#ifndef QV_HOST_STORES_COLUMNS_H
+#define QV_HOST_STORES_COLUMNS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/stores/statement.h"
+#include "layout/record_layout.h"
+
+namespace stores {
+
+struct Column {
+  std::string name;
+  qv::layout::Slot slot;
+};
+
+/// The columns in the order of the rows, without the first one, which is the record's id. Rows that only repeat others
+/// and unused room have none.
+std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout);
+
+/// The column's type and what it holds in a row inserted by hand that does not name it, in SQL.
+std::string TypeOf(const Column& column);
+
+/// Numbers are kept as they stand in the record, bytes without the zeros at their end. Text is kept as UTF-8, but as
+/// the slot's bytes when UTF-8 could not give them back: ill-formed, without a NUL, or with something behind it.
+void BindColumn(const qv::layout::Slot& slot, const std::uint8_t* record, Query& query, int parameter);
+
+/// The reverse, on a record whose slot is zero. What someone wrote by hand and does not fit is cut; text keeps its NUL.
+void ReadColumn(const Query& query, int column, const qv::layout::Slot& slot, std::uint8_t* record);
+
+}  // namespace stores
+
+#endif  // QV_HOST_STORES_COLUMNS_H

@@ -1,0 +1,168 @@
+// The table of a kind and the statements on it, all made from the record form.
+#include "host/stores/record_store.h"
+
+#include <algorithm>
+#include <string>
+
+#include "layout/bytes.h"
+
+namespace stores {
+namespace {
+
+/// The present as a FileTime: days since the Julian date of 1601-01-01, in units of 100 ns.
+constexpr const char* kNow = "CAST((julianday('now') - 2305813.5) * 864000000000 AS INTEGER)";
+
+std::string Quoted(const std::string& name) {
+  return '"' + name + '"';
+}
+
+/// `prefix` + column name + `suffix` of each column, each after a comma.
+std::string Listed(const std::vector<Column>& columns, const char* suffix = "") {
+  std::string list;
+  for (const Column& column : columns) list += ", " + Quoted(column.name) + suffix;
+  return list;
+}
+
+std::string Placeholders(std::size_t count) {
+  std::string list;
+  for (std::size_t i = 0; i < count; ++i) list += ", ?";
+  return list;
+}
+
+/// A row that gives no time of its own, or NULL, is as of now.
+std::string TableSql(const std::string& table, const std::vector<Column>& columns) {
+  std::string sql = "CREATE TABLE IF NOT EXISTS " + table +
+                    " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT,\n"
+                    "  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" +
+                    kNow + ")";
+  for (const Column& column : columns) sql += ",\n  " + Quoted(column.name) + " " + TypeOf(column);
+  return sql + ")";
+}
+
+/// A change moves the time even when the clock has not moved since the last one, or stands before it.
+std::string TriggerSql(const std::string& table) {
+  return "CREATE TRIGGER IF NOT EXISTS " + table + "_modified AFTER UPDATE ON " + table +
+         " WHEN NEW.modified = OLD.modified BEGIN\n  UPDATE " + table + " SET modified = max(OLD.modified + 1, " +
+         kNow + ") WHERE id = NEW.id;\nEND";
+}
+
+std::vector<Column> CreateTable(Database& database, const KindDescription& kind) {
+  std::vector<Column> columns = ColumnsOf(kind.layout);
+  Transaction transaction(database);
+  database.Execute(TableSql(kind.table, columns));
+  database.Execute(TriggerSql(kind.table));
+  transaction.Commit();
+  return columns;
+}
+
+std::string InsertSql(const std::string& table, const std::vector<Column>& columns) {
+  return "INSERT INTO " + table + " (modified" + Listed(columns) + ") VALUES (?" + Placeholders(columns.size()) + ")";
+}
+
+/// The record's columns are the parameters from the second on, as in the insert.
+std::string UpdateSql(const std::string& table, const std::vector<Column>& columns) {
+  return "UPDATE " + table + " SET id = ?1" + Listed(columns, " = ?") + " WHERE id = ?1";
+}
+
+SyncInfoEntry SyncInfoOf(const Query& row) {
+  const auto modified = static_cast<std::uint64_t>(row.Number(1));
+  return {.id = static_cast<std::uint32_t>(row.Number(0)),
+          .unused = 0,
+          .modified = {static_cast<std::uint32_t>(modified), static_cast<std::uint32_t>(modified >> 32)}};
+}
+
+}  // namespace
+
+UnknownId::UnknownId(std::uint32_t id) : StoreError("there is no record " + std::to_string(id)) {}
+
+RecordStore::RecordStore(Database& database, const KindDescription& kind)
+    : database_(database),
+      kind_(kind),
+      columns_(CreateTable(database, kind)),
+      count_(database.Prepare(std::string("SELECT count(*) FROM ") + kind.table)),
+      sync_info_(database.Prepare(std::string("SELECT id, modified FROM ") + kind.table + " ORDER BY id LIMIT ?")),
+      read_(database.Prepare("SELECT id" + Listed(columns_) + " FROM " + kind.table + " WHERE id = ?")),
+      insert_(database.Prepare(InsertSql(kind.table, columns_))),
+      update_(database.Prepare(UpdateSql(kind.table, columns_))),
+      delete_(database.Prepare(std::string("DELETE FROM ") + kind.table + " WHERE id = ?")),
+      delete_all_(database.Prepare(std::string("DELETE FROM ") + kind.table)) {}
+
+std::uint32_t RecordStore::Count() const {
+  Query query(count_);
+  query.Step();
+  return static_cast<std::uint32_t>(query.Number(0));
+}
+
+std::uint32_t RecordStore::SyncInfo(std::span<SyncInfoEntry> entries) const {
+  Query query(sync_info_);
+  query.Bind(1, static_cast<std::int64_t>(entries.size()));
+  std::uint32_t filled = 0;
+  while (query.Step()) entries[filled++] = SyncInfoOf(query);
+  return filled;
+}
+
+void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const {
+  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  for (const std::uint32_t id : ids) {
+    Query query(read_);
+    query.Bind(1, std::int64_t{id});
+    if (!query.Step()) throw UnknownId(id);
+    std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
+    const qv::layout::Slot& id_slot = kind_.layout.fields[0].store;
+    qv::layout::StoreNumber(records + id_slot.offset, id_slot.size, id);
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);
+    }
+    records += kind_.layout.store_size;
+  }
+}
+
+void RecordStore::BindRecord(const std::uint8_t* record, Query& query) const {
+  int parameter = 2;
+  for (const Column& column : columns_) BindColumn(column.slot, record, query, parameter++);
+}
+
+std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<FileTime> modified) {
+  Transaction transaction(database_);
+  {
+    Query query(insert_);
+    if (modified) query.Bind(1, *modified);
+    BindRecord(record, query);
+    query.Run();
+  }
+  const std::int64_t id = database_.LastInsertedId();
+  if (id != static_cast<std::uint32_t>(id)) throw StoreError("the ids are used up");
+  transaction.Commit();
+  return static_cast<std::uint32_t>(id);
+}
+
+void RecordStore::Update(std::uint32_t id, const std::uint8_t* record) {
+  Transaction transaction(database_);
+  {
+    Query query(update_);
+    query.Bind(1, std::int64_t{id});
+    BindRecord(record, query);
+    query.Run();
+  }
+  if (database_.ChangedRows() == 0) throw UnknownId(id);
+  transaction.Commit();
+}
+
+void RecordStore::Delete(std::span<const std::uint32_t> ids) {
+  Transaction transaction(database_);
+  for (const std::uint32_t id : ids) {
+    Query query(delete_);
+    query.Bind(1, std::int64_t{id});
+    query.Run();
+    if (database_.ChangedRows() == 0) throw UnknownId(id);
+  }
+  transaction.Commit();
+}
+
+void RecordStore::DeleteAll() {
+  Transaction transaction(database_);
+  Query(delete_all_).Run();
+  transaction.Commit();
+}
+
+}  // namespace stores

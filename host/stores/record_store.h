@@ -1,0 +1,87 @@
+// Records of one kind in the database. The stand-in store libraries are thin callers of it, and so are tools that
+// create data: open a Database on the running handset, a RecordStore on that, and insert.
+#ifndef QV_HOST_STORES_RECORD_STORE_H
+#define QV_HOST_STORES_RECORD_STORE_H
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "host/stores/columns.h"
+#include "host/stores/database.h"
+#include "layout/record_layout.h"
+#include "platform/coredll.h"
+
+#pragma GCC visibility push(default)
+
+namespace stores {
+
+struct KindDescription {
+  const char* table;                       ///< In the database.
+  const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id.
+  qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
+};
+
+/// What a store tells about a record before anyone reads it: a form that the agent knows.
+struct SyncInfoEntry {
+  std::uint32_t id;
+  std::uint32_t unused;
+  coredll::FILETIME modified;
+};
+static_assert(sizeof(SyncInfoEntry) == 16);
+
+/// 100 ns since 1601, UTC: a FILETIME in one number.
+using FileTime = std::int64_t;
+
+/// A call named a record that is not there.
+class UnknownId : public StoreError {
+ public:
+  explicit UnknownId(std::uint32_t id);
+};
+
+/// One table: `id`, which is never given out twice; `modified`, a FileTime; and the columns of the record form
+/// (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the sqlite3 shell counts as one on
+/// the handset, and a row inserted there gets the present time.
+///
+/// A record is `layout.store_size` bytes. What is read is what was inserted, but for the record's own id, which is the
+/// row's, and bytes that no row names, which are zero. Each call is one transaction; one that throws has done nothing.
+class RecordStore {
+ public:
+  /// Makes the table when there is none. The database must outlive the store.
+  RecordStore(Database& database, const KindDescription& kind);
+
+  const KindDescription& Kind() const { return kind_; }
+
+  std::uint32_t Count() const;
+
+  /// Fills `entries` in the order of insertion as far as there is room; returns how many were filled.
+  std::uint32_t SyncInfo(std::span<SyncInfoEntry> entries) const;
+
+  /// Puts the records back to back in the order of `ids`. Throws UnknownId.
+  void Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const;
+
+  /// Returns the new record's id. Without `modified` it is as of now.
+  std::uint32_t Insert(const std::uint8_t* record, std::optional<FileTime> modified = std::nullopt);
+
+  /// Throws UnknownId.
+  void Update(std::uint32_t id, const std::uint8_t* record);
+
+  /// Throws UnknownId, also for the second of two equal ids.
+  void Delete(std::span<const std::uint32_t> ids);
+  void DeleteAll();
+
+ private:
+  void BindRecord(const std::uint8_t* record, Query& query) const;
+
+  Database& database_;
+  const KindDescription& kind_;
+  std::vector<Column> columns_;
+  Statement count_, sync_info_, read_, insert_, update_, delete_, delete_all_;
+};
+
+}  // namespace stores
+
+#pragma GCC visibility pop
+
+#endif  // QV_HOST_STORES_RECORD_STORE_H
