@@ -1,0 +1,126 @@
+// What a behaviour test stands on: a fresh handset in a directory, the agent under test, and the desktop's side of a
+// call. The same tests run against the host build and against the handset library: see --library in agent_main.cpp.
+#ifndef QV_TESTS_SUPPORT_AGENT_TEST_H
+#define QV_TESTS_SUPPORT_AGENT_TEST_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/handset/handset.h"
+#include "host/loader/agent_library.h"
+#include "include/qv_rapi.h"
+
+namespace qv_test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// The agent under test, opened once.
+loader::AgentLibrary& Agent();
+void OpenAgent(const std::filesystem::path& file);
+
+/// Records what the agent does with its stream.
+class RecordingStream final : public IRAPIStream {
+ public:
+  std::int32_t QV_STDCALL QueryInterface(const void*, void**) override { return Unexpected("QueryInterface"); }
+  std::uint32_t QV_STDCALL AddRef() override { return Unexpected("AddRef"), 0; }
+  std::uint32_t QV_STDCALL Release() override;
+  std::int32_t QV_STDCALL Read(void*, std::uint32_t, std::uint32_t*) override { return Unexpected("Read"); }
+  std::int32_t QV_STDCALL Write(const void* buffer, std::uint32_t size, std::uint32_t* written) override;
+  std::int32_t QV_STDCALL Seek(std::int64_t, std::uint32_t, std::uint64_t*) override { return Unexpected("Seek"); }
+  std::int32_t QV_STDCALL SetSize(std::uint64_t) override { return Unexpected("SetSize"); }
+  std::int32_t QV_STDCALL CopyTo(void*, std::uint64_t, std::uint64_t*, std::uint64_t*) override {
+    return Unexpected("CopyTo");
+  }
+  std::int32_t QV_STDCALL Commit(std::uint32_t) override { return Unexpected("Commit"); }
+  std::int32_t QV_STDCALL Revert() override { return Unexpected("Revert"); }
+  std::int32_t QV_STDCALL LockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override {
+    return Unexpected("LockRegion");
+  }
+  std::int32_t QV_STDCALL UnlockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override {
+    return Unexpected("UnlockRegion");
+  }
+  std::int32_t QV_STDCALL Stat(void*, std::uint32_t) override { return Unexpected("Stat"); }
+  std::int32_t QV_STDCALL Clone(void**) override { return Unexpected("Clone"); }
+  std::int32_t QV_STDCALL SetRapiStat(std::uint32_t, std::uint32_t) override { return Unexpected("SetRapiStat"); }
+  std::int32_t QV_STDCALL GetRapiStat(std::uint32_t, std::uint32_t*) override { return Unexpected("GetRapiStat"); }
+
+  /// Each call in order: "Write 48", "Release", or the name of a method that the agent has no business calling.
+  std::vector<std::string> calls;
+  Bytes written;
+  bool fails = false;
+
+ private:
+  std::int32_t Unexpected(const char* method) {
+    calls.emplace_back(method);
+    return -1;
+  }
+};
+
+/// What a desktop call answered.
+struct Answer {
+  std::uint32_t returned = 0;
+  std::uint32_t code = 0;
+  std::uint32_t mode = 0;
+  std::u16string anchor;
+  std::vector<std::string> stream_calls;
+};
+
+/// A request block as the desktop sends it: head, then the directory cut short behind its NUL.
+Bytes Request(std::int32_t module_id, std::uint32_t mode, std::u16string_view anchor, std::u16string_view directory);
+
+/// Little-endian values at an offset of a record under construction.
+void Put8(Bytes& bytes, std::size_t offset, std::uint8_t value);
+void Put16(Bytes& bytes, std::size_t offset, std::uint16_t value);
+void Put32(Bytes& bytes, std::size_t offset, std::uint32_t value);
+void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text);
+std::uint32_t Get32(const Bytes& bytes, std::size_t offset);
+/// 12-byte entries one after another: snapshots, change lists, id maps.
+Bytes Words(std::initializer_list<std::uint32_t> words);
+void Append(Bytes& bytes, const Bytes& more);
+
+constexpr char16_t kSync[] = u"\\sync";
+constexpr char16_t kAnchorIni[] = u"\\dbdata\\sysconfig\\qvSyncAnchor.ini";
+
+/// 11 December 2006 07:02:10, and the anchor that it makes.
+constexpr coredll::SYSTEMTIME kNow = {2006, 12, 1, 11, 7, 2, 10, 0};
+constexpr char16_t kNowAnchor[] = u"200612117210";
+
+class AgentTest : public testing::Test {
+ protected:
+  AgentTest();
+  ~AgentTest() override;
+
+  Answer Export(std::int32_t module_id, std::uint32_t mode, std::u16string_view anchor = u"",
+                std::u16string_view directory = kSync);
+  Answer Recover(std::int32_t module_id, std::uint32_t mode, std::u16string_view anchor = u"",
+                 std::u16string_view directory = kSync);
+  std::uint32_t LocalExport(int module_id, const char16_t* directory = kSync);
+  std::uint32_t LocalRecover(int module_id, const char16_t* directory = kSync);
+  /// Calls an export of the stream prototype with an input block.
+  std::uint32_t Call(const std::string& name, Bytes input, RecordingStream* stream);
+
+  // The handset's files, by their paths on the handset.
+  static bool Exists(std::u16string_view path);
+  static Bytes ReadFile(std::u16string_view path);
+  static std::string ReadText(std::u16string_view path);
+  static void WriteFile(std::u16string_view path, const Bytes& bytes);
+  static void WriteText(std::u16string_view path, std::string_view text);
+  static void MakeDirectory(std::u16string_view path);
+
+  /// Every file below the root with its bytes, to see that nothing changed.
+  static std::vector<std::pair<std::string, Bytes>> AllFiles();
+
+ private:
+  Answer CallWithRequest(const std::string& name, const Bytes& request);
+  std::filesystem::path root_;
+};
+
+}  // namespace qv_test
+
+#endif  // QV_TESTS_SUPPORT_AGENT_TEST_H
