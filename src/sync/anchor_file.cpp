@@ -17,6 +17,9 @@ namespace {
 constexpr std::size_t kBytesRead = 2000;
 constexpr std::size_t kAnchorChars = 14;
 
+/// What the platform's conversions return for a character that the other side lacks.
+constexpr auto kNotConvertible = static_cast<std::size_t>(-1);
+
 using Text8 = std::string_view;
 using Text16 = std::u16string_view;
 
@@ -50,13 +53,13 @@ bool ReadText(const char16_t* path, File::Sharing sharing, List<char>& text) {
 bool Widen(List<char>& bytes, List<char16_t>& text) {
   if (!bytes.Append('\0') || !text.Resize(bytes.size())) return false;
   const std::size_t length = coredll::mbstowcs(text.data(), bytes.data(), text.size());
-  return length != std::size_t(-1) && text.Resize(length);
+  return length != kNotConvertible && text.Resize(length);
 }
 
 bool Narrow(const char16_t* text, List<char>& bytes) {
   if (!bytes.Resize(2 * Text16(text).size() + 1)) return false;
   const std::size_t length = coredll::wcstombs(bytes.data(), text, bytes.size());
-  return length != std::size_t(-1) && bytes.Resize(length);
+  return length != kNotConvertible && bytes.Resize(length);
 }
 
 template <typename Char>

@@ -2,6 +2,7 @@
 #ifndef QV_SYNC_INDEXED_LIST_H
 #define QV_SYNC_INDEXED_LIST_H
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -16,19 +17,17 @@ class IndexedList {
  public:
   static constexpr std::size_t kAbsent = std::size_t(-1);
 
-  /// False without memory; the list is as it was.
-  [[nodiscard]] bool Append(const Entry& entry) {
-    if (!GrowIndex(entries_.size() + 1) || !entries_.Append(entry)) return false;
-    Enter(entries_.size() - 1);
-    return true;
-  }
+  /// False without memory; the list is as it was. The entry is indexed when it is first looked for, so that a list read
+  /// whole is indexed once.
+  [[nodiscard]] bool Append(const Entry& entry) { return MakeSlots(entries_.size() + 1) && entries_.Append(entry); }
 
   /// Room for `count` entries in all.
-  [[nodiscard]] bool Reserve(std::size_t count) { return entries_.Reserve(count) && GrowIndex(count); }
+  [[nodiscard]] bool Reserve(std::size_t count) { return MakeSlots(count) && entries_.Reserve(count); }
 
   /// The position of the first entry with this key, or kAbsent.
   std::size_t Find(const Key& key) const {
-    if (slots_.empty()) return kAbsent;
+    if (entries_.empty()) return kAbsent;
+    IndexNewEntries();
     const std::uint32_t position = slots_[SlotOf(key)];
     return position == kEmpty ? kAbsent : position;
   }
@@ -42,7 +41,15 @@ class IndexedList {
   static constexpr std::uint32_t kEmpty = std::uint32_t(-1);
   static constexpr std::size_t kFirstSlots = 16;
 
-  /// The slot that holds the key, or the empty one where it belongs. At least half of the slots are empty.
+  /// Slots for `count` entries, at least half of them empty. The index begins anew in a larger table.
+  bool MakeSlots(std::size_t count) {
+    if (2 * count <= slots_.size()) return true;
+    if (!slots_.Resize(std::bit_ceil(std::max(2 * count, kFirstSlots)))) return false;
+    indexed_ = 0;
+    return true;
+  }
+
+  /// The slot that holds the key, or the empty one where it belongs.
   std::size_t SlotOf(const Key& key) const {
     const std::size_t mask = slots_.size() - 1;
     std::size_t slot = key.Hash() & mask;
@@ -50,21 +57,17 @@ class IndexedList {
     return slot;
   }
 
-  void Enter(std::size_t position) {
-    std::uint32_t& slot = slots_[SlotOf(key_of(entries_[position]))];
-    if (slot == kEmpty) slot = static_cast<std::uint32_t>(position);
-  }
-
-  bool GrowIndex(std::size_t count) {
-    if (2 * count <= slots_.size()) return true;
-    if (!slots_.Resize(std::bit_ceil(std::max(2 * count, kFirstSlots)))) return false;
-    std::fill(slots_.begin(), slots_.end(), kEmpty);
-    for (std::size_t position = 0; position < entries_.size(); ++position) Enter(position);
-    return true;
+  void IndexNewEntries() const {
+    if (indexed_ == 0) std::fill(slots_.begin(), slots_.end(), kEmpty);
+    for (; indexed_ < entries_.size(); ++indexed_) {
+      std::uint32_t& slot = slots_[SlotOf(key_of(entries_[indexed_]))];
+      if (slot == kEmpty) slot = static_cast<std::uint32_t>(indexed_);
+    }
   }
 
   List<Entry> entries_;
-  List<std::uint32_t> slots_;
+  mutable List<std::uint32_t> slots_;  ///< Positions of entries, by hash of their keys.
+  mutable std::size_t indexed_ = 0;    ///< How many entries the slots know.
 };
 
 /// Spreads neighbouring ids over the whole word.

@@ -259,12 +259,10 @@ def add_tests(demand, damages):
 
 def write_result(result):
     """Leaves the numbers where GoogleTest programs leave theirs, for script/test to add up."""
-    kind, _, folder = os.environ.get("GTEST_OUTPUT", "").partition(":")
-    if kind != "json":
-        return
-    name = pathlib.Path(__file__).stem
-    numbers = {"name": name, "tests": result.testsRun, "failures": len(result.failures) + len(result.errors)}
-    pathlib.Path(folder, f"{name}.json").write_text(json.dumps(numbers) + "\n")
+    kind, _, file = os.environ.get("GTEST_OUTPUT", "").partition(":")
+    if kind == "json":
+        numbers = {"tests": result.testsRun, "failures": len(result.failures) + len(result.errors)}
+        pathlib.Path(file).write_text(json.dumps(numbers) + "\n")
 
 
 if __name__ == "__main__":
