@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "host/handset/unicode.h"
-#include "layout/bytes.h"
 
 namespace stores {
 namespace {
@@ -16,19 +15,8 @@ using qv::layout::Slot;
 enum class Kind { number, text, bytes };
 
 Kind KindOf(const Slot& slot) {
-  switch (slot.form) {
-    case Form::number:
-    case Form::bits:
-    case Form::truth: return Kind::number;
-    case Form::text:
-    case Form::raw_text: return Kind::text;
-    default: return Kind::bytes;
-  }
-}
-
-std::uint32_t MaskOf(const Slot& slot) {
-  const unsigned bits = slot.width != 0 ? slot.width : slot.size * 8u;
-  return bits < 32 ? (1u << bits) - 1 : ~0u;
+  if (qv::layout::IsNumeric(slot.form)) return Kind::number;
+  return slot.form == Form::text || slot.form == Form::raw_text ? Kind::text : Kind::bytes;
 }
 
 std::span<const std::uint8_t> WithoutTrailingZeros(const Slot& slot, const std::uint8_t* record) {
@@ -109,25 +97,20 @@ std::string TypeOf(const Column& column) {
 
 void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   switch (KindOf(slot)) {
-    case Kind::number: {
-      const std::uint32_t number = qv::layout::LoadNumber(record + slot.offset, slot.size);
-      return query.Bind(parameter, std::int64_t{number >> slot.shift & MaskOf(slot)});
-    }
+    case Kind::number: return query.Bind(parameter, std::int64_t{qv::layout::LoadSlot(slot, record)});
     case Kind::text: return BindText(slot, record, query, parameter);
     case Kind::bytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
   }
 }
 
 void ReadColumn(const Query& query, int column, const Slot& slot, std::uint8_t* record) {
-  std::uint8_t* const place = record + slot.offset;
   if (KindOf(slot) == Kind::number) {
-    const std::uint32_t value = static_cast<std::uint32_t>(query.Number(column)) & MaskOf(slot);
-    qv::layout::StoreNumber(place, slot.size, qv::layout::LoadNumber(place, slot.size) | value << slot.shift);
+    qv::layout::StoreSlot(slot, record, static_cast<std::uint32_t>(query.Number(column)));
   } else if (KindOf(slot) == Kind::text && !query.IsBlob(column)) {
     PutText(handset::Utf16(query.Text(column)), slot, record);
   } else {
     const std::span<const std::uint8_t> bytes = query.Blob(column);
-    std::copy_n(bytes.data(), std::min<std::size_t>(bytes.size(), slot.size), place);
+    std::copy_n(bytes.data(), std::min<std::size_t>(bytes.size(), slot.size), record + slot.offset);
   }
 }
 

@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <string>
 
-#include "layout/bytes.h"
-
 namespace stores {
 namespace {
 
@@ -109,7 +107,7 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
     if (!query.Step()) throw UnknownId(id);
     std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
     const qv::layout::Slot& id_slot = kind_.layout.fields[0].store;
-    qv::layout::StoreNumber(records + id_slot.offset, id_slot.size, id);
+    qv::layout::StoreSlot(id_slot, records, id);
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);
     }

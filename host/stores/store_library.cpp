@@ -4,8 +4,6 @@
 #include <exception>
 #include <vector>
 
-#include "layout/bytes.h"
-
 namespace stores {
 namespace {
 
@@ -14,7 +12,7 @@ std::vector<std::uint8_t> WithArgument(const KindDescription& kind, const void* 
   const auto* const bytes = static_cast<const std::uint8_t*>(record);
   std::vector<std::uint8_t> copy(bytes, bytes + kind.layout.store_size);
   if (kind.argument.form != qv::layout::Form::none) {
-    qv::layout::StoreNumber(copy.data() + kind.argument.offset, kind.argument.size, argument);
+    qv::layout::StoreSlot(kind.argument, copy.data(), argument);
   }
   return copy;
 }

@@ -8,32 +8,6 @@
 namespace qv::layout {
 namespace {
 
-bool IsNumeric(Form form) {
-  return form == Form::number || form == Form::bits || form == Form::truth;
-}
-
-std::uint32_t BitMask(const Slot& slot) {
-  return (slot.width < 32 ? 1u << slot.width : 0u) - 1u;
-}
-
-std::uint32_t LoadValue(const Slot& slot, const std::uint8_t* record) {
-  const std::uint32_t number = LoadNumber(record + slot.offset, slot.size);
-  switch (slot.form) {
-    case Form::bits: return (number >> slot.shift) & BitMask(slot);
-    case Form::truth: return number != 0 ? 1 : 0;
-    default: return number;
-  }
-}
-
-void StoreValue(const Slot& slot, std::uint8_t* record, std::uint32_t value) {
-  std::uint8_t* const place = record + slot.offset;
-  if (slot.form == Form::bits) {
-    const std::uint32_t others = LoadNumber(place, slot.size) & ~(BitMask(slot) << slot.shift);
-    value = others | (value & BitMask(slot)) << slot.shift;
-  }
-  StoreNumber(place, slot.size, value);
-}
-
 /// Copies text up to its NUL, at most the source's width and the target's less the NUL. The target is zero already.
 void CopyText(const std::uint8_t* source, std::size_t source_size, std::uint8_t* target, std::size_t target_size) {
   const std::size_t room = std::min(source_size, target_size - 2);
@@ -45,7 +19,8 @@ void CopyText(const std::uint8_t* source, std::size_t source_size, std::uint8_t*
 
 void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::uint8_t* target) {
   if (IsNumeric(from.form)) {
-    StoreValue(to, target, LoadValue(from, source));
+    const std::uint32_t value = LoadSlot(from, source);
+    StoreSlot(to, target, from.form == Form::truth ? value != 0 : value);
   } else if (from.form == Form::text) {
     CopyText(source + from.offset, from.size, target + to.offset, to.size);
   } else {
@@ -62,11 +37,24 @@ void Convert(std::span<const Field> fields, Slot Field::*from, const std::uint8_
     if (source_slot.form == Form::none || target_slot.form == Form::none) continue;
     if (field.export_only && !exporting) continue;
     Carry(source_slot, source, target_slot, target);
-    if (field.ends_when_zero && LoadValue(target_slot, target) == 0) return;
+    if (field.ends_when_zero && LoadSlot(target_slot, target) == 0) return;
   }
 }
 
 }  // namespace
+
+std::uint32_t LoadSlot(const Slot& slot, const std::uint8_t* record) {
+  return LoadNumber(record + slot.offset, slot.size) >> slot.shift & LargestNumber(slot);
+}
+
+void StoreSlot(const Slot& slot, std::uint8_t* record, std::uint32_t value) {
+  std::uint8_t* const place = record + slot.offset;
+  if (slot.width != 0) {
+    const std::uint32_t others = LoadNumber(place, slot.size) & ~(LargestNumber(slot) << slot.shift);
+    value = others | (value & LargestNumber(slot)) << slot.shift;
+  }
+  StoreNumber(place, slot.size, value);
+}
 
 void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint8_t* exchange) {
   std::fill_n(exchange, layout.exchange_size, std::uint8_t{0});

@@ -111,6 +111,21 @@ struct RecordLayout {
   std::span<const ItemRun> items = {};
 };
 
+constexpr bool IsNumeric(Form form) {
+  return form == Form::number || form == Form::bits || form == Form::truth;
+}
+
+/// The largest number that a slot of numeric form holds: all its bits set.
+constexpr std::uint32_t LargestNumber(const Slot& slot) {
+  const unsigned width = slot.width != 0 ? slot.width : slot.size * 8u;
+  return width < 32 ? (1u << width) - 1 : ~0u;
+}
+
+/// The number in a slot of numeric form, as it lies there.
+std::uint32_t LoadSlot(const Slot& slot, const std::uint8_t* record);
+/// Puts a number's low bits into such a slot; fields that share its bytes keep theirs.
+void StoreSlot(const Slot& slot, std::uint8_t* record, std::uint32_t value);
+
 /// Fills the exchange record's fixed part. A count beyond its slots becomes the number of slots: the record carries the
 /// items there are.
 void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint8_t* exchange);

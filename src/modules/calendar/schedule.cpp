@@ -1,7 +1,6 @@
 // The schedule's export and recover, step by step.
 #include "modules/calendar/schedule.h"
 
-#include "layout/bytes.h"
 #include "sync/anchor_file.h"
 
 namespace qv::schedule {
@@ -23,14 +22,6 @@ constexpr std::uint32_t kReadRoom = 100;
 /// What an incremental recover reads from the group table at a time, applying only the first record of it. Desktops lay
 /// the table out so.
 constexpr std::size_t kGroupRequest = 10332;
-
-std::uint32_t LoadSlot(const layout::Slot& slot, const std::uint8_t* record) {
-  return layout::LoadNumber(record + slot.offset, slot.size);
-}
-
-void StoreSlot(const layout::Slot& slot, std::uint8_t* record, std::uint32_t value) {
-  layout::StoreNumber(record + slot.offset, slot.size, value);
-}
 
 class ScheduleTable final : public StoreTable {
  public:
@@ -64,7 +55,7 @@ class ScheduleTable final : public StoreTable {
           static_assert(kGroupExchangeSize <= kEntryExchangeSize);
           layout::ToExchange(layout, record, exchange);
           // An entry goes by the id it was listed under; what its record says of it is the store's own affair.
-          if (number() == kMainTable) StoreSlot(kEntryId, exchange, id);
+          if (number() == kMainTable) layout::StoreSlot(kEntryId, exchange, id);
           if (!exchange_table.Write(exchange, layout.exchange_size)) return Result::kFileFailed;
           return WriteItems(exchange_table, layout, exchange, record);
         });
@@ -221,7 +212,8 @@ Result ScheduleHandler::ApplyGroups(ApplyForm form) {
     if (IsFailure(read) || !more) return read;
     std::uint8_t record[kGroupStoreSize];
     layout::ToStore(kGroupLayout, exchange.data(), record);
-    const Result applied = writer.Apply(kGroupTable, LoadSlot(kGroupId, record), record, LoadSlot(kGroupValue, record));
+    const Result applied =
+        writer.Apply(kGroupTable, layout::LoadSlot(kGroupId, record), record, layout::LoadSlot(kGroupValue, record));
     if (IsFailure(applied)) return applied;
   }
 }
@@ -242,9 +234,9 @@ Result ScheduleHandler::ApplyEntries(ApplyForm form) {
     layout::ToStore(kEntryLayout, exchange, record.data());
     const Result items = ReadItems(table, kEntryLayout, exchange, record.data());
     if (IsFailure(items)) return items;
-    const std::uint32_t group = id_map_.Translate(kGroupTable, LoadSlot(kEntryGroupId, exchange));
-    StoreSlot(kEntryGroupId, record.data(), group);
-    const Result applied = writer.Apply(kMainTable, LoadSlot(kEntryId, exchange), record.data(), group);
+    const std::uint32_t group = id_map_.Translate(kGroupTable, layout::LoadSlot(kEntryGroupId, exchange));
+    layout::StoreSlot(kEntryGroupId, record.data(), group);
+    const Result applied = writer.Apply(kMainTable, layout::LoadSlot(kEntryId, exchange), record.data(), group);
     if (IsFailure(applied)) return applied;
   }
 }

@@ -28,7 +28,7 @@ inline constexpr StepFlag kGroupsApplied{0x3000000};
 inline constexpr StepFlag kEntriesApplied{0x4000000};
 
 inline constexpr StepWords kStepWords[] = {
-    {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the snapshot log of"},
+    {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the table's snapshot log"},
     {Direction::kExport, Modes::kAny, StepFlag::kTable0Exported, "exporting the entries"},
     {Direction::kExport, Modes::kAny, StepFlag::kTable1Exported, "exporting the groups"},
     {Direction::kExport, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
