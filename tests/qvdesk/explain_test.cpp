@@ -1,0 +1,84 @@
+// Result codes in words.
+#include "tests/qvdesk/desk.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class Explain : public desk::DeskTest {
+ protected:
+  std::string Words(const std::vector<std::string>& arguments) const {
+    std::vector<std::string> all = {"explain"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return Done(all);
+  }
+};
+
+TEST_F(Explain, ZeroIsSuccess) {
+  EXPECT_THAT(Words({"0"}), HasSubstr("success"));
+}
+
+TEST_F(Explain, CodeWithoutStepReadsTheSameInAnyModule) {
+  EXPECT_THAT(Words({"0x10000001"}), HasSubstr("any module, export:\n    the store library could not be loaded"));
+  EXPECT_THAT(Words({"268435457"}), HasSubstr("reported by an export"));
+}
+
+TEST_F(Explain, ExportStepIsNamedAndTheOtherDirectionIsNotOffered) {
+  const std::string words = Words({"0x12000006"});
+  EXPECT_THAT(words, HasSubstr("schedule, export, any mode"));
+  EXPECT_THAT(words, HasSubstr("failed while exporting the groups: the store could not read a record"));
+  EXPECT_THAT(words, Not(HasSubstr("recover")));
+}
+
+TEST_F(Explain, SnapshotFlagIsNestedUnderTheStepAndMeansAnIncrementalExport) {
+  const std::string words = Words({"0x11100100"});
+  EXPECT_THAT(words, HasSubstr("schedule, export, incremental mode"));
+  EXPECT_THAT(words, HasSubstr("failed while exporting the entries: reading the table's snapshot log: a file"));
+}
+
+TEST_F(Explain, RecoverStepsReadDifferentlyByMode) {
+  const std::string all = Words({"0x23000007"});
+  EXPECT_THAT(all, HasSubstr("incremental mode:\n    failed while inserting and updating the groups"));
+  EXPECT_THAT(all, HasSubstr("any other mode than incremental:\n    failed while inserting the entries"));
+  const std::string incremental = Words({"0x23000007", "--module", "2", "--mode", "incremental"});
+  EXPECT_THAT(incremental, HasSubstr("inserting and updating the groups"));
+  EXPECT_THAT(incremental, Not(HasSubstr("inserting the entries")));
+  EXPECT_THAT(Words({"0x23000007", "--mode", "plain"}), HasSubstr("inserting the entries"));
+}
+
+TEST_F(Explain, ChangeListFlagStandsAlone) {
+  EXPECT_THAT(Words({"0x20200009"}), HasSubstr("failed while applying the change list's deletions: the store refused"));
+}
+
+TEST_F(Explain, CodeWithoutEntryFlagListsBothDirections) {
+  const std::string words = Words({"0x5000100"});
+  EXPECT_THAT(words, HasSubstr("schedule, export, any mode:\n    failed while rewriting the snapshot logs"));
+  EXPECT_THAT(words, HasSubstr("schedule, recover, any mode:\n    failed while rewriting the snapshot logs"));
+  EXPECT_THAT(Words({"0x5000100", "--direction", "recover"}), Not(HasSubstr("export, any")));
+}
+
+TEST_F(Explain, UnknownCodesAreSaidToBeUnknown) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"77"},
+                                             {"0x1f000100"},
+                                             {"0x40000001"},
+                                             {"0x30000001"},
+                                             {"0x10000000"},
+                                             {"0x13000100"},
+                                             {"0x10000001", "--direction", "recover"},
+                                             {"0x20200009", "--mode", "full"}}) {
+    std::vector<std::string> all = {"explain"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const desk::Outcome outcome = Run(all);
+    EXPECT_EQ(outcome.status, 1) << arguments[0];
+    EXPECT_THAT(outcome.err, HasSubstr("is unknown")) << arguments[0];
+  }
+}
+
+TEST_F(Explain, ModuleOutsideTheBuildHasTheCommonCodesOnly) {
+  EXPECT_THAT(Words({"0x10000001", "--module", "contacts"}), HasSubstr("contacts, export:\n    the store library"));
+  EXPECT_EQ(Run({"explain", "0x11000100", "--module", "contacts"}).status, 1);
+}
+
+}  // namespace

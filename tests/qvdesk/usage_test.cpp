@@ -1,0 +1,60 @@
+// What the program says to those who do not know it yet, and to those who mistype.
+#include "tests/qvdesk/desk.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Usage : public desk::DeskTest {};
+
+TEST_F(Usage, HelpNamesEveryCommandAndFirstSteps) {
+  const desk::Outcome help = Run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* const command :
+       {"create", "export", "recover", "ask", "show", "encode", "explain", "modules", "describe", "First steps"}) {
+    EXPECT_THAT(help.out, HasSubstr(command));
+  }
+}
+
+TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
+  for (const char* const command :
+       {"create", "export", "recover", "ask", "show", "encode", "explain", "modules", "describe"}) {
+    const desk::Outcome help = Run({command, "--help"});
+    EXPECT_EQ(help.status, 0) << command;
+    EXPECT_THAT(help.out, HasSubstr("Example")) << command;
+    EXPECT_THAT(help.out, HasSubstr("qvdesk " + std::string(command))) << command;
+  }
+}
+
+TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
+  const std::vector<std::pair<std::vector<std::string>, const char*>> mistakes = {
+      {{}, "subcommand is required"},
+      {{"export"}, "MODULE is required"},
+      {{"export", "schedule"}, "--handset is required"},
+      {{"export", "shedule", "--handset", "x"}, "The modules are 1 to 16: contacts, schedule"},
+      {{"export", "schedule", "--handset", "x", "--mode", "fast"}, "neither full, replace, incremental, plain nor a"},
+      {{"export", "schedule", "--handset", "x", "--local", "--mode", "full"}, "excludes"},
+      {{"explain", "12x"}, "it is no 32-bit number"},
+      {{"show", "unknown.bin"}, "Say what it is with --as FORM"},
+      {{"show", "unknown.bin", "--as", "nothing"}, "The forms are: schedule.tbl"},
+      {{"describe", "everything"}, "formats"},
+  };
+  for (const auto& [arguments, message] : mistakes) {
+    const desk::Outcome outcome = Run(arguments);
+    EXPECT_EQ(outcome.status, 2) << message;
+    EXPECT_THAT(outcome.err, HasSubstr(message));
+    EXPECT_THAT(outcome.out, IsEmpty());
+  }
+}
+
+TEST_F(Usage, ModulesListsAllSixteenAndWhatTheBuiltOnesNeed) {
+  const std::string modules = Done({"modules"});
+  for (const char* const text :
+       {"contacts", "clock-settings", "SchedStore.dll", "SCHEDULE", "schedcmd.tbl", "schegroup.log"}) {
+    EXPECT_THAT(modules, HasSubstr(text));
+  }
+  EXPECT_EQ(std::count(modules.begin(), modules.end(), '\n'), 16 + 2);
+}
+
+}  // namespace

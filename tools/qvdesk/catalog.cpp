@@ -1,0 +1,119 @@
+// The one list of built modules, and what follows from it.
+#include "tools/qvdesk/catalog.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "modules/calendar/schedule.h"
+#include "sync/anchor_file.h"
+#include "sync/file_forms.h"
+#include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/text.h"
+
+namespace qvdesk {
+namespace {
+
+/// In the order of their numbers. A new module is one line here.
+constexpr BuiltModule kBuiltModules[] = {
+    {2, qv::schedule::kNames, qv::schedule::kStepWords},
+};
+
+constexpr FileKind kBookkeepingKinds[] = {FileKind::kChangeList, FileKind::kIdMap, FileKind::kSnapshot,
+                                          FileKind::kAnchors};
+
+const qv::layout::RecordLayout* BookkeepingLayout(FileKind kind) {
+  switch (kind) {
+    case FileKind::kChangeList: return &qv::kChangeLayout;
+    case FileKind::kIdMap: return &qv::kIdMapLayout;
+    case FileKind::kSnapshot: return &qv::kSnapshotLayout;
+    default: return nullptr;
+  }
+}
+
+std::string FileName(std::string_view path) {
+  return std::string(path.substr(path.find_last_of("\\/") + 1));
+}
+
+void AddFile(std::vector<FileForm>& forms, FileKind kind, const qv::layout::RecordLayout* layout,
+             const BuiltModule* module, const char16_t* path) {
+  const std::string utf8 = ToUtf8(path);
+  forms.push_back({FileName(utf8), kind, layout, module, utf8});
+}
+
+std::vector<FileForm> CollectForms() {
+  std::vector<FileForm> forms;
+  for (const BuiltModule& module : kBuiltModules) {
+    for (const qv::TableNames& table : module.names.tables) {
+      if (table.exchange_file == nullptr) continue;
+      AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file);
+    }
+    AddFile(forms, FileKind::kChangeList, &qv::kChangeLayout, &module, module.names.change_list);
+    AddFile(forms, FileKind::kIdMap, &qv::kIdMapLayout, &module, module.names.id_map);
+    for (const qv::TableNames& table : module.names.tables) {
+      if (table.snapshot_log == nullptr) continue;
+      AddFile(forms, FileKind::kSnapshot, &qv::kSnapshotLayout, &module, table.snapshot_log);
+    }
+  }
+  AddFile(forms, FileKind::kAnchors, nullptr, nullptr, qv::kAnchorFile);
+  for (const FileKind kind : kBookkeepingKinds) {
+    forms.push_back({std::string(NameOf(kind)), kind, BookkeepingLayout(kind), nullptr, ""});
+  }
+  return forms;
+}
+
+}  // namespace
+
+std::span<const BuiltModule> BuiltModules() {
+  return kBuiltModules;
+}
+
+const BuiltModule* FindBuiltModule(std::int32_t id) {
+  const auto found = std::ranges::find(kBuiltModules, id, &BuiltModule::id);
+  return found == std::end(kBuiltModules) ? nullptr : &*found;
+}
+
+const qv::ModuleRow& RowOf(std::int32_t id) {
+  return *std::ranges::find(qv::kModuleTable, id, &qv::ModuleRow::id);
+}
+
+const qv::ModuleRow& ParseModule(const std::string& text) {
+  std::string names;
+  for (const qv::ModuleRow& row : qv::kModuleTable) {
+    if (SameWithoutCase(text, row.name) || text == std::to_string(row.id)) return row;
+    names += std::string(names.empty() ? "" : ", ") + row.name;
+  }
+  throw UsageError("module \"" + Visible(text) + "\": there is none of this name or number. The modules are 1 to " +
+                   std::to_string(std::size(qv::kModuleTable)) + ": " + names + ".");
+}
+
+std::string_view NameOf(FileKind kind) {
+  switch (kind) {
+    case FileKind::kTable: return "table";
+    case FileKind::kChangeList: return "change-list";
+    case FileKind::kIdMap: return "id-map";
+    case FileKind::kSnapshot: return "snapshot";
+    default: return "anchors";
+  }
+}
+
+const std::vector<FileForm>& FileForms() {
+  static const std::vector<FileForm> forms = CollectForms();
+  return forms;
+}
+
+const FileForm* FindForm(std::string_view file) {
+  const std::string name = FileName(file);
+  for (const FileForm& form : FileForms()) {
+    if (SameWithoutCase(form.name, name)) return &form;
+  }
+  return nullptr;
+}
+
+const FileForm& ParseForm(const std::string& name) {
+  if (const FileForm* const form = FindForm(name)) return *form;
+  std::string names;
+  for (const FileForm& form : FileForms()) names += (names.empty() ? "" : ", ") + form.name;
+  throw UsageError("form \"" + Visible(name) + "\": there is none of this name. The forms are: " + names + ".");
+}
+
+}  // namespace qvdesk

@@ -1,0 +1,57 @@
+// All that the desktop knows of the modules, collected from the agent's own tables: their names, their files, the forms
+// of these and the words for their results. What is shown, encoded, explained or documented comes from here.
+#ifndef QV_TOOLS_QVDESK_CATALOG_H
+#define QV_TOOLS_QVDESK_CATALOG_H
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "entry/module_table.h"
+#include "layout/record_layout.h"
+#include "sync/module_names.h"
+#include "sync/result_words.h"
+
+namespace qvdesk {
+
+/// A module that this build has.
+struct BuiltModule {
+  std::int32_t id;
+  const qv::ModuleNames& names;
+  std::span<const qv::StepWords> step_words;
+};
+
+std::span<const BuiltModule> BuiltModules();
+/// Null for a module that this build lacks.
+const BuiltModule* FindBuiltModule(std::int32_t id);
+
+/// By name, without regard to case, or by number. Throws UsageError that lists the names.
+const qv::ModuleRow& ParseModule(const std::string& text);
+const qv::ModuleRow& RowOf(std::int32_t id);
+
+enum class FileKind : std::uint8_t { kTable, kChangeList, kIdMap, kSnapshot, kAnchors };
+
+/// One kind of file that passes between handset and desktop, or that the handset keeps.
+struct FileForm {
+  std::string name;  ///< What --as and encode take.
+  FileKind kind;
+  const qv::layout::RecordLayout* layout;  ///< Null for the anchor file, which is text.
+  const BuiltModule* module;               ///< Null for a form that is the same in all modules.
+  std::string path;  ///< On the handset: absolute, or a file name in the exchange directory. Empty for such a form.
+};
+
+/// What the name of a kind is when no module is meant: "change-list".
+std::string_view NameOf(FileKind kind);
+
+/// Every form: the modules' files by their names, then the kinds.
+const std::vector<FileForm>& FileForms();
+/// By a file's name, directories in front of it ignored, without regard to case; null when no form is called so.
+const FileForm* FindForm(std::string_view file);
+/// Throws UsageError that lists the forms.
+const FileForm& ParseForm(const std::string& name);
+
+}  // namespace qvdesk
+
+#endif  // QV_TOOLS_QVDESK_CATALOG_H

@@ -1,0 +1,55 @@
+// "describe": prints a generated document.
+#include "tools/qvdesk/describe.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+#include <string>
+
+#include "tools/qvdesk/commands.h"
+#include "tools/qvdesk/errors.h"
+
+namespace qvdesk {
+namespace {
+
+int Describe(const std::string& document) {
+  const std::string text = document == "formats"   ? DescribeFormats()
+                           : document == "results" ? DescribeResults()
+                                                   : DescribeLayouts();
+  fmt::print("{}", text);
+  return kSuccess;
+}
+
+}  // namespace
+
+const char* NameOf(qv::layout::Form form) {
+  using qv::layout::Form;
+  switch (form) {
+    case Form::none: return "none";
+    case Form::unused: return "unused";
+    case Form::number: return "number";
+    case Form::bits: return "bits";
+    case Form::truth: return "truth";
+    case Form::text: return "text";
+    case Form::raw_text: return "raw text";
+    case Form::bytes: return "bytes";
+  }
+  return "unknown";
+}
+
+void AddDescribe(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "describe",
+      "Prints a document generated from the agent's own tables: formats (docs/FORMATS.md: every file and block, field "
+      "by "
+      "field), results (docs/RESULTS.md: every result code) or layouts (tests/golden/layouts.txt: the layout tables as "
+      "they are, so that no layout changes unseen).");
+  auto document = std::make_shared<std::string>();
+  command->add_option("DOCUMENT", *document, "Which one")
+      ->required()
+      ->check(CLI::IsMember({"formats", "results", "layouts"}));
+  command->footer("Example:\n  qvdesk describe formats > docs/FORMATS.md");
+  command->callback([document, &status] { status = Describe(*document); });
+}
+
+}  // namespace qvdesk

@@ -1,0 +1,192 @@
+// docs/FORMATS.md.
+#include <fmt/format.h>
+
+#include <cstddef>
+
+#include "qv_rapi.h"
+#include "sync/anchor_file.h"
+#include "sync/file_forms.h"
+#include "tools/qvdesk/catalog.h"
+#include "tools/qvdesk/describe.h"
+#include "tools/qvdesk/text.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::layout::Field;
+using qv::layout::Form;
+using qv::layout::ItemRun;
+using qv::layout::RecordLayout;
+using qv::layout::Slot;
+
+constexpr char kIntroduction[] =
+    "# Formats\n\n"
+    "Every file and block that passes between desktop and handset, and the files that the handset keeps to itself.\n"
+    "Made by `qvdesk describe formats` from the agent's own tables; do not edit. `qvdesk show` reads all of these "
+    "files.\n\n"
+    "Numbers are unsigned and little-endian, text is UTF-16LE, ends with a NUL and is filled up with zeros; offsets "
+    "and\n"
+    "widths are in bytes. No form has padding of its own: what is not used is listed as such, written as zero and "
+    "never\n"
+    "read.\n\n";
+
+/// A member of a structure of include/qv_rapi.h or sync/file_forms.h, whose place the compiler says.
+#define QV_MEMBER(structure, member, type, meaning)                                                                  \
+  fmt::format("| {} | {} | {} | {} | {} |\n", offsetof(structure, member), sizeof(structure::member), type, #member, \
+              meaning)
+
+constexpr char kMemberHeader[] = "| Offset | Width | Type | Name | Meaning |\n|---:|---:|---|---|---|\n";
+
+std::string Blocks() {
+  using qv::RequestRecord;
+  using qv::ResultRecord;
+  using qv::RunningRecord;
+  using qv::SyncInfoEntry;
+  std::string text =
+      "## Blocks of a call\n\n### Request\n\nWhat the desktop hands to `fnQV_ExportTabs` and `fnQV_RecovTabs`.\n\n";
+  text += kMemberHeader;
+  text += QV_MEMBER(RequestRecord, module_id, "number", "1 to 16; any other id does nothing and succeeds");
+  text += QV_MEMBER(RequestRecord, mode, "number", "1 full, 2 replace, 3 incremental, 4 and above plain copy");
+  text += QV_MEMBER(RequestRecord, anchor, "text", "the last anchor received; read in incremental exports only");
+  text +=
+      QV_MEMBER(RequestRecord, directory, "text",
+                "the exchange directory on the handset, without a backslash at its end; may be cut off behind its NUL");
+  text += fmt::format("\n### Result\n\nWhat they write to the stream, {} bytes in one call.\n\n", sizeof(ResultRecord));
+  text += kMemberHeader;
+  text += QV_MEMBER(ResultRecord, code, "number", "0, or the result with the direction's flag; see RESULTS.md");
+  text += QV_MEMBER(ResultRecord, mode, "number",
+                    "the mode the module ran in: an incremental export that could not be honoured reads 1");
+  text += QV_MEMBER(ResultRecord, anchor, "text", "the new anchor when the mode is below 4, else the request's");
+  text += fmt::format("\n### Running\n\nWhat `fnQV_CheckMutex` writes, {} bytes.\n\n", sizeof(RunningRecord));
+  text += kMemberHeader;
+  text += QV_MEMBER(RunningRecord, running, "number", "1 when the program runs, else 0");
+  text += QV_MEMBER(RunningRecord, reserved, "unused", "");
+  text += "\n### Sync-info entry\n\nWhat a store library tells of one record. It lies in no file.\n\n";
+  text += kMemberHeader;
+  text += QV_MEMBER(SyncInfoEntry, id, "number", "the record's id");
+  text += QV_MEMBER(SyncInfoEntry, unused, "unused", "");
+  text += QV_MEMBER(SyncInfoEntry, time_low, "number", "last modification, the low half: 100 ns since 1601, UTC");
+  text += QV_MEMBER(SyncInfoEntry, time_high, "number", "its high half");
+  return text + "\n";
+}
+
+#undef QV_MEMBER
+
+std::string StorePlace(const Slot& slot) {
+  if (slot.form == Form::none || slot.form == Form::unused) return "";
+  std::string text = std::to_string(slot.offset);
+  if (slot.width != 0)
+    text += fmt::format(", bits {}..{} of {} bytes", slot.shift + slot.width - 1, slot.shift, slot.size);
+  return text;
+}
+
+std::string TypeOf(const Field& field) {
+  std::string type = NameOf(field.exchange.form);
+  if (field.exchange.width != 0) {
+    type += fmt::format(" {}..{}", field.exchange.shift + field.exchange.width - 1, field.exchange.shift);
+  }
+  if (field.export_only) type += ", not read by a recover";
+  if (field.ends_when_zero) type += ", when zero all after it is zero";
+  return type;
+}
+
+/// The fields of the exchange side; with the offsets in the store record where the form has one.
+std::string FieldTable(const RecordLayout& layout) {
+  const bool in_store = layout.store_size != 0;
+  std::string text = in_store ? "| Offset | Width | Type | Name | In the store record |\n|---:|---:|---|---|---|\n"
+                              : "| Offset | Width | Type | Name |\n|---:|---:|---|---|\n";
+  for (const Field& field : layout.fields) {
+    if (field.exchange.form == Form::none) continue;
+    text += fmt::format("| {} | {} | {} | {} |", field.exchange.offset, field.exchange.size, TypeOf(field), field.name);
+    text += in_store ? fmt::format(" {} |\n", StorePlace(field.store)) : "\n";
+  }
+  return text;
+}
+
+std::string Items(const RecordLayout& layout) {
+  if (layout.items.empty()) return "";
+  std::string text =
+      "\nItems follow the fixed part, in this order:\n\n"
+      "| Items | Bytes each | Count, one byte at | At most | First in the store record |\n|---|---:|---:|---:|---:|\n";
+  for (const ItemRun& run : layout.items) {
+    text += fmt::format("| {} | {} | {} | {} | {} |\n", run.name, run.item_size, run.count_offset, run.slots,
+                        run.store_offset);
+  }
+  return text;
+}
+
+std::string Table(const FileForm& form) {
+  const RecordLayout& layout = *form.layout;
+  return fmt::format(
+             "### {}\n\nExchange table of \"{}\" records: back to back, without header or count. The fixed part has {} "
+             "bytes, the store's record {}.\n\n",
+             form.name, layout.name, layout.exchange_size, layout.store_size) +
+         FieldTable(layout) + Items(layout) + "\n";
+}
+
+std::string Module(const BuiltModule& module) {
+  const qv::ModuleRow& row = RowOf(module.id);
+  std::string text = fmt::format(
+      "## Module {}: {}\n\nStore library `{}`, anchor key `{}`.\n\n| File | Where | Form |\n|---|---|---|\n", row.id,
+      row.name, ToUtf8(module.names.store_library), ToUtf8(module.names.anchor_key));
+  for (const FileForm& form : FileForms()) {
+    if (form.module != &module) continue;
+    const bool exchanged = form.path.find('\\') == std::string::npos;
+    text += fmt::format("| {} | {} | {} |\n", form.name, exchanged ? "the exchange directory" : "`" + form.path + "`",
+                        NameOf(form.kind));
+  }
+  text += "\n";
+  for (const FileForm& form : FileForms()) {
+    if (form.module == &module && form.kind == FileKind::kTable) text += Table(form);
+  }
+  return text;
+}
+
+const char* Purpose(FileKind kind) {
+  switch (kind) {
+    case FileKind::kChangeList:
+      return "What changed, in an incremental export, or what is to be done, in an incremental recover. Table 0 holds "
+             "a "
+             "module's records, table 1 their groups; the operation is 1 new, 2 modified, 3 deleted. An entry that is "
+             "not whole is ignored.";
+    case FileKind::kIdMap:
+      return "Under which id a recover put each record that it inserted, in the order of insertion. The desktop must "
+             "from then on use the handset's ids.";
+    case FileKind::kSnapshot:
+      return "What a table of the store held at the end of the last synchronisation, in the store's order. Only the "
+             "handset reads it. The time is a FILETIME: 100 ns since 1601, UTC.";
+    default: return "";
+  }
+}
+
+std::string Bookkeeping() {
+  std::string text = "## Bookkeeping files\n\nEntries of one size back to back, the same in every module.\n\n";
+  for (const FileForm& form : FileForms()) {
+    if (form.module != nullptr || form.layout == nullptr) continue;
+    text += fmt::format("### {}\n\n{}\nAn entry has {} bytes.\n\n", form.name, Purpose(form.kind),
+                        form.layout->exchange_size);
+    text += FieldTable(*form.layout) + "\n";
+  }
+  return text;
+}
+
+std::string Anchors() {
+  return fmt::format(
+      "## The anchor file\n\n`{}` holds the anchor that each module last handed out. 8-bit text in lines that end with "
+      "CR\n"
+      "LF, none after the last: the section `[{}]`, then `KEY = anchor` for each module. An anchor is the local time "
+      "as\n"
+      "year, month, day, hour, minute and second without leading zeros; anchors are compared as whole strings only. A\n"
+      "module that was never synchronised has the anchor `{}`. Only the first 2000 bytes are used.\n",
+      ToUtf8(qv::kAnchorFile), ToUtf8(qv::kAnchorSection), ToUtf8(qv::kNeverSynchronised));
+}
+
+}  // namespace
+
+std::string DescribeFormats() {
+  std::string text = kIntroduction + Blocks();
+  for (const BuiltModule& module : BuiltModules()) text += Module(module);
+  return text + Bookkeeping() + Anchors();
+}
+
+}  // namespace qvdesk

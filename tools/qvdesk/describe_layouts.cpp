@@ -1,0 +1,54 @@
+// The layout dump: one line a field, so that a change of a layout is a change of a line.
+#include <fmt/format.h>
+
+#include "tools/qvdesk/catalog.h"
+#include "tools/qvdesk/describe.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::layout::Field;
+using qv::layout::Form;
+using qv::layout::ItemRun;
+using qv::layout::RecordLayout;
+using qv::layout::Slot;
+
+std::string Describe(const Slot& slot) {
+  if (slot.form == Form::none) return "-";
+  std::string text = fmt::format("{} {}+{}", NameOf(slot.form), slot.offset, slot.size);
+  if (slot.width != 0) text += fmt::format(" bits {}..{}", slot.shift + slot.width - 1, slot.shift);
+  return text;
+}
+
+std::string Describe(const Field& field) {
+  std::string text = fmt::format("  {:<20} store {:<24} exchange {}", *field.name == '\0' ? "(unused)" : field.name,
+                                 Describe(field.store), Describe(field.exchange));
+  if (field.export_only) text += ", export only";
+  if (field.ends_when_zero) text += ", ends when zero";
+  return text + "\n";
+}
+
+std::string Describe(const RecordLayout& layout) {
+  std::string text =
+      fmt::format("{}: store {} bytes, exchange {} bytes\n", layout.name, layout.store_size, layout.exchange_size);
+  for (const Field& field : layout.fields) text += Describe(field);
+  for (const ItemRun& run : layout.items) {
+    text += fmt::format("  items {:<14} count at {}, {} slots of {} bytes from store {}\n", run.name, run.count_offset,
+                        run.slots, run.item_size, run.store_offset);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string DescribeLayouts() {
+  std::string text =
+      "Every layout as the tables say it: slots as offset+size in bytes. Made by: qvdesk describe layouts\n";
+  for (const FileForm& form : FileForms()) {
+    const bool own = form.kind == FileKind::kTable || form.module == nullptr;
+    if (own && form.layout != nullptr) text += fmt::format("\n{}", Describe(*form.layout));
+  }
+  return text;
+}
+
+}  // namespace qvdesk

@@ -1,0 +1,85 @@
+// docs/RESULTS.md.
+#include <fmt/format.h>
+
+#include "qv_rapi.h"
+#include "tools/qvdesk/catalog.h"
+#include "tools/qvdesk/describe.h"
+#include "tools/qvdesk/readings.h"
+
+namespace qvdesk {
+namespace {
+
+constexpr char kIntroduction[] =
+    "# Results\n\n"
+    "Every number that an export or a recover can be answered with. `qvdesk explain CODE` puts one into words.\n"
+    "Made by `qvdesk describe results` from the agent's own tables; do not edit.\n\n"
+    "A result is three parts joined by OR: the flag of the entry point, the flag of the step that failed, and the "
+    "code.\n"
+    "Success is 0, without any flag.\n\n";
+
+std::string EntryFlags() {
+  std::string text = "## Entry points\n\n| Flag | Direction | Reported by |\n|---|---|---|\n";
+  const auto row = [&](qv::Direction direction, const char* functions) {
+    text += fmt::format("| 0x{:08x} | {} | {} |\n", EntryFlagOf(direction), NameOf(direction), functions);
+  };
+  row(qv::Direction::kExport, "the stream's answer of `fnQV_ExportTabs`; the value returned by `qv_ExportTabs`");
+  row(qv::Direction::kRecover, "the stream's answer of `fnQV_RecovTabs`; the value returned by `qv_RecovTabs`");
+  return text + "\nThe values returned by the `fnQV_` functions carry no such flag.\n\n";
+}
+
+std::string Codes() {
+  std::string text = "## Codes\n\n| Code | Meaning | What to look at |\n|---:|---|---|\n";
+  for (const qv::CodeWords& words : qv::kCodeWords) {
+    text += fmt::format("| {} | {} | {} |\n", static_cast<std::uint32_t>(words.code), words.what, words.advice);
+  }
+  return text + "\n";
+}
+
+const char* Describe(qv::Report report) {
+  switch (report) {
+    case qv::Report::kKept: return "with flag";
+    case qv::Report::kRaw: return "without flag";
+    default: return "always 0";
+  }
+}
+
+std::string Reports() {
+  std::string text =
+      "## What each entry point reports\n\n"
+      "| Module | Name | `fnQV_ExportTabs` | `fnQV_RecovTabs` | `qv_ExportTabs` | `qv_RecovTabs` | In this build |\n"
+      "|---:|---|---|---|---|---|---|\n";
+  for (const qv::ModuleRow& row : qv::kModuleTable) {
+    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, Describe(row.desktop_export),
+                        Describe(row.desktop_recover), Describe(row.local_export), Describe(row.local_recover),
+                        FindBuiltModule(row.id) != nullptr ? "yes" : "no");
+  }
+  return text +
+         "\nA module that is not in this build answers like one whose store library does not load.\n\n"
+         "## Steps, by module\n\n"
+         "The flags from 0x01000000 up are an enumeration, not bits: the same flag names different steps in different\n"
+         "modules, directions and modes. 0x00100000 and 0x00200000 come alone or joined to one of them.\n\n";
+}
+
+std::string Steps(const BuiltModule& module) {
+  std::string text = fmt::format("### {} {}\n\n| Flag | Direction | Modes | Failed while |\n|---|---|---|---|\n",
+                                 module.id, RowOf(module.id).name);
+  for (const qv::StepWords& step : module.step_words) {
+    text += fmt::format("| 0x{:08x} | {} | {} | {} |\n", static_cast<std::uint32_t>(step.flag), NameOf(step.direction),
+                        NameOf(step.modes), step.step);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string DescribeResults() {
+  std::string text = kIntroduction + EntryFlags() + Codes() + Reports();
+  bool first = true;
+  for (const BuiltModule& module : BuiltModules()) {
+    text += fmt::format("{}{}", first ? "" : "\n", Steps(module));
+    first = false;
+  }
+  return text;
+}
+
+}  // namespace qvdesk

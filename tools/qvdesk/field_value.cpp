@@ -1,0 +1,112 @@
+// Slots to values and back.
+#include "tools/qvdesk/field_value.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <stdexcept>
+#include <vector>
+
+#include "layout/bytes.h"
+#include "tools/qvdesk/text.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::layout::Form;
+using qv::layout::IsNumeric;
+using qv::layout::LargestNumber;
+using qv::layout::LoadSlot;
+using qv::layout::Slot;
+using qv::layout::StoreSlot;
+
+bool IsText(Form form) {
+  return form == Form::text || form == Form::raw_text;
+}
+std::span<const std::uint8_t> BytesOf(const Slot& slot, std::span<const std::uint8_t> record) {
+  return record.subspan(slot.offset, slot.size);
+}
+
+std::u16string TextUpToNul(std::span<const std::uint8_t> bytes) {
+  std::u16string text;
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    const auto unit = static_cast<char16_t>(bytes[i] | bytes[i + 1] << 8);
+    if (unit == u'\0') break;
+    text += unit;
+  }
+  return text;
+}
+
+void PutBytes(const std::string& hex, const Slot& slot, std::span<std::uint8_t> record) {
+  const std::vector<std::uint8_t> bytes = FromHex(hex);
+  if (bytes.size() != slot.size) {
+    throw std::runtime_error(fmt::format("takes {} bytes in hexadecimal digits, not {}", slot.size, bytes.size()));
+  }
+  std::ranges::copy(bytes, record.begin() + slot.offset);
+}
+
+}  // namespace
+
+bool IsShown(const Slot& slot) {
+  return slot.form != Form::none && slot.form != Form::unused;
+}
+
+bool StoreText(std::string_view utf8, const Slot& slot, std::span<std::uint8_t> record) {
+  const std::u16string text = ToUtf16(utf8);
+  if (2 * text.size() + 2 > slot.size) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    qv::layout::StoreNumber(&record[slot.offset + 2 * i], 2, text[i]);
+  }
+  return true;
+}
+
+Json ToJson(const Slot& slot, std::span<const std::uint8_t> record) {
+  const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
+  if (IsNumeric(slot.form)) return LoadSlot(slot, record.data());
+  if (!IsText(slot.form)) return Hex(bytes);
+  const std::string text = ToUtf8(TextUpToNul(bytes));
+  std::vector<std::uint8_t> again(record.size());
+  if (StoreText(text, slot, again) && std::ranges::equal(BytesOf(slot, again), bytes)) return text;
+  return {{"hex", Hex(bytes)}};
+}
+
+void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> record) {
+  if (IsNumeric(slot.form)) {
+    const std::uint32_t most = LargestNumber(slot);
+    const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() <= most;
+    if (!fits) throw std::runtime_error(fmt::format("takes a number from 0 to {}, not {}", most, value.dump()));
+    StoreSlot(slot, record.data(), value.get<std::uint32_t>());
+  } else if (!IsText(slot.form)) {
+    if (!value.is_string()) throw std::runtime_error("takes a string of hexadecimal digits, not " + value.dump());
+    PutBytes(value, slot, record);
+  } else if (value.is_object() && value.size() == 1 && value.contains("hex") && value["hex"].is_string()) {
+    PutBytes(value["hex"], slot, record);
+  } else if (!value.is_string()) {
+    throw std::runtime_error("takes a string, or {\"hex\": \"…\"}, not " + value.dump());
+  } else if (!StoreText(value.get<std::string>(), slot, record)) {
+    throw std::runtime_error(fmt::format("takes at most {} characters", slot.size / 2 - 1));
+  }
+}
+
+std::string ToText(const Slot& slot, std::span<const std::uint8_t> record) {
+  if (IsNumeric(slot.form)) return std::to_string(LoadSlot(slot, record.data()));
+  const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
+  return IsText(slot.form) ? ToUtf8(TextUpToNul(bytes)) : Hex(bytes);
+}
+
+std::string DescribeFileTime(std::uint64_t time) {
+  using namespace std::chrono;
+  const auto since_1601 = static_cast<std::int64_t>(time / 10'000'000);
+  const auto days_passed = since_1601 / 86400;
+  constexpr std::int64_t kLastDay = (sys_days(year(9999) / December / 31) - sys_days(year(1601) / January / 1)).count();
+  if (days_passed > kLastDay) return "beyond the year 9999";
+  const auto day = sys_days(year(1601) / January / 1) + days(static_cast<int>(days_passed));
+  const year_month_day date(day);
+  const auto second = since_1601 % 86400;
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02} UTC", static_cast<int>(date.year()),
+                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), second / 3600,
+                     second / 60 % 60, second % 60);
+}
+
+}  // namespace qvdesk

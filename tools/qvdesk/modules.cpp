@@ -1,0 +1,45 @@
+// "modules": what kinds of data there are, and what this build knows of each.
+#include <fmt/format.h>
+
+#include <memory>
+#include <string>
+
+#include "tools/qvdesk/catalog.h"
+#include "tools/qvdesk/commands.h"
+#include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/text.h"
+#include "tools/qvdesk/text_table.h"
+
+namespace qvdesk {
+namespace {
+
+std::vector<std::string> Row(const qv::ModuleRow& module) {
+  const BuiltModule* const built = FindBuiltModule(module.id);
+  if (built == nullptr) return {std::to_string(module.id), module.name, "no", "", "", ""};
+  std::string files;
+  for (const FileForm& form : FileForms()) {
+    if (form.module == built) files += (files.empty() ? "" : ", ") + form.name;
+  }
+  return {std::to_string(module.id),       module.name, "yes", ToUtf8(built->names.store_library),
+          ToUtf8(built->names.anchor_key), files};
+}
+
+int ListModules() {
+  TextTable table{.header = {"number", "name", "built", "store library", "anchor key", "files"}, .rows = {}};
+  for (const qv::ModuleRow& module : qv::kModuleTable) table.rows.push_back(Row(module));
+  fmt::print("{}", table.Render(std::string::npos));  // A file name that is cut tells nobody anything.
+  return kSuccess;
+}
+
+}  // namespace
+
+void AddModules(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "modules",
+      "Lists the sixteen kinds of data: number and name for \"export\" and \"recover\", whether this build handles the "
+      "module, the store library it needs on the handset, its key in the anchor file and the files it works with.");
+  command->footer("Example:\n  qvdesk modules");
+  command->callback([&status] { status = ListModules(); });
+}
+
+}  // namespace qvdesk

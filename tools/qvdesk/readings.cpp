@@ -1,0 +1,121 @@
+// Looks a code up in the modules' own words.
+#include "tools/qvdesk/readings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "qv_rapi.h"
+#include "tools/qvdesk/modes.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::Direction;
+using qv::Modes;
+using qv::StepWords;
+using qv::SyncMode;
+
+constexpr Direction kDirections[] = {Direction::kExport, Direction::kRecover};
+
+/// In words, a mode stands for all that a module treats like it.
+constexpr SyncMode kModeClasses[] = {SyncMode::kIncremental, SyncMode::kFull};
+
+const qv::CodeWords* FindWords(std::uint32_t code) {
+  const auto found = std::ranges::find(qv::kCodeWords, qv::Result{code}, &qv::CodeWords::code);
+  return found == std::end(qv::kCodeWords) ? nullptr : &*found;
+}
+
+const StepWords* FindStep(std::span<const StepWords> steps, std::uint32_t flag, Direction direction, SyncMode mode) {
+  const auto found = std::ranges::find_if(steps, [&](const StepWords& step) {
+    return step.flag == qv::StepFlag{flag} && step.direction == direction && Applies(step.modes, mode);
+  });
+  return found == steps.end() ? nullptr : &*found;
+}
+
+/// The steps in words; std::nullopt when a flag has no meaning in such a run.
+std::optional<std::string> StepsInWords(const CodeParts& parts, std::span<const StepWords> steps, Direction direction,
+                                        SyncMode mode) {
+  std::string words;
+  for (const std::uint32_t flag : {parts.step_flag, parts.nested_flag}) {
+    if (flag == 0) continue;
+    const StepWords* const step = FindStep(steps, flag, direction, mode);
+    if (step == nullptr) return std::nullopt;
+    words += (words.empty() ? "" : ": ") + std::string(step->step);
+  }
+  return words;
+}
+
+/// The readings in one module and direction; modes that read the same are one reading.
+void AddReadings(const CodeParts& parts, const BuiltModule& module, Direction direction, const Run& run,
+                 const qv::CodeWords& words, std::vector<Reading>& readings) {
+  const std::string where = fmt::format("{}, {}", RowOf(module.id).name, NameOf(direction));
+  if (run.mode) {
+    if (const auto steps = StepsInWords(parts, module.step_words, direction, *run.mode)) {
+      readings.push_back({fmt::format("{}, mode {}", where, Describe(*run.mode)), *steps, &words});
+    }
+    return;
+  }
+  const auto incremental = StepsInWords(parts, module.step_words, direction, kModeClasses[0]);
+  const auto other = StepsInWords(parts, module.step_words, direction, kModeClasses[1]);
+  const auto add = [&](Modes modes, const std::string& steps) {
+    readings.push_back({fmt::format("{}, {}", where, NameOf(modes)), steps, &words});
+  };
+  if (incremental && incremental == other) return add(Modes::kAny, *incremental);
+  if (incremental) add(Modes::kIncremental, *incremental);
+  if (other) add(Modes::kOtherThanIncremental, *other);
+}
+
+bool FitsEntry(const CodeParts& parts, Direction direction, const Run& run) {
+  return (!run.direction || *run.direction == direction) &&
+         (parts.entry_flag == 0 || parts.entry_flag == EntryFlagOf(direction));
+}
+
+}  // namespace
+
+const char* NameOf(Direction direction) {
+  return direction == Direction::kExport ? "export" : "recover";
+}
+
+const char* NameOf(Modes modes) {
+  switch (modes) {
+    case Modes::kIncremental: return "incremental mode";
+    case Modes::kOtherThanIncremental: return "any other mode than incremental";
+    default: return "any mode";
+  }
+}
+
+std::uint32_t EntryFlagOf(Direction direction) {
+  return direction == Direction::kExport ? qv::kExportFlag : qv::kRecoverFlag;
+}
+
+std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
+  const CodeParts parts(result);
+  std::vector<Reading> readings;
+  const qv::CodeWords* const words = FindWords(parts.code);
+  if (words == nullptr || (parts.code == 0 && result != 0)) return readings;
+  const bool without_step = parts.step_flag == 0 && parts.nested_flag == 0;
+  for (const Direction direction : kDirections) {
+    if (!FitsEntry(parts, direction, run)) continue;
+    const bool every_module = without_step && run.module == nullptr;
+    const bool not_built = run.module != nullptr && FindBuiltModule(run.module->id) == nullptr;
+    if (every_module || (not_built && without_step)) {
+      const char* const name = every_module ? "any module" : run.module->name;
+      readings.push_back({fmt::format("{}, {}", name, NameOf(direction)), "", words});
+      continue;
+    }
+    for (const BuiltModule& module : BuiltModules()) {
+      if (run.module != nullptr && run.module->id != module.id) continue;
+      AddReadings(parts, module, direction, run, *words, readings);
+    }
+  }
+  return readings;
+}
+
+std::string Describe(const Reading& reading, const std::string& indent) {
+  std::string text = reading.words->what;
+  if (!reading.failed.empty()) text = fmt::format("failed while {}: {}", reading.failed, text);
+  return *reading.words->advice == '\0' ? text : fmt::format("{}\n{}({})", text, indent, reading.words->advice);
+}
+
+}  // namespace qvdesk

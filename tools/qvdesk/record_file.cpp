@@ -1,0 +1,223 @@
+// The walk over a file's records, driven by their form alone.
+#include "tools/qvdesk/record_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include "sync/file_forms.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::layout::Field;
+using qv::layout::ItemRun;
+using qv::layout::RecordLayout;
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr char kReads[] = "reads";
+/// By qv::Operation.
+constexpr std::array kOperationWords = {"none", "new", "modified", "deleted"};
+
+const Field* FindField(const RecordLayout& layout, std::string_view name) {
+  const auto found = std::ranges::find_if(
+      layout.fields, [&](const Field& field) { return IsShown(field.exchange) && field.name == name; });
+  return found == layout.fields.end() ? nullptr : &*found;
+}
+
+const ItemRun* FindRun(const RecordLayout& layout, std::string_view name) {
+  const auto found = std::ranges::find_if(layout.items, [&](const ItemRun& run) { return run.name == name; });
+  return found == layout.items.end() ? nullptr : &*found;
+}
+
+/// Takes the items of a record from the front of `rest`; gives what is wrong, if anything.
+std::optional<std::string> TakeItems(const RecordLayout& layout, Bytes& rest, RecordView& record) {
+  for (const ItemRun& run : layout.items) {
+    const std::uint32_t count = ItemCount(run, record.fixed.data());
+    if (count <= run.slots) continue;
+    return fmt::format("the record claims {} items \"{}\", but at most {} can be", count, run.name, run.slots);
+  }
+  for (const ItemRun& run : layout.items) {
+    std::vector<Bytes>& items = record.items.emplace_back();
+    const std::uint32_t count = ItemCount(run, record.fixed.data());
+    while (items.size() < count) {
+      if (rest.size() < run.item_size) {
+        return fmt::format("the file ends inside item {} of {} items \"{}\": {} of its {} bytes are there",
+                           items.size() + 1, count, run.name, rest.size(), run.item_size);
+      }
+      items.push_back(rest.first(run.item_size));
+      rest = rest.subspan(run.item_size);
+    }
+  }
+  return std::nullopt;
+}
+
+void PutItems(const Json& value, const ItemRun& run, std::span<std::uint8_t> fixed, std::vector<std::uint8_t>& bytes) {
+  if (!value.is_array() || value.size() > run.slots) {
+    throw std::runtime_error(fmt::format("\"{}\" takes an array of at most {} items", run.name, run.slots));
+  }
+  fixed[run.count_offset] = static_cast<std::uint8_t>(value.size());
+  const qv::layout::Slot slot = qv::layout::Bytes(0, run.item_size);
+  for (const Json& item : value) {
+    bytes.resize(bytes.size() + run.item_size);
+    FromJson(item, slot, std::span(bytes).last(run.item_size));
+  }
+}
+
+/// A count given beside its items must be theirs.
+void CheckCounts(const Json& record, const RecordLayout& layout, Bytes fixed) {
+  for (const ItemRun& run : layout.items) {
+    for (const Field& field : layout.fields) {
+      const bool counts = IsShown(field.exchange) && field.exchange.offset == run.count_offset;
+      if (!counts || !record.contains(field.name) || record[field.name] == fixed[run.count_offset]) continue;
+      throw std::runtime_error(fmt::format("\"{}\" is {}, but \"{}\" has {} items; leave it out, it follows from them",
+                                           field.name, record[field.name].dump(), run.name, fixed[run.count_offset]));
+    }
+  }
+}
+
+Json OperationNumber(const Json& value) {
+  for (std::size_t i = 0; i < kOperationWords.size(); ++i) {
+    if (value == kOperationWords[i]) return i;
+  }
+  return value;
+}
+
+}  // namespace
+
+RecordFile ParseRecords(const RecordLayout& layout, Bytes bytes) {
+  RecordFile file;
+  Bytes rest = bytes;
+  while (!rest.empty() && !file.damage) {
+    const std::size_t offset = bytes.size() - rest.size();
+    RecordView& record = file.records.emplace_back();
+    record.fixed = rest.first(std::min<std::size_t>(rest.size(), layout.exchange_size));
+    rest = rest.subspan(record.fixed.size());
+    if (record.fixed.size() < layout.exchange_size) {
+      file.damage = fmt::format("the file ends inside the record: {} of {} bytes are there", record.fixed.size(),
+                                layout.exchange_size);
+    } else {
+      file.damage = TakeItems(layout, rest, record);
+    }
+    if (file.damage) file.damage = fmt::format("offset {}, record {}: {}", offset, file.records.size(), *file.damage);
+  }
+  return file;
+}
+
+std::vector<std::pair<std::string, std::string>> ReadableOf(const RecordLayout& layout, const RecordView& record) {
+  std::vector<std::pair<std::string, std::string>> readable;
+  const Field* const low = FindField(layout, "time_low");
+  const Field* const high = FindField(layout, "time_high");
+  if (low != nullptr && high != nullptr && record.Has(low->exchange) && record.Has(high->exchange)) {
+    const std::uint64_t time = std::uint64_t{qv::layout::LoadSlot(high->exchange, record.fixed.data())} << 32;
+    readable.emplace_back("modified",
+                          DescribeFileTime(time | qv::layout::LoadSlot(low->exchange, record.fixed.data())));
+  }
+  const Field* const operation = FindField(layout, "operation");
+  if (operation != nullptr && record.Has(operation->exchange)) {
+    const std::uint32_t number = qv::layout::LoadSlot(operation->exchange, record.fixed.data());
+    readable.emplace_back("operation", number < kOperationWords.size() ? kOperationWords[number] : "unknown");
+  }
+  return readable;
+}
+
+Json ToJson(const RecordLayout& layout, const RecordView& record) {
+  Json json = Json::object();
+  for (const Field& field : layout.fields) {
+    if (IsShown(field.exchange) && record.Has(field.exchange)) {
+      json[field.name] = ToJson(field.exchange, record.fixed);
+    }
+  }
+  for (std::size_t run = 0; run < record.items.size(); ++run) {
+    Json& items = json[layout.items[run].name] = Json::array();
+    for (const Bytes item : record.items[run])
+      items.push_back(ToJson(qv::layout::Bytes(0, layout.items[run].item_size), item));
+  }
+  for (const auto& [name, words] : ReadableOf(layout, record)) json[kReads][name] = words;
+  return json;
+}
+
+void AppendRecord(const Json& record, const RecordLayout& layout, std::vector<std::uint8_t>& bytes) {
+  if (!record.is_object()) throw std::runtime_error("a record is an object of fields, not " + record.dump());
+  std::vector<std::uint8_t> fixed(layout.exchange_size);
+  for (const auto& [name, value] : record.items()) {
+    if (name == kReads || FindRun(layout, name) != nullptr) continue;
+    const Field* const field = FindField(layout, name);
+    if (field == nullptr) throw std::runtime_error(fmt::format("a {} has no field \"{}\"", layout.name, name));
+    try {
+      FromJson(name == "operation" ? OperationNumber(value) : value, field->exchange, fixed);
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(fmt::format("\"{}\" {}", name, error.what()));
+    }
+  }
+  std::vector<std::uint8_t> items;
+  for (const ItemRun& run : layout.items) {
+    PutItems(record.value(run.name, Json::array()), run, fixed, items);
+  }
+  CheckCounts(record, layout, fixed);
+  bytes.insert(bytes.end(), fixed.begin(), fixed.end());
+  bytes.insert(bytes.end(), items.begin(), items.end());
+}
+
+Json AnchorLines(std::string_view file) {
+  constexpr std::string_view kLineEnd = "\r\n";
+  constexpr std::string_view kEquals = " = ";
+  Json lines = Json::array();
+  for (bool last = file.empty(); !last;) {
+    const std::size_t end = file.find(kLineEnd);
+    last = end == std::string_view::npos;
+    const std::string line(file.substr(0, end));
+    if (!last) file.remove_prefix(end + kLineEnd.size());
+    const std::size_t equals = line.find(kEquals);
+    if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
+      lines.push_back({{"section", line.substr(1, line.size() - 2)}});
+    } else if (equals != std::string::npos) {
+      lines.push_back({{"key", line.substr(0, equals)}, {"value", line.substr(equals + kEquals.size())}});
+    } else {
+      lines.push_back({{"text", line}});
+    }
+  }
+  return lines;
+}
+
+std::string AnchorText(const Json& lines) {
+  std::string text;
+  for (const Json& line : lines) {
+    if (&line != &lines.front()) text += "\r\n";
+    if (line.contains("section")) {
+      text += fmt::format("[{}]", line["section"].get<std::string>());
+    } else if (line.contains("key") && line.contains("value")) {
+      text += fmt::format("{} = {}", line["key"].get<std::string>(), line["value"].get<std::string>());
+    } else {
+      text += line.at("text").get<std::string>();
+    }
+  }
+  return text;
+}
+
+std::vector<std::uint8_t> ReadWholeFile(const std::filesystem::path& file) {
+  if (std::filesystem::is_directory(file)) throw std::runtime_error(file.string() + ": it is a directory, not a file");
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) throw std::runtime_error(file.string() + ": it cannot be opened: " + std::strerror(errno));
+  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(stream), {}};
+  if (stream.bad()) throw std::runtime_error(file.string() + ": it cannot be read");
+  return bytes;
+}
+
+void WriteWholeFile(const std::filesystem::path& file, Bytes bytes) {
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  if (!stream) throw std::runtime_error(file.string() + ": it cannot be created: " + std::strerror(errno));
+  stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  stream.close();
+  if (!stream) throw std::runtime_error(file.string() + ": it cannot be written whole: " + std::strerror(errno));
+}
+
+}  // namespace qvdesk

@@ -1,0 +1,55 @@
+// Files that are records back to back: taken apart as far as they can be read, and put together again from JSON.
+#ifndef QV_TOOLS_QVDESK_RECORD_FILE_H
+#define QV_TOOLS_QVDESK_RECORD_FILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "layout/record_layout.h"
+#include "tools/qvdesk/field_value.h"
+
+namespace qvdesk {
+
+/// One record where it lies in the file.
+struct RecordView {
+  std::span<const std::uint8_t> fixed;  ///< Shorter than the form says when the file ends within.
+  std::vector<std::vector<std::span<const std::uint8_t>>> items;  ///< By run; those that are whole.
+
+  bool Has(const qv::layout::Slot& slot) const { return std::size_t{slot.offset} + slot.size <= fixed.size(); }
+};
+
+struct RecordFile {
+  std::vector<RecordView> records;    ///< Into the bytes that were parsed.
+  std::optional<std::string> damage;  ///< Where the rest cannot be read, and why.
+};
+
+RecordFile ParseRecords(const qv::layout::RecordLayout& layout, std::span<const std::uint8_t> bytes);
+
+/// Every field by name, the items as arrays of hex digits by their run's name. Under "reads", for people only: what
+/// words and dates some of the numbers mean.
+Json ToJson(const qv::layout::RecordLayout& layout, const RecordView& record);
+/// The reverse, appended to `bytes`. Fields that are not given are zero, counts follow from the items. Throws
+/// std::runtime_error that names the field.
+void AppendRecord(const Json& record, const qv::layout::RecordLayout& layout, std::vector<std::uint8_t>& bytes);
+
+/// What a record's numbers mean: (name, words).
+std::vector<std::pair<std::string, std::string>> ReadableOf(const qv::layout::RecordLayout& layout,
+                                                            const RecordView& record);
+
+/// The lines of an anchor file, and the file that they are; each is {"section"}, {"key", "value"} or {"text"}.
+Json AnchorLines(std::string_view file);
+std::string AnchorText(const Json& lines);
+
+/// Throw std::runtime_error that says what could not be done with which file.
+std::vector<std::uint8_t> ReadWholeFile(const std::filesystem::path& file);
+void WriteWholeFile(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
+
+}  // namespace qvdesk
+
+#endif  // QV_TOOLS_QVDESK_RECORD_FILE_H

@@ -1,0 +1,232 @@
+// "show": any file of the handset or the exchange directory, for people and for programs.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/qvdesk/catalog.h"
+#include "tools/qvdesk/commands.h"
+#include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/text.h"
+#include "tools/qvdesk/text_table.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::layout::Field;
+using qv::layout::Form;
+using qv::layout::ItemRun;
+using qv::layout::RecordLayout;
+
+struct Options {
+  std::filesystem::path file;
+  std::string form;
+  std::string format = "table";
+  bool all_fields = false;
+};
+
+/// A column of the table view, made of one or more fields.
+struct Column {
+  std::string title;
+  std::function<std::string(const RecordView&)> text;  ///< Empty where the record has nothing to say.
+  bool whole = true;                                   ///< Not to be cut.
+};
+
+/// Forms of few fields are shown whole.
+constexpr std::size_t kFewFields = 4;
+/// A beginning and an end; more dates would leave the texts no room.
+constexpr std::size_t kDatesShown = 2;
+
+std::optional<std::uint32_t> NumberOf(const RecordLayout& layout, const RecordView& record, const std::string& name) {
+  for (const Field& field : layout.fields) {
+    if (field.name == name && IsShown(field.exchange) && record.Has(field.exchange)) {
+      return qv::layout::LoadSlot(field.exchange, record.fixed.data());
+    }
+  }
+  return std::nullopt;
+}
+
+/// "2026-03-04 10:00" from the fields prefix_year, prefix_month, …; the time only where the form has one.
+std::string DateOf(const RecordLayout& layout, const RecordView& record, const std::string& prefix) {
+  const auto part = [&](const char* name) { return NumberOf(layout, record, prefix + name); };
+  const auto year = part("_year");
+  if (!year || *year == 0) return "";
+  std::string date = fmt::format("{:04}-{:02}-{:02}", *year, part("_month").value_or(0), part("_day").value_or(0));
+  if (const auto hour = part("_hour")) date += fmt::format(" {:02}:{:02}", *hour, part("_minute").value_or(0));
+  return date;
+}
+
+Column FieldColumn(const Field& field) {
+  return {field.name, [&field](const RecordView& record) {
+            return record.Has(field.exchange) ? ToText(field.exchange, record.fixed) : "";
+          }};
+}
+
+Column ItemsColumn(const RecordLayout& layout, std::size_t run) {
+  return {fmt::format("{}s", layout.items[run].name), [run](const RecordView& record) {
+            const bool some = run < record.items.size() && !record.items[run].empty();
+            return some ? std::to_string(record.items[run].size()) : "";
+          }};
+}
+
+/// What tells records apart: ids, dates, texts, items. Forms of few fields are shown whole.
+std::vector<Column> TellingColumns(const RecordLayout& layout) {
+  std::vector<Column> ids, dates, texts, others;
+  const auto shown = std::ranges::count_if(layout.fields, [](const Field& field) { return IsShown(field.exchange); });
+  for (const Field& field : layout.fields) {
+    if (!IsShown(field.exchange)) continue;
+    const std::string name = field.name;
+    if (static_cast<std::size_t>(shown) <= kFewFields || name.ends_with("_id")) {
+      ids.push_back(FieldColumn(field));
+    } else if (name.ends_with("_year")) {
+      const std::string prefix = name.substr(0, name.rfind('_'));
+      dates.push_back({prefix, [&layout, prefix](const RecordView& record) { return DateOf(layout, record, prefix); }});
+    } else if (field.exchange.form == Form::text || field.exchange.form == Form::raw_text) {
+      texts.push_back(FieldColumn(field));
+      texts.back().whole = false;
+    }
+  }
+  for (std::size_t run = 0; run < layout.items.size(); ++run) others.push_back(ItemsColumn(layout, run));
+  for (const char* const name : {"modified", "operation"}) {
+    others.push_back({fmt::format("reads: {}", name), [&layout, name](const RecordView& record) {
+                        for (const auto& [key, words] : ReadableOf(layout, record)) {
+                          if (key == name) return words;
+                        }
+                        return std::string();
+                      }});
+  }
+  if (dates.size() > kDatesShown) dates.resize(kDatesShown);
+  for (std::vector<Column>* more : {&dates, &texts, &others}) ids.insert(ids.end(), more->begin(), more->end());
+  return ids;
+}
+
+/// Columns in which no record has anything are left out.
+std::string RenderTable(const RecordLayout& layout, const RecordFile& file) {
+  TextTable table;
+  table.rows.resize(file.records.size());
+  for (const Column& column : TellingColumns(layout)) {
+    std::vector<std::string> cells;
+    for (const RecordView& record : file.records) cells.push_back(column.text(record));
+    if (std::ranges::all_of(cells, &std::string::empty)) continue;
+    table.header.push_back(column.title);
+    table.whole.push_back(column.whole);
+    for (std::size_t i = 0; i < cells.size(); ++i) table.rows[i].push_back(cells[i]);
+  }
+  return table.header.empty() ? "" : table.Render(TerminalWidth());
+}
+
+std::string RenderAllFields(const RecordLayout& layout, const RecordFile& file) {
+  std::string text;
+  for (std::size_t i = 0; i < file.records.size(); ++i) {
+    const RecordView& record = file.records[i];
+    text += fmt::format("record {}\n", i + 1);
+    const auto line = [&](const std::string& name, const std::string& value) {
+      text += fmt::format("  {:<20} {}\n", name, Visible(value));
+    };
+    for (const Field& field : layout.fields) {
+      if (IsShown(field.exchange) && record.Has(field.exchange)) line(field.name, ToText(field.exchange, record.fixed));
+    }
+    for (std::size_t run = 0; run < record.items.size(); ++run) {
+      for (std::size_t item = 0; item < record.items[run].size(); ++item) {
+        line(fmt::format("{}[{}]", layout.items[run].name, item), Hex(record.items[run][item]));
+      }
+    }
+    for (const auto& [name, words] : ReadableOf(layout, record)) line("reads: " + name, words);
+  }
+  return text;
+}
+
+std::string Dump(const Json& json) {
+  return Visible(json.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+/// One record a line: long tables stay searchable, and differences of two dumps show as lines.
+std::string RenderJson(const FileForm& form, const char* list, const std::vector<Json>& entries) {
+  std::string text = fmt::format("{{\"form\": {}, \"{}\": [", Dump(form.name), list);
+  for (std::size_t i = 0; i < entries.size(); ++i) text += fmt::format("{}\n  {}", i == 0 ? "" : ",", Dump(entries[i]));
+  return text + (entries.empty() ? "]}\n" : "\n]}\n");
+}
+
+void ShowAnchors(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
+  const Json lines = AnchorLines({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  if (options.format == "json") {
+    fmt::print("{}", RenderJson(form, "lines", {lines.begin(), lines.end()}));
+    return;
+  }
+  TextTable table{.header = {"key", "anchor"}, .rows = {}};
+  for (const Json& line : lines) {
+    if (line.contains("key")) {
+      table.rows.push_back({line["key"], line["value"]});
+    } else {
+      const std::string text =
+          line.contains("section") ? fmt::format("[{}]", std::string(line["section"])) : std::string(line["text"]);
+      table.rows.push_back({text, ""});
+    }
+  }
+  fmt::print("{}", table.Render(TerminalWidth()));
+}
+
+int ShowRecords(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
+  const RecordLayout& layout = *form.layout;
+  const RecordFile file = ParseRecords(layout, bytes);
+  if (options.format == "json") {
+    std::vector<Json> records;
+    for (const RecordView& record : file.records) records.push_back(ToJson(layout, record));
+    fmt::print("{}", RenderJson(form, "records", records));
+  } else {
+    fmt::print("{}", options.all_fields ? RenderAllFields(layout, file) : RenderTable(layout, file));
+    fmt::print("{} {} of the form \"{}\"\n", file.records.size(), file.records.size() == 1 ? "record" : "records",
+               layout.name);
+  }
+  if (!file.damage) return kSuccess;
+  std::fflush(stdout);
+  throw std::runtime_error(options.file.string() + ": " + *file.damage +
+                           ". The file was cut off or damaged, or it is not of the form " + form.name + ".");
+}
+
+int Show(const Options& options) {
+  const FileForm* const recognised = options.form.empty() ? FindForm(options.file.filename().string()) : nullptr;
+  if (options.form.empty() && recognised == nullptr) {
+    throw UsageError(options.file.string() +
+                     ": its name is not that of a file between handset and desktop. Say what it is with --as FORM; "
+                     "\"qvdesk modules\" lists the files.");
+  }
+  const FileForm& form = recognised != nullptr ? *recognised : ParseForm(options.form);
+  const std::vector<std::uint8_t> bytes = ReadWholeFile(options.file);
+  if (form.layout != nullptr) return ShowRecords(options, form, bytes);
+  ShowAnchors(options, form, bytes);
+  return kSuccess;
+}
+
+}  // namespace
+
+void AddShow(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "show",
+      "Shows a file of the exchange directory or one that the handset keeps: an exchange table, a change list, an id "
+      "map, a snapshot log or the anchor file. Of a damaged file it shows what can be read, and then says where the "
+      "damage begins.");
+  auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->file, "The file; its name tells the form")->required();
+  command->add_option("--as", options->form,
+                      "The form when the name does not tell it: a file name like schedule.tbl, "
+                      "or change-list, id-map, snapshot, anchors");
+  command
+      ->add_option("--format", options->format,
+                   "table: the telling columns, cut to the terminal's width; json: "
+                   "every field, as \"encode\" takes it")
+      ->check(CLI::IsMember({"table", "json"}))
+      ->capture_default_str();
+  command->add_flag("--all-fields", options->all_fields, "In a table: every field of every record, one a line");
+  command->footer(
+      "Examples:\n  qvdesk show /tmp/phone/sync/schedule.tbl\n"
+      "  qvdesk show saved.bin --as schedcmd.tbl --format json");
+  command->callback([options, &status] { status = Show(*options); });
+}
+
+}  // namespace qvdesk

@@ -1,0 +1,248 @@
+// "export" and "recover": one call of the agent, and its answer in words.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "host/handset/handset.h"
+#include "tools/qvdesk/catalog.h"
+#include "tools/qvdesk/commands.h"
+#include "tools/qvdesk/desktop_state.h"
+#include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/modes.h"
+#include "tools/qvdesk/phone.h"
+#include "tools/qvdesk/progress.h"
+#include "tools/qvdesk/readings.h"
+#include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/text.h"
+
+namespace qvdesk {
+namespace {
+
+using qv::Direction;
+using qv::SyncMode;
+
+struct Options {
+  PhoneOptions phone;
+  std::string module;
+  std::string mode = "full";
+  std::string directory = "\\sync";
+  std::string anchor;
+  bool local = false;
+};
+
+/// One run, as it was asked for and as the handset answered.
+struct Transfer {
+  Direction direction;
+  const qv::ModuleRow& module;
+  SyncMode mode;
+  std::u16string directory;
+  std::string anchor;
+  bool local;
+  std::uint32_t code = 0;
+  SyncMode mode_after = mode;
+  std::string anchor_after{};
+};
+
+/// Throws UsageError when the text does not fit.
+template <std::size_t capacity>
+void CopyText(const std::string& utf8, const char* option, char16_t (&target)[capacity]) {
+  const std::u16string text = ToUtf16(utf8);
+  if (text.size() >= capacity) {
+    throw UsageError(
+        fmt::format("{} has {} characters; a request holds at most {}.", option, text.size(), capacity - 1));
+  }
+  std::ranges::copy(text, target);
+}
+
+void RunFromDesktop(const Phone& phone, Transfer& transfer) {
+  qv::RequestRecord request{};
+  request.module_id = transfer.module.id;
+  request.mode = static_cast<std::uint32_t>(transfer.mode);
+  CopyText(transfer.anchor, "--anchor", request.anchor);
+  CopyText(ToUtf8(transfer.directory), "--directory", request.directory);
+  const char* const function = transfer.direction == Direction::kExport ? "fnQV_ExportTabs" : "fnQV_RecovTabs";
+  const Answer answer = phone.Call(function, {reinterpret_cast<const std::uint8_t*>(&request), sizeof(request)});
+  qv::ResultRecord result;
+  if (answer.written.size() != sizeof(result)) {
+    throw std::runtime_error(fmt::format("{} wrote {} bytes to the stream, not a result of {}", function,
+                                         answer.written.size(), sizeof(result)));
+  }
+  std::memcpy(&result, answer.written.data(), sizeof(result));
+  transfer.code = result.code;
+  transfer.mode_after = static_cast<SyncMode>(result.mode);
+  const std::u16string_view anchor(result.anchor, qv::kAnchorCapacity);
+  transfer.anchor_after = ToUtf8(anchor.substr(0, anchor.find(u'\0')));
+}
+
+void RunOnHandset(const Phone& phone, Transfer& transfer) {
+  const bool exporting = transfer.direction == Direction::kExport;
+  auto* const function = phone.Agent().Export<decltype(qv_ExportTabs)>(exporting ? "qv_ExportTabs" : "qv_RecovTabs");
+  transfer.code = function(transfer.module.id, transfer.directory.c_str());
+}
+
+void PrintMode(const Transfer& transfer) {
+  if (transfer.mode_after == transfer.mode) {
+    fmt::print("  mode       {}\n", Describe(transfer.mode));
+    return;
+  }
+  fmt::print("  mode       asked {}, ran {}\n", Describe(transfer.mode), Describe(transfer.mode_after));
+  fmt::print(
+      "             The anchor {} is not the one that the handset last handed out for this module, so it cannot\n"
+      "             tell what changed since: it exported everything. The desktop must replace, not merge.\n",
+      Visible(transfer.anchor));
+}
+
+/// A failed run's anchor is not kept: with it the next incremental export would leave out what this one did not bring.
+void KeepAnchor(const Transfer& transfer, DesktopState& state) {
+  if (transfer.anchor_after.empty() || !qv::IsRemembered(transfer.mode_after)) {
+    fmt::print("  anchor     unchanged: such a run is not remembered\n");
+  } else if (transfer.code != 0) {
+    fmt::print("  anchor     {}, not kept because the run failed\n", Visible(transfer.anchor_after));
+  } else {
+    state.SetAnchor(transfer.module.name, transfer.anchor_after);
+    state.Save();
+    fmt::print("  anchor     {}, kept in {} for the next incremental export\n", Visible(transfer.anchor_after),
+               state.File().string());
+  }
+}
+
+void PrintResult(const Transfer& transfer) {
+  const Run run{.module = &transfer.module, .direction = transfer.direction, .mode = transfer.mode_after};
+  const std::vector<Reading> readings = ReadingsOf(transfer.code, run);
+  fmt::print(
+      "  result     0x{:08x} {}\n", transfer.code,
+      readings.empty() ? "unknown: no module of this build answers so" : Describe(readings.front(), "             "));
+  const bool exporting = transfer.direction == Direction::kExport;
+  const qv::ModuleRow& module = transfer.module;
+  const qv::Report report = transfer.local ? (exporting ? module.local_export : module.local_recover)
+                                           : (exporting ? module.desktop_export : module.desktop_recover);
+  if (report == qv::Report::kDropped) {
+    fmt::print("             This entry point reports success for the module whatever happened.\n");
+  }
+}
+
+std::string DescribeRecords(const std::filesystem::path& file) {
+  const FileForm* const form = FindForm(file.filename().string());
+  if (form == nullptr || form->layout == nullptr) return "";
+  const std::vector<std::uint8_t> bytes = ReadWholeFile(file);
+  const RecordFile records = ParseRecords(*form->layout, bytes);
+  return fmt::format("{:>8} records{}", records.records.size(), records.damage ? ", damaged: " + *records.damage : "");
+}
+
+void PrintFiles(const Transfer& transfer) {
+  const std::filesystem::path directory = handset::HostPath(transfer.directory);
+  fmt::print("  files in {}\n", Visible(ToUtf8(transfer.directory)));
+  if (!std::filesystem::is_directory(directory)) {
+    fmt::print("    The handset has no such directory.\n");
+    return;
+  }
+  std::set<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    if (entry.is_regular_file()) files.insert(entry.path());
+  }
+  if (files.empty()) fmt::print("    none\n");
+  for (const std::filesystem::path& file : files) {
+    fmt::print("    {:<20} {:>10} bytes {}\n", Visible(file.filename().string()), std::filesystem::file_size(file),
+               DescribeRecords(file));
+  }
+}
+
+void PrintMessages() {
+  std::string numbers;
+  for (const handset::PostedMessage& posted : handset::PostedMessages()) {
+    numbers += fmt::format(" 0x{:x}", posted.message);
+  }
+  fmt::print("  messages   {} posted to all windows, so that programs reload their data:\n            {}\n",
+             handset::PostedMessages().size(), numbers);
+}
+
+int Transact(Direction direction, const Options& options) {
+  const qv::ModuleRow& module = ParseModule(options.module);
+  const SyncMode mode = ParseMode(options.mode);
+  const Phone phone(options.phone);
+  DesktopState state(options.phone.handset);
+  Transfer transfer{.direction = direction,
+                    .module = module,
+                    .mode = mode,
+                    .directory = ToUtf16(options.directory),
+                    .anchor = options.anchor.empty() ? state.Anchor(module.name) : options.anchor,
+                    .local = options.local};
+  if (options.local) {
+    transfer.mode = transfer.mode_after =
+        direction == Direction::kExport ? SyncMode::kPlainCopy : SyncMode::kLocalRecover;
+  }
+  {
+    const Progress progress(fmt::format("{} {}", module.name, NameOf(direction)));
+    options.local ? RunOnHandset(phone, transfer) : RunFromDesktop(phone, transfer);
+  }
+  fmt::print("{} {}: {}\n", module.name, NameOf(direction), transfer.code == 0 ? "success" : "failure");
+  PrintMode(transfer);
+  KeepAnchor(transfer, state);
+  PrintResult(transfer);
+  PrintFiles(transfer);
+  if (direction == Direction::kRecover) PrintMessages();
+  if (transfer.code == 0) return kSuccess;
+  std::fflush(stdout);
+  throw std::runtime_error(fmt::format("the {} of module {} failed with 0x{:08x}, see \"result\" above",
+                                       NameOf(direction), module.name, transfer.code));
+}
+
+void AddOptions(CLI::App& command, Options& options) {
+  command.add_option("MODULE", options.module, "The module's name or number, as \"qvdesk modules\" lists them")
+      ->required();
+  AddPhoneOptions(command, options.phone);
+  CLI::Option* const mode =
+      command
+          .add_option(
+              "--mode", options.mode,
+              "full (1): all records; replace (2): as full, and a recover empties the store first; incremental (3): "
+              "what changed since the last synchronisation; plain (4): all records, and nothing is remembered; or "
+              "any other number, as a desktop may send it")
+          ->capture_default_str();
+  command.add_option("--directory", options.directory, "The exchange directory on the handset, which must be there")
+      ->capture_default_str();
+  CLI::Option* const anchor = command.add_option(
+      "--anchor", options.anchor, "The anchor to present instead of the one kept from the last successful run");
+  command
+      .add_flag(
+          "--local", options.local,
+          "Run it as a program on the handset does, with qv_ExportTabs or qv_RecovTabs: a plain copy without anchor")
+      ->excludes(mode)
+      ->excludes(anchor);
+}
+
+}  // namespace
+
+void AddExport(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "export",
+      "Has the handset write a module's data as exchange tables into the exchange directory, and prints the answer in "
+      "words. The anchor that comes back is kept in DIR.desktop.json and presented at the next incremental export: "
+      "only "
+      "a desktop with the handset's last anchor gets the changes alone.");
+  auto options = std::make_shared<Options>();
+  AddOptions(*command, *options);
+  command->footer(
+      "Examples:\n  qvdesk export schedule --handset /tmp/phone\n"
+      "  qvdesk export schedule --handset /tmp/phone --mode incremental");
+  command->callback([options, &status] { status = Transact(Direction::kExport, *options); });
+}
+
+void AddRecover(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "recover",
+      "Has the handset apply the exchange tables in the exchange directory to a module's store, and prints the answer "
+      "in words. Applied tables are deleted; an id map tells under which ids the records now live. In incremental mode "
+      "a change list beside the tables says what is new, modified or deleted.");
+  auto options = std::make_shared<Options>();
+  AddOptions(*command, *options);
+  command->footer(
+      "Examples:\n  qvdesk recover schedule --handset /tmp/phone --mode replace\n"
+      "  qvdesk recover schedule --handset /tmp/phone --local");
+  command->callback([options, &status] { status = Transact(Direction::kRecover, *options); });
+}
+
+}  // namespace qvdesk
