@@ -10,7 +10,8 @@ target_compile_options(qv_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restr
 add_library(qv_agent_options INTERFACE)
 target_include_directories(qv_agent_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
 target_compile_options(qv_agent_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
-                                                  -fno-threadsafe-statics> -fno-strict-aliasing)
+                                                  -fno-threadsafe-statics> -fno-strict-aliasing
+                       $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors -Wexit-time-destructors>)
 target_link_libraries(qv_agent_options INTERFACE qv_warnings)
 
 if(QV_WINCE)

@@ -12,11 +12,22 @@ namespace handset {
 namespace {
 
 Error last_error = Error::none;
+unsigned bad_handle_uses = 0;
 
 }  // namespace
 
 void SetLastError(Error error) {
   last_error = error;
+  if (error == Error::invalid_handle) ++bad_handle_uses;
+}
+
+void ResetErrors() {
+  last_error = Error::none;
+  bad_handle_uses = 0;
+}
+
+unsigned BadHandleUses() {
+  return bad_handle_uses;
 }
 
 Error ErrorFromErrno() {

@@ -29,7 +29,9 @@ enum class Error : coredll::DWORD {
   not_a_library = 193,
 };
 
+/// Counts what BadHandleUses tells.
 void SetLastError(Error error);
+void ResetErrors();
 
 /// The number for what the host's errno says.
 Error ErrorFromErrno();

@@ -63,7 +63,7 @@ bool Passes(const Call& call, std::uint32_t* cuttable) {
   if (!IsDue(call)) return true;
   faulted_function = call.function;
   if (pending.fault == Fault::fail || cuttable == nullptr) return false;
-  *cuttable /= 2;
+  *cuttable -= *cuttable / 2;
   return true;
 }
 

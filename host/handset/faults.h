@@ -25,7 +25,7 @@ inline std::u16string_view View(const char16_t* text) {
 void Watch(const Call& call);
 
 /// Shows a call to the observer and says whether it is to be carried out. A fault that cuts short halves `*cuttable`
-/// where the call has one, and then lets the call pass.
+/// (rounded up, so that what is not nothing stays more than nothing) where the call has one, and then lets it pass.
 bool Passes(const Call& call, std::uint32_t* cuttable = nullptr);
 
 /// Carries out one platform call: `failure` is its answer when a fault is due or the host is out of memory.

@@ -141,20 +141,21 @@ namespace coredll {
 using namespace handset;
 
 HANDLE CreateFileW(const char16_t* name, DWORD access, DWORD share, void*, DWORD disposition, DWORD, HANDLE) {
-  return PlatformCall({"CreateFileW", View(name), 0}, INVALID_HANDLE_VALUE,
+  return PlatformCall({"CreateFileW", View(name), 0, {access, share, disposition}}, INVALID_HANDLE_VALUE,
                       [&] { return Open(View(name), UseOf(access), share, disposition); });
 }
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, void*) {
   *read = 0;
-  return PlatformCall({"ReadFile", ObjectName(handle), size}, kFalse, [&] {
+  const auto read_some = [&] {
     const File* file = FileFor(handle, kReading);
     if (file == nullptr) return kFalse;
     const ssize_t done = ::read(file->Descriptor(), buffer, size);
     if (done < 0) return Fail(ErrorFromErrno(), kFalse);
     *read = static_cast<DWORD>(done);
     return kTrue;
-  });
+  };
+  return PlatformCall({"ReadFile", ObjectName(handle), size}, kFalse, read_some, &size);
 }
 
 BOOL WriteFile(HANDLE handle, const void* buffer, DWORD size, DWORD* written, void*) {

@@ -20,6 +20,9 @@ namespace {
 
 using coredll::WIN32_FIND_DATAW;
 
+/// The attribute of files and directories that may not be changed, such as those of the ROM.
+constexpr coredll::DWORD kReadOnly = 0x01;
+
 // Units of 100 ns since 1601, in which the handset counts time.
 coredll::FILETIME FileTime(const timespec& time) {
   constexpr std::int64_t kUnitsPerSecond = 10'000'000;
@@ -40,6 +43,7 @@ WIN32_FIND_DATAW Describe(const std::string& name, const struct stat& status) {
     found.nFileSizeLow = static_cast<coredll::DWORD>(size);
     found.nFileSizeHigh = static_cast<coredll::DWORD>(size >> 32);
   }
+  if ((status.st_mode & S_IWUSR) == 0) found.dwFileAttributes |= kReadOnly;
   Utf16(name).copy(found.cFileName, std::size(found.cFileName) - 1);
   return found;
 }

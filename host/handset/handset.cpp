@@ -21,7 +21,7 @@ void Start(const std::filesystem::path& root) {
   ResetSystem();
   SetFreeSpace(std::nullopt);
   FreeAllBlocks();
-  SetLastError(Error::none);
+  ResetErrors();
 }
 
 Census TakeCensus() {

@@ -3,6 +3,7 @@
 #ifndef QV_HOST_HANDSET_HANDSET_H
 #define QV_HOST_HANDSET_HANDSET_H
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -56,7 +57,7 @@ struct PostedMessage {
 };
 const std::vector<PostedMessage>& PostedMessages();
 
-/// Opens a top-level window of this title and gives its handle.
+/// Opens a top-level window of this title, of a class that no one knows the name of, and gives its handle.
 coredll::HWND OpenWindow(std::u16string_view title);
 
 /// Another program holds a semaphore of this name, or lets go of it.
@@ -69,7 +70,8 @@ const std::vector<std::uint32_t>& MemoryDivisions();
 
 // --- Storage ---
 
-/// Bytes that files can still grow by; writes past it come up short. std::nullopt: what the host's disk has.
+/// Bytes that files can still grow by; writes past it come up short. std::nullopt: what the host's disk has. Of the
+/// free bytes a part is the system's own, so that a caller is offered less than there are.
 void SetFreeSpace(std::optional<std::uint64_t> bytes);
 
 // --- Watching and breaking the seam ---
@@ -79,6 +81,8 @@ struct Call {
   std::string_view function;  ///< As in coredll.h: "WriteFile".
   std::u16string_view path;   ///< The path or name it concerns; of a file handle, the path it was opened by.
   std::uint32_t size;         ///< Bytes to read, write or allocate; else 0.
+  /// What else it asks. CreateFileW: access, share mode, disposition; CreateSemaphoreW: initial and greatest count.
+  std::array<std::uint32_t, 3> options{};
 };
 /// Called at each platform call; an empty function stops it. Platform calls that the observer itself makes are neither
 /// observed nor failed.
@@ -86,7 +90,7 @@ void Observe(std::function<void(const Call&)> observer);
 
 enum class Fault {
   fail,       ///< The call fails, having done nothing.
-  cut_short,  ///< WriteFile takes half and says so; any other call fails as with `fail`.
+  cut_short,  ///< WriteFile and ReadFile do half and say so; any other call fails as with `fail`.
 };
 /// The n-th call from now on of a function that can fail will fail (1 is the next one; 0 cancels), once.
 void FailCall(unsigned n, Fault fault = Fault::fail);
@@ -107,6 +111,8 @@ struct Census {
   bool operator==(const Census&) const = default;
 };
 Census TakeCensus();
+/// Calls on handles that were not open, since Start: always a mistake of the caller's. To free no library is none.
+unsigned BadHandleUses();
 
 /// Bytes in blocks of the handset's malloc: now, and the most since the last ResetPeakMemory.
 std::uint64_t AllocatedBytes();
@@ -115,9 +121,9 @@ void ResetPeakMemory();
 /// The size that a block of the handset's malloc was asked for with.
 std::size_t BlockSize(const void* block);
 
-/// From now on each block lies against an inaccessible page, with guard bytes where it cannot, so that code that is not
-/// built with AddressSanitizer cannot read or write past it unnoticed. Kept by Start. The host allows some 30,000 such
-/// blocks at a time.
+/// Fresh memory holds no zeros, so that no one can count on them. From now on each block lies against an inaccessible
+/// page, with guard bytes where it cannot, so that code that is not built with AddressSanitizer cannot read or write
+/// past it unnoticed. Kept by Start. The host allows some 30,000 such blocks at a time.
 void SetGuardedBlocks(bool guarded);
 
 }  // namespace handset

@@ -140,6 +140,7 @@ FARPROC GetProcAddressW(HMODULE library, const char16_t* name) {
 
 BOOL FreeLibrary(HMODULE library) {
   return PlatformCall({"FreeLibrary", {}, 0}, kFalse, [&] {
+    if (library == nullptr) return kFalse;
     const auto found = loaded.find(library);
     if (found == loaded.end()) return Fail(Error::invalid_handle, kFalse);
     if (--found->second.references == 0) loaded.erase(found);

@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t kLargestBlock = 512u << 20;
 constexpr std::size_t kAlignment = 8;
 constexpr unsigned char kGuardByte = 0xFD;
+constexpr unsigned char kFreshByte = 0xCD;
 
 struct Block {
   std::size_t size = 0;              // As asked for.
@@ -104,7 +105,7 @@ void* NewBlock(std::size_t size) {
   node.mapped() = block;
   blocks.insert(std::move(node));
   CountSize(size, 0);
-  return start;
+  return std::memset(start, kFreshByte, size);
 }
 
 void FreeBlock(void* start) {
@@ -121,6 +122,7 @@ void* MoveBlock(void* old_start, std::size_t size) {
   if (start == nullptr) return Fail<void*>(Error::not_enough_memory, nullptr);
   auto node = blocks.extract(old_entry);
   const Block old_block = node.mapped();
+  std::memset(start, kFreshByte, size);
   std::memcpy(start, old_start, std::min(size, old_block.size));
   Release(old_start, old_block);
   node.key() = start;

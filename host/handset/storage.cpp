@@ -50,8 +50,9 @@ coredll::BOOL coredll::GetDiskFreeSpaceExW(const char16_t* directory, ULARGE_INT
     struct statvfs disk {};
     if (statvfs(HostPath(View(directory)).c_str(), &disk) != 0) return Fail(Error::path_not_found, kFalse);
     const std::uint64_t unit = disk.f_frsize;
+    constexpr std::uint64_t kSystemsPart = 16;
     const std::uint64_t free = room.value_or(disk.f_bavail * unit);
-    Store(free_to_caller, free);
+    Store(free_to_caller, free - free / kSystemsPart);
     Store(total, std::max(disk.f_blocks * unit, free));
     Store(total_free, room.value_or(disk.f_bfree * unit));
     return kTrue;

@@ -115,10 +115,11 @@ void GetLocalTime(SYSTEMTIME* now) {
   *now = phone.set_time ? WithDayOfWeek(*phone.set_time) : HostLocalTime();
 }
 
-HWND FindWindowW(const char16_t*, const char16_t* title) {
+HWND FindWindowW(const char16_t* window_class, const char16_t* title) {
   return PlatformCall({"FindWindowW", View(title), 0}, nullptr, [&]() -> HWND {
     const auto found = phone.windows.find(View(title));
-    return title == nullptr || found == phone.windows.end() ? nullptr : found->second;
+    const bool is_asked_for = window_class == nullptr && title != nullptr && found != phone.windows.end();
+    return is_asked_for ? found->second : nullptr;
   });
 }
 
@@ -130,7 +131,8 @@ BOOL PostMessageW(HWND window, DWORD message, DWORD wparam, std::int32_t lparam)
 }
 
 HANDLE CreateSemaphoreW(void*, std::int32_t initial, std::int32_t maximum, const char16_t* name) {
-  return PlatformCall({"CreateSemaphoreW", View(name), 0}, nullptr, [&]() -> HANDLE {
+  const std::array counts = {static_cast<std::uint32_t>(initial), static_cast<std::uint32_t>(maximum), 0u};
+  return PlatformCall({"CreateSemaphoreW", View(name), 0, counts}, nullptr, [&]() -> HANDLE {
     if (maximum <= 0 || initial < 0 || initial > maximum) return Fail(Error::invalid_parameter, nullptr);
     const bool existed = name != nullptr && SemaphoreExists(View(name));
     const HANDLE handle = AddObject(std::make_unique<Semaphore>(View(name), name != nullptr));

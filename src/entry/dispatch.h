@@ -13,6 +13,13 @@ namespace qv {
 /// The row of a module, or null for an id outside 1..16.
 const ModuleRow* FindModule(std::int32_t module_id);
 
+/// What an entry point tells its caller of a module's result; `flag` names the direction.
+constexpr std::uint32_t Reported(Result result, Report report, std::uint32_t flag) {
+  const auto code = static_cast<std::uint32_t>(result);
+  if (code == 0 || report == Report::kDropped) return 0;
+  return report == Report::kRaw ? code : code | flag;
+}
+
 /// Run a module that FindModule found. `directory` is UTF-16LE text of any alignment. `mode` and `anchor` come back as
 /// the module leaves them; a plain copy may pass a null anchor.
 Result ExportModule(const ModuleRow& module, SyncMode& mode, char16_t* anchor, const void* directory);

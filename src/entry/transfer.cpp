@@ -32,13 +32,6 @@ struct Request {
   }
 };
 
-/// What a caller is told of a module's result.
-std::uint32_t Reported(Result result, Report report, std::uint32_t flag) {
-  const auto code = static_cast<std::uint32_t>(result);
-  if (code == 0 || report == Report::kDropped) return 0;
-  return report == Report::kRaw ? code : code | flag;
-}
-
 void Answer(IRAPIStream* stream, std::uint32_t code, const Request& request) {
   ResultRecord record{};
   record.code = code;

@@ -24,7 +24,7 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
   } else if (from.form == Form::text) {
     CopyText(source + from.offset, from.size, target + to.offset, to.size);
   } else {
-    std::copy_n(source + from.offset, std::min(from.size, to.size), target + to.offset);
+    std::copy_n(source + from.offset, from.size, target + to.offset);
   }
 }
 

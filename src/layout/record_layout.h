@@ -155,6 +155,12 @@ constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
   return true;
 }
 
+/// What is carried as it stands needs the same room on both sides.
+constexpr bool FitsAsItStands(const Field& field) {
+  const bool as_it_stands = field.store.form == Form::bytes || field.store.form == Form::raw_text;
+  return !as_it_stands || field.store.size == field.exchange.size;
+}
+
 constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
   for (const std::uint8_t byte : claimed) {
     if (byte != 0xFF) return false;
@@ -164,15 +170,15 @@ constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
 
 }  // namespace internal
 
-/// True when the rows cover each side of the record to the last bit, none of them twice. A row that only repeats
-/// another claims its exchange slot but not the store slot it reads.
+/// True when the rows cover each side of the record to the last bit, none of them twice, and each row's sides fit. A
+/// row that only repeats another claims its exchange slot but not the store slot it reads.
 template <std::size_t store_size, std::size_t exchange_size>
 consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> items = {}) {
   std::array<std::uint8_t, store_size> store{};
   std::array<std::uint8_t, exchange_size> exchange{};
   for (const Field& field : fields) {
     if (!field.export_only && !internal::Claim(field.store, store)) return false;
-    if (!internal::Claim(field.exchange, exchange)) return false;
+    if (!internal::Claim(field.exchange, exchange) || !internal::FitsAsItStands(field)) return false;
   }
   for (const ItemRun& run : items) {
     const auto size = static_cast<std::uint16_t>(run.item_size * run.slots);

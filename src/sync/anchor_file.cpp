@@ -50,10 +50,14 @@ bool ReadText(const char16_t* path, File::Sharing sharing, List<char>& text) {
   return text.Resize(static_cast<std::size_t>(end - text.begin()));
 }
 
+/// Text that the code page cannot read, such as half a character at the 2000th byte, is widened byte by byte: the
+/// agent's own lines are plain ASCII and must stay readable.
 bool Widen(List<char>& bytes, List<char16_t>& text) {
   if (!bytes.Append('\0') || !text.Resize(bytes.size())) return false;
   const std::size_t length = coredll::mbstowcs(text.data(), bytes.data(), text.size());
-  return length != kNotConvertible && text.Resize(length);
+  if (length != kNotConvertible) return text.Resize(length);
+  std::transform(bytes.begin(), bytes.end(), text.begin(), [](char byte) { return static_cast<unsigned char>(byte); });
+  return text.Resize(bytes.size() - 1);
 }
 
 bool Narrow(const char16_t* text, List<char>& bytes) {
@@ -101,15 +105,16 @@ struct Rewrite {
   }
 
   /// Everything between the "=" and the line's end gives way to the value. A line without a "=" is no line of ours
-  /// and is written anew.
-  bool ReplaceValue(std::size_t key_at, std::size_t section_at) {
-    const std::size_t line_end = Find(text, Text8("\r\n"), key_at);
+  /// and is written anew, as far as it is the section's.
+  bool ReplaceValue(std::size_t key_at, std::size_t section_at, std::size_t section_end) {
+    const std::size_t line_end = std::min(Find(text, Text8("\r\n"), key_at), text.size());
     const std::size_t equals_at = Find(text, Text8("="), key_at);
-    const Text8 tail = Between(text, std::min(line_end, text.size()), text.size());
-    if (equals_at < std::min(line_end, text.size())) {
-      return AppendAll(result, {Between(text, 0, equals_at + 1), " ", value, tail});
+    if (equals_at < std::min(line_end, section_end)) {
+      return AppendAll(result, {Between(text, 0, equals_at + 1), " ", value, Between(text, line_end, text.size())});
     }
-    return AppendAll(result, {Between(text, 0, LineBegin(key_at, section_at)), key, " = ", value, tail});
+    const Text8 kept = Between(text, 0, LineBegin(key_at, section_at));
+    const Text8 tail = Between(text, std::min(line_end, section_end), text.size());
+    return AppendAll(result, {kept, key, " = ", value, tail});
   }
 
   bool InsertLine(Text8 line_key, std::size_t at, std::size_t section_at, bool keep_rest) {
@@ -124,7 +129,7 @@ struct Rewrite {
     const std::size_t section_at = header_at + header.size();
     const std::size_t next_section = Find(text, Text8("["), section_at);
     const std::size_t key_at = Find(text, key, header_at);
-    if (key_at < next_section) return ReplaceValue(key_at, section_at);
+    if (key_at < next_section) return ReplaceValue(key_at, section_at, next_section);
     if (next_section == Text8::npos) return InsertLine(key, text.size(), section_at, false);
     // In front of a further section only the key's first character is written, so that module's anchor is never found
     // again and it falls back to full exports. Desktops count on handsets answering so.

@@ -5,11 +5,6 @@
 
 namespace qv {
 
-bool SyncInfoList::Resize(std::uint32_t count) {
-  constexpr std::uint32_t kMost = 0x0FFFFFFF;
-  return count <= kMost && entries_.Resize(count);
-}
-
 Result Snapshot::Load(const char16_t* path) {
   using Reader = EntryReader<SnapshotEntry>;
   File file = File::OpenExisting(path);

@@ -18,7 +18,7 @@ namespace qv {
 class SyncInfoList {
  public:
   /// Room for `count` entries. False without memory, and for a count that no handset holds.
-  [[nodiscard]] bool Resize(std::uint32_t count);
+  [[nodiscard]] bool Resize(std::uint32_t count) { return entries_.Resize(count); }
   /// A store may list fewer records than it counted.
   void Shrink(std::uint32_t count) { (void)entries_.Resize(count < entries_.size() ? count : entries_.size()); }
 

@@ -80,6 +80,7 @@ Result ReadChangeList(const char16_t* path, ChangeList& changes, Deletions& dele
 Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request,
                   bool& more) {
   std::fill_n(record, record_size, std::uint8_t{0});
+  more = false;
   std::size_t got = 0;
   if (!exchange_table.Read(record, request, got)) return Result::kFileUnreadable;
   more = got != 0;

@@ -97,7 +97,7 @@ inline Operation WantedOperation(ApplyForm form, const ChangeList& changes, std:
 }
 
 /// Reads the fixed part of the next record: the first bytes of a request of `request` bytes, at least record_size. What
-/// the end of the file cuts off reads as zero. `more` is false at the end. kFileUnreadable.
+/// the end of the file cuts off reads as zero. `more` is false at the end, and after a failure: kFileUnreadable.
 Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request, bool& more);
 
 /// Reads the items that follow a fixed part into the slots of its store record. kFileUnreadable also when the counts

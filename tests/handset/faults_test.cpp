@@ -79,10 +79,17 @@ TEST_F(FaultsTest, OnlyCallsOfTheFunctionNamedCount) {
   EXPECT_EQ(TakeCensus(), (Census{.files = 1, .blocks = 1}));
 }
 
-TEST_F(FaultsTest, AWriteCutShortTakesHalf) {
+TEST_F(FaultsTest, AWriteOrReadCutShortDoesHalf) {
   FailCallOf("WriteFile", 1, Fault::cut_short);
-  EXPECT_EQ(Write(Create(u"\\a"), "12345"), 2);
+  const auto file = Create(u"\\a");
+  EXPECT_EQ(Write(file, "1234"), 2);
   EXPECT_EQ(Content("a"), "12");
+  coredll::CloseHandle(file);
+  FailCallOf("ReadFile", 1, Fault::cut_short);
+  char buffer[4];
+  coredll::DWORD read = 0;
+  EXPECT_NE(coredll::ReadFile(Open(u"\\a"), buffer, 2, &read, nullptr), 0);
+  EXPECT_EQ(read, 1u) << "never nothing: that would be the end of the file";
   FailCall(1, Fault::cut_short);
   EXPECT_EQ(Open(u"\\a"), coredll::INVALID_HANDLE_VALUE) << "what cannot be cut fails";
 }

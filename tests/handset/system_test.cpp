@@ -72,8 +72,9 @@ TEST_F(SystemTest, ASemaphoreNameLivesAsLongAsItsLastHandle) {
   EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
   EXPECT_EQ(TakeCensus(), Census{.semaphores = 2});
   EXPECT_TRUE(CloseHandle(first));
-  EXPECT_TRUE(CloseHandle(CreateSemaphore(u"sync")));
+  const auto third = CreateSemaphore(u"sync");
   EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+  EXPECT_TRUE(CloseHandle(third));
   EXPECT_TRUE(CloseHandle(second));
   CreateSemaphore(u"sync");
   EXPECT_EQ(GetLastError(), 0u);

@@ -33,6 +33,7 @@ std::uint32_t RecordingStream::Release() {
 
 std::int32_t RecordingStream::Write(const void* buffer, std::uint32_t size, std::uint32_t* count) {
   calls.push_back("Write " + std::to_string(size));
+  messages_at_write = handset::PostedMessages().size();
   const auto* const bytes = static_cast<const std::uint8_t*>(buffer);
   written.insert(written.end(), bytes, bytes + size);
   *count = fails ? 0 : size;
@@ -83,6 +84,12 @@ Bytes Words(std::initializer_list<std::uint32_t> words) {
   return bytes;
 }
 
+std::vector<std::uint32_t> ToWords(const Bytes& bytes) {
+  std::vector<std::uint32_t> words;
+  for (std::size_t i = 0; i < bytes.size(); i += 4) words.push_back(Get32(bytes, i));
+  return words;
+}
+
 void Append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }
@@ -103,6 +110,7 @@ AgentTest::~AgentTest() {
   EXPECT_EQ(left.semaphores, 0u) << "semaphores left open";
   EXPECT_EQ(left.libraries, 0u) << "libraries left loaded";
   EXPECT_EQ(left.blocks, 0u) << "blocks left allocated";
+  EXPECT_EQ(handset::BadHandleUses(), 0u) << "calls on handles that are not open";
   std::error_code ignored;
   std::filesystem::remove_all(root_, ignored);
 }

@@ -54,6 +54,8 @@ class RecordingStream final : public IRAPIStream {
   std::vector<std::string> calls;
   Bytes written;
   bool fails = false;
+  /// Messages that were out when the answer was written.
+  std::size_t messages_at_write = 0;
 
  private:
   std::int32_t Unexpected(const char* method) {
@@ -82,6 +84,7 @@ void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text);
 std::uint32_t Get32(const Bytes& bytes, std::size_t offset);
 /// 12-byte entries one after another: snapshots, change lists, id maps.
 Bytes Words(std::initializer_list<std::uint32_t> words);
+std::vector<std::uint32_t> ToWords(const Bytes& bytes);
 void Append(Bytes& bytes, const Bytes& more);
 
 constexpr char16_t kSync[] = u"\\sync";

@@ -7,7 +7,7 @@
 
 namespace qv_test {
 
-constexpr std::uint32_t kEntryId = 0x00A1A2A3;
+constexpr std::uint32_t kEntryId = 0xD4A1A2A3;
 constexpr std::uint32_t kEntryGroup = 77;
 
 /// An entry in the store: every field set, and other bytes than zero wherever no field lies.

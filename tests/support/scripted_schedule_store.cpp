@@ -23,12 +23,12 @@ std::size_t RecordSize(std::uint32_t table) {
 
 struct ScheduleEntryPoints {
   static std::uint32_t GetTotalNum(std::uint32_t table) noexcept {
-    g_store->calls.push_back("GetTotalNum " + std::to_string(table));
+    g_store->Log("GetTotalNum " + std::to_string(table));
     return g_store->claimed_total.value_or(static_cast<std::uint32_t>(g_store->tables[table].size()));
   }
 
   static std::uint32_t GetAllSyncInfo(std::uint32_t table, std::uint32_t* count, std::uint32_t* entries) noexcept {
-    g_store->calls.push_back("GetAllSyncInfo " + std::to_string(table) + " room " + std::to_string(*count));
+    g_store->Log("GetAllSyncInfo " + std::to_string(table) + " room " + std::to_string(*count));
     std::uint32_t status = 0;
     if (g_store->Fails("GetAllSyncInfo", status)) return status;
     const auto& records = g_store->tables[table];
@@ -45,9 +45,11 @@ struct ScheduleEntryPoints {
 
   static std::uint32_t Read(std::uint32_t table, std::uint32_t count, const std::uint32_t* ids,
                             std::uint8_t* records) noexcept {
-    g_store->calls.push_back("Read " + std::to_string(table) + " " + IdList(count, ids));
+    g_store->Log("Read " + std::to_string(table) + " " + IdList(count, ids));
     std::uint32_t status = 0;
     if (g_store->Fails("Read", status)) return status;
+    if (g_store->fills_nothing) return 0;
+    if (g_store->fills_all_room) std::memset(records, 0xDD, 100 * RecordSize(table));
     for (std::uint32_t i = 0; i < count; ++i) {
       const Bytes& bytes = g_store->At(table, ids[i]).bytes;
       std::copy(bytes.begin(), bytes.end(), records + i * RecordSize(table));
@@ -57,7 +59,7 @@ struct ScheduleEntryPoints {
 
   static std::uint32_t Insert(std::uint32_t table, const std::uint8_t* record, std::uint32_t* new_id,
                               std::uint32_t group) noexcept {
-    g_store->calls.push_back("Insert " + std::to_string(table) + " group " + std::to_string(group));
+    g_store->Log("Insert " + std::to_string(table) + " group " + std::to_string(group));
     std::uint32_t status = 0;
     if (g_store->Fails("Insert", status)) return status;
     *new_id = g_store->next_id++;
@@ -67,8 +69,7 @@ struct ScheduleEntryPoints {
 
   static std::uint32_t Update(std::uint32_t table, std::uint32_t id, const std::uint8_t* record,
                               std::uint32_t group) noexcept {
-    g_store->calls.push_back("Update " + std::to_string(table) + " id " + std::to_string(id) + " group " +
-                             std::to_string(group));
+    g_store->Log("Update " + std::to_string(table) + " id " + std::to_string(id) + " group " + std::to_string(group));
     std::uint32_t status = 0;
     if (g_store->Fails("Update", status)) return status;
     auto& updated = g_store->At(table, id);
@@ -78,7 +79,7 @@ struct ScheduleEntryPoints {
   }
 
   static std::uint32_t Del(std::uint32_t table, std::uint32_t count, const std::uint32_t* ids) noexcept {
-    g_store->calls.push_back("Del " + std::to_string(table) + " " + IdList(count, ids));
+    g_store->Log("Del " + std::to_string(table) + " " + IdList(count, ids));
     std::uint32_t status = 0;
     if (g_store->Fails("Del", status)) return status;
     std::erase_if(g_store->tables[table],
@@ -87,7 +88,7 @@ struct ScheduleEntryPoints {
   }
 
   static std::uint32_t DelAll() noexcept {
-    g_store->calls.push_back("DelAll");
+    g_store->Log("DelAll");
     std::uint32_t status = 0;
     if (g_store->Fails("DelAll", status)) return status;
     for (auto& table : g_store->tables) table.clear();
@@ -95,7 +96,7 @@ struct ScheduleEntryPoints {
   }
 };
 
-ScriptedScheduleStore::ScriptedScheduleStore(const std::set<std::u16string>& missing) {
+ScriptedScheduleStore::ScriptedScheduleStore(const std::set<std::u16string>& missing, std::uintptr_t missing_address) {
   handset::EntryPoints all = {
       {u"SC_Sync_GetTotalNum", reinterpret_cast<coredll::FARPROC>(&ScheduleEntryPoints::GetTotalNum)},
       {u"SC_Sync_GetAllSyncInfo", reinterpret_cast<coredll::FARPROC>(&ScheduleEntryPoints::GetAllSyncInfo)},
@@ -105,7 +106,10 @@ ScriptedScheduleStore::ScriptedScheduleStore(const std::set<std::u16string>& mis
       {u"SC_Sync_Del", reinterpret_cast<coredll::FARPROC>(&ScheduleEntryPoints::Del)},
       {u"SC_Sync_DelAll", reinterpret_cast<coredll::FARPROC>(&ScheduleEntryPoints::DelAll)},
   };
-  for (const std::u16string& name : missing) all.erase(name);
+  for (const std::u16string& name : missing) {
+    all.erase(name);
+    if (missing_address != 0) all[name] = reinterpret_cast<coredll::FARPROC>(missing_address);
+  }
   g_store = this;
   handset::InstallLibrary(u"SchedStore.dll", std::move(all));
 }
@@ -127,6 +131,11 @@ ScriptedScheduleStore::Record& ScriptedScheduleStore::At(std::uint32_t table, st
   ADD_FAILURE() << "the store was asked for record " << id << " of table " << table << ", which it has not";
   nowhere = {id, 0, Bytes(RecordSize(table))};
   return nowhere;
+}
+
+void ScriptedScheduleStore::Log(std::string call) {
+  calls.push_back(std::move(call));
+  messages_at_last_call = handset::PostedMessages().size();
 }
 
 bool ScriptedScheduleStore::Fails(const char* entry_point, std::uint32_t& status) {

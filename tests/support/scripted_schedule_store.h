@@ -19,8 +19,9 @@ class ScriptedScheduleStore {
   static constexpr std::size_t kEntrySize = 8680;
   static constexpr std::size_t kGroupSize = 264;
 
-  /// Installs itself as SchedStore.dll on the running handset; `missing` names entry points that it lacks.
-  explicit ScriptedScheduleStore(const std::set<std::u16string>& missing = {});
+  /// Installs itself as SchedStore.dll on the running handset; `missing` names entry points that it lacks, or has at
+  /// the address `missing_address`.
+  explicit ScriptedScheduleStore(const std::set<std::u16string>& missing = {}, std::uintptr_t missing_address = 0);
   ~ScriptedScheduleStore();
   ScriptedScheduleStore(const ScriptedScheduleStore&) = delete;
   ScriptedScheduleStore& operator=(const ScriptedScheduleStore&) = delete;
@@ -49,10 +50,18 @@ class ScriptedScheduleStore {
   std::optional<std::uint32_t> claimed_total;
   std::optional<std::uint32_t> claimed_sync_info_count;
 
+  /// A store may use all of the room that it is offered for a read, or answer without filling anything.
+  bool fills_all_room = false;
+  bool fills_nothing = false;
+
+  /// Data-changed messages that were out when the store was last called.
+  std::size_t messages_at_last_call = 0;
+
   std::uint32_t next_id = 1000;
 
  private:
   friend struct ScheduleEntryPoints;
+  void Log(std::string call);
   bool Fails(const char* entry_point, std::uint32_t& status);
   unsigned calls_with_status_ = 0;
 };

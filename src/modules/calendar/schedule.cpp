@@ -209,7 +209,7 @@ Result ScheduleHandler::ApplyGroups(ApplyForm form) {
   for (;;) {
     bool more = false;
     const Result read = ReadRecord(table, exchange.data(), kGroupExchangeSize, request, more);
-    if (IsFailure(read) || !more) return read;
+    if (!more) return read;
     std::uint8_t record[kGroupStoreSize];
     layout::ToStore(kGroupLayout, exchange.data(), record);
     const Result applied =
@@ -230,7 +230,7 @@ Result ScheduleHandler::ApplyEntries(ApplyForm form) {
     std::uint8_t exchange[kEntryExchangeSize];
     bool more = false;
     const Result read = ReadRecord(table, exchange, kEntryExchangeSize, kEntryExchangeSize, more);
-    if (IsFailure(read) || !more) return read;
+    if (!more) return read;
     layout::ToStore(kEntryLayout, exchange, record.data());
     const Result items = ReadItems(table, kEntryLayout, exchange, record.data());
     if (IsFailure(items)) return items;

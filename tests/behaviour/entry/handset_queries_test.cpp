@@ -61,6 +61,13 @@ TEST_F(HandsetQueriesTest, OtherDirectoriesAndFilesDoNotMakeAnotherModel) {
   EXPECT_THAT(Ask("fnQV_IsNimbraK9"), ElementsAre(1));
 }
 
+TEST_F(HandsetQueriesTest, ADirectoryOfTheRomCounts) {
+  MakeModel();
+  using std::filesystem::perms;
+  std::filesystem::permissions(handset::HostPath(u"\\systemdata\\Dll"), perms::owner_read | perms::owner_exec);
+  EXPECT_THAT(Ask("fnQV_IsNimbraK9"), ElementsAre(1));
+}
+
 TEST_F(HandsetQueriesTest, AMissingDirectoryMakesAnotherModel) {
   for (const auto* name : {u"App", u"Dll", u"SystemRing", u"GameRing"}) {
     MakeModel();
@@ -122,6 +129,17 @@ TEST_F(HandsetQueriesTest, CheckMutexWithoutASelectorTestsTheEmptyName) {
   EXPECT_EQ(Call("fnQV_CheckMutex", {}, nullptr), 1u);
 }
 
+TEST_F(HandsetQueriesTest, ATestedSemaphoreCountsToOne) {
+  std::array<std::uint32_t, 3> counts{};
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "CreateSemaphoreW") counts = call.options;
+  });
+  EXPECT_EQ(CheckMutex(1), 0u);
+  handset::Observe({});
+  EXPECT_EQ(counts[0], 1u);
+  EXPECT_EQ(counts[1], 1u);
+}
+
 TEST_F(HandsetQueriesTest, ASemaphoreThatCannotBeMadeIsNotRunning) {
   handset::FailCallOf("CreateSemaphoreW", 1);
   EXPECT_EQ(CheckMutex(1), 0u);
@@ -148,6 +166,8 @@ TEST_F(HandsetQueriesTest, FreeSpaceOfAnOverlongPathIsAllOnes) {
   EXPECT_THAT(Ask("fnQV_GetPDASpace", WideText(path)), ElementsAre(0xFFFFFFFF));
   handset::SetFreeSpace(7);
   EXPECT_THAT(Ask("fnQV_GetPDASpace", WideText(path.substr(1))), ElementsAre(7)) << "259 characters are allowed";
+  EXPECT_THAT(Ask("fnQV_GetPDASpace", WideText(path.substr(1) + u"x")), ElementsAre(0xFFFFFFFF))
+      << "what remains of a cut path is another path";
 }
 
 TEST_F(HandsetQueriesTest, FreeSpaceIsZeroWhenTheHandsetCannotSay) {
@@ -162,8 +182,10 @@ TEST_F(HandsetQueriesTest, TheMemoryDivisionIsSetIn256ths) {
   EXPECT_THAT(handset::MemoryDivisions(), ElementsAre(0x123400));
   handset::AnswerMemoryDivision(1);
   EXPECT_THAT(Ask("fnQV_SetPDAStoreSpace", Words({2})), ElementsAre(0)) << "it waits for a restart";
-  handset::AnswerMemoryDivision(2);
-  EXPECT_THAT(Ask("fnQV_SetPDAStoreSpace", Words({2})), ElementsAre(0)) << "it was refused";
+  for (const std::uint32_t refusal : {2u, 3u, 0xFFFFFFFFu}) {
+    handset::AnswerMemoryDivision(refusal);
+    EXPECT_THAT(Ask("fnQV_SetPDAStoreSpace", Words({2})), ElementsAre(0)) << "it was refused";
+  }
 }
 
 TEST_F(HandsetQueriesTest, TheMemoryDivisionStaysWithoutASize) {
@@ -177,6 +199,20 @@ TEST_F(HandsetQueriesTest, TheMailIdFollowsItsFlag) {
     return 0;
   });
   EXPECT_THAT(Ask("fnQV_GetMailID"), ElementsAre(1, 0x01020304));
+}
+
+TEST_F(HandsetQueriesTest, TheMailLibraryIsFreedAfterTheAnswer) {
+  RecordingStream stream;
+  std::size_t answered = 0;
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "FreeLibrary") answered = stream.calls.size();
+  });
+  EXPECT_EQ(Call("fnQV_GetMailID", {}, &stream), 0u) << "there is no such library";
+  EXPECT_EQ(answered, 2u) << "a zero was written and the stream released";
+  InstallMailStore([](std::uint32_t*) -> std::uint32_t { return 0; });
+  EXPECT_EQ(Call("fnQV_GetMailID", {}, &stream), 0u);
+  handset::Observe({});
+  EXPECT_EQ(answered, 5u);
 }
 
 TEST_F(HandsetQueriesTest, ARefusedMailIdIsNotFound) {

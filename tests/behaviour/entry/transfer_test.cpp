@@ -72,6 +72,36 @@ TEST_F(TransferTest, RecoverOfAnUnknownModuleStillTellsEveryWindow) {
   }
 }
 
+TEST_F(TransferTest, WindowsAreToldAfterTheRecoverAndBeforeItsAnswer) {
+  WriteFile(u"\\sync\\schedule.tbl", {});
+  WriteFile(u"\\sync\\schedulegroup.tbl", {});
+  RecordingStream stream;
+  EXPECT_EQ(Call("fnQV_RecovTabs", Request(2, 1, u"", kSync), &stream), 0u);
+  EXPECT_EQ(store_.messages_at_last_call, 0u);
+  EXPECT_EQ(stream.messages_at_write, 9u);
+}
+
+TEST_F(TransferTest, NothingIsAnsweredBehindTheAnchorsNul) {
+  Bytes request = Request(2, 1, u"", kSync);
+  PutText(request, 8, u"1234567890123456789");
+  Bytes expected(48);
+  Put32(expected, 4, 1);
+  PutText(expected, 8, kNowAnchor);
+  for (const char* name : {"fnQV_ExportTabs", "fnQV_RecovTabs"}) {
+    RecordingStream stream;
+    EXPECT_EQ(Call(name, request, &stream), 0u);
+    EXPECT_EQ(stream.written, expected) << name;
+  }
+  PutText(request, 8, std::u16string_view(u"5\0left over", 11));
+  Put32(request, 0, 17);
+  RecordingStream stream;
+  EXPECT_EQ(Call("fnQV_RecovTabs", request, &stream), 0u);
+  expected.assign(48, 0);
+  Put32(expected, 4, 1);
+  PutText(expected, 8, u"5");
+  EXPECT_EQ(stream.written, expected);
+}
+
 TEST_F(TransferTest, FailedRecoverStillTellsEveryWindow) {
   EXPECT_EQ(Recover(2, 1).code, 0x20000000u | 0x4000000u | 256u);
   ExpectDataChangedPosted();

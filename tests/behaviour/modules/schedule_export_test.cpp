@@ -92,6 +92,34 @@ TEST_F(ScheduleExportTest, EachByteOfTheStoreRecordGoesWhereItBelongsAndNowhereE
   }
 }
 
+TEST_F(ScheduleExportTest, EachOfTheLowestSevenWeekdayBitsHasAByte) {
+  for (std::uint32_t bit = 0; bit < 32; ++bit) {
+    Bytes entry(8680);
+    Put8(entry, 44, 1);
+    Put32(entry, 60, 1u << bit);
+    store_.tables[0].clear();
+    store_.Add(0, 1, 1, entry);
+    EXPECT_EQ(Export(2, 4).code, 0u);
+    Bytes expected = PlainEntry(1);
+    Put8(expected, 760, 1);
+    Put32(expected, 836, 1u << bit);
+    if (bit < 7) Put8(expected, 848 + bit, 1);
+    EXPECT_EQ(ReadFile(kEntries), expected) << "bit " << bit;
+  }
+}
+
+TEST_F(ScheduleExportTest, ARepeatKindHasFourBits) {
+  Bytes entry(8680);
+  Put8(entry, 44, 0xFC);
+  Put8(entry, 45, 7);
+  store_.Add(0, 1, 1, entry);
+  EXPECT_EQ(Export(2, 4).code, 0u);
+  Bytes expected = PlainEntry(1);
+  Put8(expected, 760, 12);
+  Put8(expected, 832, 7);
+  EXPECT_EQ(ReadFile(kEntries), expected);
+}
+
 TEST_F(ScheduleExportTest, AnEntryWithoutItemsIs912Bytes) {
   store_.Add(0, 1, 1);
   EXPECT_EQ(Export(2, 1).code, 0u);
@@ -134,7 +162,32 @@ TEST_F(ScheduleExportTest, CountsBeyondTheSlotsAreCutToTheSlots) {
 TEST_F(ScheduleExportTest, AGroupTravelsAsItStands) {
   store_.Add(1, 5, 1, StoreGroup());
   EXPECT_EQ(Export(2, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kGroups), ExchangeGroup());
+  Bytes expected = ExchangeGroup();
+  EXPECT_EQ(ReadFile(kGroups), expected);
+  store_.tables[1].clear();
+  store_.Add(1, 6, 1, StoreGroup());
+  EXPECT_EQ(Export(2, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kGroups), expected) << "also under another id than it was listed under";
+}
+
+TEST_F(ScheduleExportTest, TheStoreMayUseRoomForAHundredRecords) {
+  store_.fills_all_room = true;
+  store_.Add(0, kEntryId, 1, StoreEntry());
+  std::vector<std::uint32_t> blocks;
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "realloc") blocks.push_back(call.size);
+  });
+  EXPECT_EQ(Export(2, 1).code, 0u);
+  handset::Observe({});
+  EXPECT_EQ(ReadFile(kEntries), ExchangeEntry());
+  EXPECT_THAT(blocks, testing::Contains(868000u));
+}
+
+TEST_F(ScheduleExportTest, ARecordThatTheStoreDoesNotFillIsEmpty) {
+  store_.fills_nothing = true;
+  store_.Add(0, 7, 1, StoreEntry());
+  EXPECT_EQ(Export(2, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kEntries), PlainEntry(7));
 }
 
 // --- Full exports ---
@@ -152,6 +205,7 @@ TEST_F(ScheduleExportTest, FullAndReplaceExportsWriteEverythingAndRememberIt) {
     EXPECT_EQ(ReadFile(kEntryLog), Words({3, 1, 2, 1, 3, 4}));
     EXPECT_EQ(ReadFile(kGroupLog), Words({7, 5, 6}));
     EXPECT_FALSE(Exists(kChangeList));
+    for (const auto* log : {kEntryLog, kGroupLog}) std::filesystem::remove(handset::HostPath(log));
   }
 }
 
@@ -162,6 +216,43 @@ TEST_F(ScheduleExportTest, AFullExportAsksTheStoreInThisOrder) {
   EXPECT_THAT(store_.calls, ElementsAre("GetTotalNum 0", "GetAllSyncInfo 0 room 1", "Read 0 [3]", "GetTotalNum 1",
                                         "GetAllSyncInfo 1 room 1", "Read 1 [7]", "GetTotalNum 0",
                                         "GetAllSyncInfo 0 room 1", "GetTotalNum 1", "GetAllSyncInfo 1 room 1"));
+}
+
+TEST_F(ScheduleExportTest, EachStepLooksItsEntryPointsUpAnew) {
+  std::vector<std::u16string> names;
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "GetProcAddressW") names.emplace_back(call.path);
+  });
+  EXPECT_EQ(Export(2, 1).code, 0u);
+  handset::Observe({});
+  const std::u16string total = u"SC_Sync_GetTotalNum";
+  const std::u16string info = u"SC_Sync_GetAllSyncInfo";
+  const std::u16string read = u"SC_Sync_Read";
+  EXPECT_THAT(names, ElementsAre(total, info, read, total, info, read, total, info, total, info));
+}
+
+TEST_F(ScheduleExportTest, FilesAreOpenedAsTheirOtherUsersExpect) {
+  // Access, share mode and disposition of each opening: who writes makes the file anew, and everyone may read along,
+  // except in the anchor file while it is rewritten.
+  using Opening = std::pair<std::u16string, std::array<std::uint32_t, 3>>;
+  constexpr std::array<std::uint32_t, 3> kReader = {0x80000000, 1, 3};
+  constexpr std::array<std::uint32_t, 3> kWriter = {0x40000000, 1, 2};
+  constexpr std::array<std::uint32_t, 3> kReaderAlone = {0x80000000, 0, 3};
+  constexpr std::array<std::uint32_t, 3> kWriterAlone = {0x40000000, 0, 2};
+  store_.Add(0, 1, 1);
+  store_.Add(1, 1, 1);
+  std::vector<Opening> openings;
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "CreateFileW") openings.emplace_back(call.path, call.options);
+  });
+  EXPECT_EQ(ExportChanges().code, 0u);
+  handset::Observe({});
+  EXPECT_THAT(
+      openings,
+      ElementsAre(Opening(kAnchorIni, kReader), Opening(kAnchorIni, kReaderAlone), Opening(kAnchorIni, kWriterAlone),
+                  Opening(kEntries, kWriter), Opening(kGroups, kWriter), Opening(kChangeList, kWriter),
+                  Opening(kEntries, kWriter), Opening(kEntryLog, kReader), Opening(kGroups, kWriter),
+                  Opening(kGroupLog, kReader), Opening(kEntryLog, kWriter), Opening(kGroupLog, kWriter)));
 }
 
 TEST_F(ScheduleExportTest, RecordsAreReadFiftyAtATime) {
@@ -244,6 +335,12 @@ TEST_F(ScheduleExportTest, NothingChangedGivesEmptyFilesAndReadsNoRecord) {
   EXPECT_THAT(store_.calls, testing::Not(testing::Contains(testing::StartsWith("Read"))));
 }
 
+TEST_F(ScheduleExportTest, AnEmptyTableNeedsNoSnapshot) {
+  WriteText(kAnchorIni, "[ANCHORDATE]\r\nSCHEDULE = 5");
+  EXPECT_EQ(Export(2, 3, u"5").code, 0u);
+  EXPECT_THAT(ReadFile(kChangeList), IsEmpty());
+}
+
 TEST_F(ScheduleExportTest, AnEmptyTableReportsNoDeletions) {
   store_.Add(1, 20, 200);
   EXPECT_EQ(ExportChanges(Words({1, 1, 0}), Words({20, 200, 0, 21, 1, 0})).code, 0u);
@@ -280,15 +377,10 @@ TEST_F(ScheduleExportTest, SnapshotsAndChangesHaveNoLimit) {
     if (id % 2 == 0) store_.Add(1, id, id % 4 == 0 ? id : 1);
   }
   EXPECT_EQ(ExportChanges({}, log).code, 0u);
-  const Bytes changes = ReadFile(kChangeList);
-  ASSERT_EQ(changes.size(), 12u * (1250 + 2500));
-  for (std::uint32_t i = 0; i < 1250; ++i) {
-    ASSERT_EQ(Bytes(changes.begin() + 12 * i, changes.begin() + 12 * i + 12), Words({1, 2 + 4 * i, 2}));
-  }
-  for (std::uint32_t i = 0; i < 2500; ++i) {
-    const auto at = changes.begin() + 12 * (1250 + i);
-    ASSERT_EQ(Bytes(at, at + 12), Words({1, 1 + 2 * i, 3}));
-  }
+  std::vector<std::uint32_t> expected;
+  for (std::uint32_t i = 0; i < 1250; ++i) expected.insert(expected.end(), {1, 2 + 4 * i, 2});
+  for (std::uint32_t i = 0; i < 2500; ++i) expected.insert(expected.end(), {1, 1 + 2 * i, 3});
+  EXPECT_EQ(ToWords(ReadFile(kChangeList)), expected);
   EXPECT_EQ(ReadFile(kGroups).size(), 1250u * 288);
 }
 
@@ -359,6 +451,38 @@ TEST_F(ScheduleExportTest, AMissingEntryPointIsFlaggedWithItsTable) {
   }
 }
 
+TEST_F(ScheduleExportTest, AnEntryPointOfAllOnesIsMissing) {
+  for (const auto* name : {u"SC_Sync_GetTotalNum", u"SC_Sync_GetAllSyncInfo", u"SC_Sync_Read"}) {
+    const ScriptedScheduleStore lacking({name}, ~std::uintptr_t{0});
+    EXPECT_EQ(Export(2, 1).code, 0x11000002u);
+  }
+}
+
+TEST_F(ScheduleExportTest, TheFirstThingThatIsWrongIsReported) {
+  const ScriptedScheduleStore lacking({u"SC_Sync_Read"});
+  handset::FailCallOf("CreateFileW", 3);  // The entry table, opened for its records.
+  EXPECT_EQ(Export(2, 4).code, 0x11000002u) << "entry points are looked up before the table is opened";
+  EXPECT_FALSE(handset::FaultHappened());
+
+  ScriptedScheduleStore store;
+  store.Add(0, 1, 1);
+  store.statuses["GetAllSyncInfo"] = 1;
+  WriteText(kAnchorIni, "[ANCHORDATE]\r\nSCHEDULE = 5");
+  EXPECT_EQ(Export(2, 3, u"5").code, 0x11000005u) << "the store is listed before the snapshot is read";
+}
+
+TEST_F(ScheduleExportTest, ATableThatCannotBeOpenedAgainIsFlagged) {
+  handset::FailCallOf("CreateFileW", 3);
+  EXPECT_EQ(Export(2, 4).code, 0x11000100u);
+  handset::FailCallOf("CreateFileW", 4);
+  EXPECT_EQ(Export(2, 4).code, 0x12000100u);
+}
+
+TEST_F(ScheduleExportTest, AFailedExportIsReturnedWithoutAStreamToo) {
+  const ScriptedScheduleStore lacking({u"SC_Sync_Read"});
+  EXPECT_EQ(Call("fnQV_ExportTabs", Request(2, 1, u"", kSync), nullptr), 0x01000002u);
+}
+
 TEST_F(ScheduleExportTest, AnExportNeedsNoEntryPointThatWrites) {
   ScriptedScheduleStore reading({u"SC_Sync_Insert", u"SC_Sync_Update", u"SC_Sync_Del", u"SC_Sync_DelAll"});
   reading.Add(0, 1, 1);
@@ -416,6 +540,14 @@ TEST_F(ScheduleExportTest, ASnapshotThatCannotBeRewrittenIsFlagged) {
   }
 }
 
+TEST_F(ScheduleExportTest, ASnapshotWhoseStoreFailsIsEmpty) {
+  store_.Add(0, 1, 1);
+  WriteText(kEntryLog, "old");
+  store_.fail_call = 3;  // Listing the entries for the snapshot.
+  EXPECT_EQ(Export(2, 1).code, 0x15000005u);
+  EXPECT_THAT(ReadFile(kEntryLog), IsEmpty());
+}
+
 TEST_F(ScheduleExportTest, AFailedExportKeepsItsFilesAndTheSnapshots) {
   store_.Add(0, 1, 1);
   store_.Add(1, 1, 1);
@@ -457,9 +589,12 @@ TEST_F(ScheduleExportTest, AbsurdCountsAreAMemoryFailure) {
 TEST_F(ScheduleExportTest, AListLongerThanItsRoomIsCut) {
   store_.Add(0, 1, 1);
   store_.Add(0, 2, 1);
-  store_.claimed_sync_info_count = 0xFFFFFFFF;
-  EXPECT_EQ(Export(2, 1).code, 0u);
-  EXPECT_THAT(IdsIn(ReadFile(kEntries), 912), ElementsAre(1, 2));
+  for (const std::uint32_t count : {3u, 0xFFFFFFFFu}) {
+    store_.claimed_sync_info_count = count;
+    EXPECT_EQ(Export(2, 1).code, 0u);
+    EXPECT_THAT(IdsIn(ReadFile(kEntries), 912), ElementsAre(1, 2));
+    EXPECT_EQ(ReadFile(kEntryLog), Words({1, 1, 0, 2, 1, 0}));
+  }
 }
 
 TEST_F(ScheduleExportTest, AListShorterThanItsCountIsTakenAsItIs) {

@@ -85,6 +85,11 @@ TEST_F(AnchorTest, ALineWithoutAnEqualsSignIsWrittenAnew) {
             "[ANCHORDATE]\r\nSCHEDULE = 200612117210\r\nTASK = 5");
   EXPECT_EQ(Rewritten("[ANCHORDATE]\r\nTASK = 5\r\nSCHEDULE"), "[ANCHORDATE]\r\nTASK = 5\r\nSCHEDULE = 200612117210");
   EXPECT_EQ(Rewritten("[ANCHORDATE]SCHEDULE"), "[ANCHORDATE]SCHEDULE = 200612117210");
+  EXPECT_EQ(Rewritten("[ANCHORDATE]xSCHEDULE"), "[ANCHORDATE]SCHEDULE = 200612117210");
+  EXPECT_EQ(Rewritten("[ANCHORDATE]\r\nTASK = 1\nSCHEDULE"), "[ANCHORDATE]\r\nSCHEDULE = 200612117210")
+      << "a lone line feed ends no line";
+  EXPECT_EQ(Rewritten("[ANCHORDATE]\r\nSCHEDULE[NEXT]\r\nA = 1"),
+            "[ANCHORDATE]\r\nSCHEDULE = 200612117210[NEXT]\r\nA = 1");
 }
 
 TEST_F(AnchorTest, AFileWithoutTheSectionKeepsItsTextInFront) {
@@ -164,6 +169,27 @@ TEST_F(AnchorTest, TextInTheHandsetsCodePageDoesNotDisturb) {
 TEST_F(AnchorTest, TheTextEndsAtItsFirstNul) {
   EXPECT_EQ(Rewritten(std::string("[ANCHORDATE]\r\nTASK = 1\0junk", 28)),
             "[ANCHORDATE]\r\nTASK = 1\r\nSCHEDULE = 200612117210");
+}
+
+TEST_F(AnchorTest, AKeyInFrontOfTheSectionIsNoneOfIt) {
+  EXPECT_EQ(Rewritten("SCHEDULE = 5\r\n[ANCHORDATE]\r\nTASK = 1"),
+            "SCHEDULE = 5\r\n[ANCHORDATE]\r\nTASK = 1\r\nSCHEDULE = 200612117210");
+}
+
+TEST_F(AnchorTest, OnlyBlanksAreTrimmed) {
+  EXPECT_EQ(ModeAfter("[ANCHORDATE]\r\nSCHEDULE =\t5", u"5"), 1u);
+  EXPECT_EQ(ModeAfter("[ANCHORDATE]\r\nSCHEDULE =\t5", u"\t5"), 3u);
+}
+
+TEST_F(AnchorTest, AnAnchorNeverOverrunsItsBuffer) {
+  handset::SetLocalTime(coredll::SYSTEMTIME{65535, 65535, 0, 65535, 65535, 65535, 65535, 0});
+  EXPECT_EQ(Export(2, 1).anchor, u"6553565535655356553");
+}
+
+TEST_F(AnchorTest, AFileThatBreaksOffWhileItIsReadMeansNeverSynchronised) {
+  WriteText(kAnchorIni, "[ANCHORDATE]\r\nSCHEDULE = 5");
+  handset::FailCallOf("ReadFile", 2);
+  EXPECT_EQ(Export(2, 3, u"5").mode, 1u);
 }
 
 TEST_F(AnchorTest, AFileThatCannotBeReadMeansNeverSynchronisedAndIsMadeAnew) {

@@ -1,10 +1,10 @@
 // The module table against the one that callers were promised: modules that answer 0 either way are seen only here.
-#include "entry/module_table.h"
-
 #include <gtest/gtest.h>
 
 #include <iterator>
 #include <string>
+
+#include "entry/dispatch.h"
 
 namespace qv {
 namespace {
@@ -27,6 +27,21 @@ TEST(ModuleTableTest, EachCellIsAsPromised) {
               kPromised[i])
         << row.name;
   }
+}
+
+TEST(ModuleTableTest, AResultIsReportedAsItsCellSays) {
+  constexpr Result kFailed{0x1000005};
+  EXPECT_EQ(Reported(kFailed, Report::kKept, 0x20000000), 0x21000005u);
+  EXPECT_EQ(Reported(kFailed, Report::kRaw, 0x20000000), 0x1000005u);
+  EXPECT_EQ(Reported(kFailed, Report::kDropped, 0x20000000), 0u);
+  for (const Report report : {Report::kKept, Report::kRaw, Report::kDropped}) {
+    EXPECT_EQ(Reported(Result::kOk, report, 0x20000000), 0u) << "success is never flagged";
+  }
+}
+
+TEST(ModuleTableTest, OnlyTheSixteenModulesAreFound) {
+  for (std::int32_t id = 1; id <= 16; ++id) EXPECT_EQ(FindModule(id)->id, id);
+  for (const std::int32_t id : {0, 17, -1}) EXPECT_EQ(FindModule(id), nullptr);
 }
 
 }  // namespace

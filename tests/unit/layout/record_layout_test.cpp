@@ -36,6 +36,8 @@ TEST(RecordLayoutTest, BitsShareANumber) {
   EXPECT_EQ(Recovered(kFields, {0xFF, 0xBC, 0xFA}, 2), (Record{0xBC, 0xFA}));
   static constexpr Field kWord[] = {Both("all", Bits(0, 4, 31, 0), U32(0))};
   EXPECT_EQ(Exported(kWord, {1, 2, 3, 0xFF}, 4), (Record{1, 2, 3, 0xFF}));
+  static constexpr Field kAlmostAWord[] = {Both("low", Bits(0, 4, 30, 0), U32(0))};
+  EXPECT_EQ(Exported(kAlmostAWord, {1, 0, 0, 0x80}, 4), (Record{1, 0, 0, 0}));
 }
 
 TEST(RecordLayoutTest, ATruthIsOneForAnythingButZero) {
@@ -50,6 +52,8 @@ TEST(RecordLayoutTest, TextEndsAtItsNulAndLeavesRoomForOne) {
   EXPECT_EQ(Exported(kFields, {'a', 0, 0, 0, 'x', 0}, 4), (Record{'a', 0, 0, 0}));
   EXPECT_EQ(Exported(kFields, {'a', 0, 'b', 0, 'c', 0}, 4), (Record{'a', 0, 0, 0}));
   EXPECT_EQ(Exported(kFields, {0, 1, 0, 0, 0, 0}, 4), (Record{0, 1, 0, 0})) << "U+0100 is no NUL";
+  static constexpr Field kWider[] = {Both("text", Text(0, 4), Text(0, 10))};
+  EXPECT_EQ(Exported(kWider, {'a', 0, 'b', 0}, 10), (Record{'a', 0, 'b', 0, 0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(Recovered(kFields, {'a', 0, 'b', 0}, 6), (Record{'a', 0, 'b', 0, 0, 0})) << "the source may lack its NUL";
 }
 
@@ -92,6 +96,7 @@ constexpr Field kOverlapping[] = {Both("a", U16(0), U8(0)), Both("b", U8(1), U8(
 constexpr Field kOverlappingBits[] = {Both("a", Bits(0, 1, 7, 3), U8(0)), Both("b", Bits(0, 1, 3, 0), U8(1))};
 constexpr Field kMissingBit[] = {Both("a", Bits(0, 1, 7, 4), U8(0)), Both("b", Bits(0, 1, 2, 0), U8(1))};
 constexpr Field kOutside[] = {Both("a", U16(1), U16(0))};
+constexpr Field kUnequalBytes[] = {Both("a", Bytes(0, 2), Bytes(0, 1)), ExchangeUnused(1, 1)};
 constexpr ItemRun kItemRun[] = {{"item", 0, 1, 2, 3}};
 constexpr Field kCountOnly[] = {Both("count", U8(0), U8(0))};
 
@@ -103,6 +108,7 @@ TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {
   EXPECT_FALSE((Tiles<1, 2>(kOverlappingBits)));
   EXPECT_FALSE((Tiles<1, 2>(kMissingBit)));
   EXPECT_FALSE((Tiles<2, 2>(kOutside)));
+  EXPECT_FALSE((Tiles<2, 2>(kUnequalBytes))) << "bytes that stand for bytes are as many";
   EXPECT_TRUE((Tiles<7, 1>(kCountOnly, kItemRun)));
   EXPECT_FALSE((Tiles<8, 1>(kCountOnly, kItemRun)));
 }

@@ -94,6 +94,12 @@ TEST_F(AnchorFileTest, WhatTheCodePageLacksLeavesTheFileAlone) {
   EXPECT_EQ(Read(), "[S]\r\nK = 1");
 }
 
+TEST_F(AnchorFileTest, HalfACharacterDoesNotHideTheOtherLines) {
+  Write("[S]\r\nK = 12\r\n; \xC8");
+  EXPECT_EQ(Value(u"S", u"K"), u"12");
+  EXPECT_EQ(Value(u"S", u";"), u"default");
+}
+
 TEST_F(AnchorFileTest, AnEmptyValueIsWrittenAndReadsAsTheDefault) {
   EXPECT_EQ(WriteAnchorValue(u"S", u"K", u"", kFile), 1);
   EXPECT_EQ(Read(), "[S]\r\nK = ");

@@ -35,6 +35,26 @@ TEST(IndexedListTest, FindsTheFirstOfSeveralAndKeepsAll) {
   EXPECT_EQ(entries.Find({2, 5}), Entries::kAbsent);
 }
 
+TEST(IndexedListTest, IdsOfOneHashStayApart) {
+  const RecordKey first{0, 0x9E3779B6};
+  const RecordKey second{1, 5};
+  ASSERT_EQ(first.Hash(), second.Hash());
+  Entries entries;
+  ASSERT_TRUE(entries.Append({first.table, first.id, 1}));
+  ASSERT_TRUE(entries.Append({second.table, second.id, 2}));
+  EXPECT_EQ(entries.Find(first), 0u);
+  EXPECT_EQ(entries.Find(second), 1u);
+}
+
+TEST(IndexedListTest, AnAbsentKeyIsAbsentAtAnySize) {
+  Entries entries;
+  for (std::uint32_t i = 0; i < 200; ++i) {
+    ASSERT_TRUE(entries.Append({0, i, i}));
+    ASSERT_EQ(entries.Find({1, i}), Entries::kAbsent);
+    ASSERT_EQ(entries.Find({0, i}), i);
+  }
+}
+
 TEST(IndexedListTest, AgreesWithAPlainScanOnRandomEntries) {
   std::mt19937 random(1);
   for (const std::uint32_t range : {10u, 1000u, 0xFFFFFFFFu}) {
