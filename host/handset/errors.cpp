@@ -11,18 +11,18 @@
 namespace handset {
 namespace {
 
-Error last_error = Error::none;
+Error last_error = Error::kNone;
 unsigned bad_handle_uses = 0;
 
 }  // namespace
 
 void SetLastError(Error error) {
   last_error = error;
-  if (error == Error::invalid_handle) ++bad_handle_uses;
+  if (error == Error::kInvalidHandle) ++bad_handle_uses;
 }
 
 void ResetErrors() {
-  last_error = Error::none;
+  last_error = Error::kNone;
   bad_handle_uses = 0;
 }
 
@@ -32,20 +32,20 @@ unsigned BadHandleUses() {
 
 Error ErrorFromErrno() {
   switch (errno) {
-    case ENOENT: return Error::file_not_found;
+    case ENOENT: return Error::kFileNotFound;
     case ENOTDIR:
-    case ENAMETOOLONG: return Error::path_not_found;
+    case ENAMETOOLONG: return Error::kPathNotFound;
     case EMFILE:
-    case ENFILE: return Error::too_many_open_files;
+    case ENFILE: return Error::kTooManyOpenFiles;
     case EACCES:
     case EPERM:
     case EISDIR:
-    case EROFS: return Error::access_denied;
-    case ENOMEM: return Error::not_enough_memory;
+    case EROFS: return Error::kAccessDenied;
+    case ENOMEM: return Error::kNotEnoughMemory;
     case ENOSPC:
     case EDQUOT:
-    case EFBIG: return Error::disk_full;
-    default: return Error::general_failure;
+    case EFBIG: return Error::kDiskFull;
+    default: return Error::kGeneralFailure;
   }
 }
 

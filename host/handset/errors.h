@@ -10,23 +10,23 @@
 namespace handset {
 
 enum class Error : coredll::DWORD {
-  none = 0,
-  file_not_found = 2,
-  path_not_found = 3,
-  too_many_open_files = 4,
-  access_denied = 5,
-  invalid_handle = 6,
-  not_enough_memory = 8,
-  no_more_files = 18,
-  general_failure = 31,
-  sharing_violation = 32,
-  invalid_parameter = 87,
-  disk_full = 112,
-  invalid_name = 123,
-  library_not_found = 126,
-  entry_point_not_found = 127,
-  already_exists = coredll::ERROR_ALREADY_EXISTS,
-  not_a_library = 193,
+  kNone = 0,
+  kFileNotFound = 2,
+  kPathNotFound = 3,
+  kTooManyOpenFiles = 4,
+  kAccessDenied = 5,
+  kInvalidHandle = 6,
+  kNotEnoughMemory = 8,
+  kNoMoreFiles = 18,
+  kGeneralFailure = 31,
+  kSharingViolation = 32,
+  kInvalidParameter = 87,
+  kDiskFull = 112,
+  kInvalidName = 123,
+  kLibraryNotFound = 126,
+  kEntryPointNotFound = 127,
+  kAlreadyExists = coredll::ERROR_ALREADY_EXISTS,
+  kNotALibrary = 193,
 };
 
 /// Counts what BadHandleUses tells.
@@ -36,7 +36,7 @@ void ResetErrors();
 /// The number for what the host's errno says.
 Error ErrorFromErrno();
 
-/// Sets the last error and gives the value that says so: `return Fail(Error::invalid_handle, kFalse);`
+/// Sets the last error and gives the value that says so: `return Fail(Error::kInvalidHandle, kFalse);`
 template <typename Result>
 Result Fail(Error error, Result failure) {
   SetLastError(error);

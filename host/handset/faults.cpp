@@ -29,7 +29,7 @@ bool CanFail(std::string_view function) {
 struct PendingFault {
   unsigned calls_left = 0;    // 1: the next call that counts fails; 0: none waits.
   std::string_view function;  // Empty: calls of any function count.
-  Fault fault = Fault::fail;
+  Fault fault = Fault::kFail;
 };
 
 PendingFault pending;
@@ -62,7 +62,7 @@ bool Passes(const Call& call, std::uint32_t* cuttable) {
   Watch(call);
   if (!IsDue(call)) return true;
   faulted_function = call.function;
-  if (pending.fault == Fault::fail || cuttable == nullptr) return false;
+  if (pending.fault == Fault::kFail || cuttable == nullptr) return false;
   *cuttable -= *cuttable / 2;
   return true;
 }

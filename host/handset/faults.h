@@ -33,9 +33,9 @@ template <typename Body>
 std::invoke_result_t<Body> PlatformCall(const Call& call, std::invoke_result_t<Body> failure, Body body,
                                         std::uint32_t* cuttable = nullptr) noexcept {
   try {
-    return Passes(call, cuttable) ? body() : Fail(Error::general_failure, failure);
+    return Passes(call, cuttable) ? body() : Fail(Error::kGeneralFailure, failure);
   } catch (const std::bad_alloc&) {
-    return Fail(Error::not_enough_memory, failure);
+    return Fail(Error::kNotEnoughMemory, failure);
   }
 }
 

@@ -65,15 +65,15 @@ class File : public Object {
 // The open file, or null with the last error set when it is not open or not open for this.
 File* FileFor(coredll::HANDLE handle, DWORD use) {
   auto* file = ObjectOf<File>(handle);
-  return file != nullptr && !file->IsFor(use) ? Fail<File*>(Error::access_denied, nullptr) : file;
+  return file != nullptr && !file->IsFor(use) ? Fail<File*>(Error::kAccessDenied, nullptr) : file;
 }
 
-// Why a path cannot be opened as this disposition asks; Error::none when it can.
+// Why a path cannot be opened as this disposition asks; Error::kNone when it can.
 Error Obstacle(const std::filesystem::path& path, DWORD disposition) {
-  if (disposition != coredll::CREATE_ALWAYS && disposition != coredll::OPEN_EXISTING) return Error::invalid_parameter;
-  if (IsDirectory(path)) return Error::access_denied;
-  if (!IsDirectory(path.parent_path())) return Error::path_not_found;
-  return disposition == coredll::OPEN_EXISTING && !IsFile(path) ? Error::file_not_found : Error::none;
+  if (disposition != coredll::CREATE_ALWAYS && disposition != coredll::OPEN_EXISTING) return Error::kInvalidParameter;
+  if (IsDirectory(path)) return Error::kAccessDenied;
+  if (!IsDirectory(path.parent_path())) return Error::kPathNotFound;
+  return disposition == coredll::OPEN_EXISTING && !IsFile(path) ? Error::kFileNotFound : Error::kNone;
 }
 
 bool IsOpenAgainst(const std::filesystem::path& path, DWORD use, DWORD share) {
@@ -89,10 +89,10 @@ std::uint64_t SizeOf(const std::filesystem::path& path) {
 coredll::HANDLE Open(std::u16string_view name, DWORD use, DWORD share, DWORD disposition) {
   const coredll::HANDLE failure = coredll::INVALID_HANDLE_VALUE;
   // No file of the handset can have such a name, though the host's could.
-  if (name.find_first_of(u"*?<>|\":") != std::u16string_view::npos) return Fail(Error::invalid_name, failure);
+  if (name.find_first_of(u"*?<>|\":") != std::u16string_view::npos) return Fail(Error::kInvalidName, failure);
   const std::filesystem::path path = HostPath(name);
-  if (const Error obstacle = Obstacle(path, disposition); obstacle != Error::none) return Fail(obstacle, failure);
-  if (IsOpenAgainst(path, use, share)) return Fail(Error::sharing_violation, failure);
+  if (const Error obstacle = Obstacle(path, disposition); obstacle != Error::kNone) return Fail(obstacle, failure);
+  if (IsOpenAgainst(path, use, share)) return Fail(Error::kSharingViolation, failure);
 
   const bool creates = disposition == coredll::CREATE_ALWAYS;
   const bool existed = creates && IsFile(path);
@@ -100,17 +100,17 @@ coredll::HANDLE Open(std::u16string_view name, DWORD use, DWORD share, DWORD dis
   auto file = std::make_unique<File>(name, path, use, share);
   if (!file->Open(creates ? O_CREAT | O_TRUNC : 0)) return Fail(ErrorFromErrno(), failure);
   GiveBackRoom(truncated);
-  SetLastError(existed ? Error::already_exists : Error::none);
+  SetLastError(existed ? Error::kAlreadyExists : Error::kNone);
   return AddObject(std::move(file));
 }
 
 BOOL Delete(std::u16string_view name) {
   const std::filesystem::path path = HostPath(name);
-  if (const Error obstacle = Obstacle(path, coredll::OPEN_EXISTING); obstacle != Error::none) {
+  if (const Error obstacle = Obstacle(path, coredll::OPEN_EXISTING); obstacle != Error::kNone) {
     return Fail(obstacle, kFalse);
   }
   const auto is_open = std::ranges::any_of(open_files, [&](const File* file) { return file->IsAt(path); });
-  if (is_open) return Fail(Error::sharing_violation, kFalse);
+  if (is_open) return Fail(Error::kSharingViolation, kFalse);
   const std::uint64_t size = SizeOf(path);
   if (unlink(path.c_str()) != 0) return Fail(ErrorFromErrno(), kFalse);
   GiveBackRoom(size);
@@ -120,11 +120,11 @@ BOOL Delete(std::u16string_view name) {
 BOOL Write(const File& file, const void* buffer, DWORD size, DWORD& written) {
   const DWORD fitting = TakeRoom(file.Descriptor(), size);
   const ssize_t done = write(file.Descriptor(), buffer, fitting);
-  const Error error = done < 0 ? ErrorFromErrno() : Error::disk_full;
-  if (done < 0 && error != Error::disk_full) return Fail(error, kFalse);
+  const Error error = done < 0 ? ErrorFromErrno() : Error::kDiskFull;
+  if (done < 0 && error != Error::kDiskFull) return Fail(error, kFalse);
   written = done < 0 ? 0 : static_cast<DWORD>(done);
   // A full disk is no failure to this system: the call succeeds, and only the count tells.
-  if (written < size) SetLastError(Error::disk_full);
+  if (written < size) SetLastError(Error::kDiskFull);
   return kTrue;
 }
 

@@ -82,11 +82,11 @@ std::vector<std::string> Matches(const std::filesystem::path& directory, std::u1
 coredll::HANDLE StartFind(std::u16string_view pattern, WIN32_FIND_DATAW* found) {
   const coredll::HANDLE failure = coredll::INVALID_HANDLE_VALUE;
   const auto names = PathNames(pattern);
-  if (names.empty()) return Fail(Error::path_not_found, failure);  // The root is in no directory.
+  if (names.empty()) return Fail(Error::kPathNotFound, failure);  // The root is in no directory.
   const auto directory = Resolve(std::span(names).first(names.size() - 1));
-  if (!IsDirectory(directory)) return Fail(Error::path_not_found, failure);
+  if (!IsDirectory(directory)) return Fail(Error::kPathNotFound, failure);
   auto find = std::make_unique<Find>(pattern, directory, Matches(directory, names.back()));
-  if (!find->Next(found)) return Fail(Error::file_not_found, failure);
+  if (!find->Next(found)) return Fail(Error::kFileNotFound, failure);
   return AddObject(std::move(find));
 }
 
@@ -111,7 +111,7 @@ BOOL FindNextFileW(HANDLE handle, WIN32_FIND_DATAW* found) {
   return PlatformCall({"FindNextFileW", ObjectName(handle), 0}, kFalse, [&] {
     auto* find = ObjectOf<Find>(handle);
     if (find == nullptr) return kFalse;
-    return find->Next(found) ? kTrue : Fail(Error::no_more_files, kFalse);
+    return find->Next(found) ? kTrue : Fail(Error::kNoMoreFiles, kFalse);
   });
 }
 

@@ -89,13 +89,13 @@ struct Call {
 void Observe(std::function<void(const Call&)> observer);
 
 enum class Fault {
-  fail,       ///< The call fails, having done nothing.
-  cut_short,  ///< WriteFile and ReadFile do half and say so; any other call fails as with `fail`.
+  kFail,      ///< The call fails, having done nothing.
+  kCutShort,  ///< WriteFile and ReadFile do half and say so; any other call fails as with kFail.
 };
 /// The n-th call from now on of a function that can fail will fail (1 is the next one; 0 cancels), once.
-void FailCall(unsigned n, Fault fault = Fault::fail);
+void FailCall(unsigned n, Fault fault = Fault::kFail);
 /// As FailCall, counting only calls of one function; throws std::invalid_argument for one that cannot fail.
-void FailCallOf(std::string_view function, unsigned n, Fault fault = Fault::fail);
+void FailCallOf(std::string_view function, unsigned n, Fault fault = Fault::kFail);
 /// Whether the fault last asked for has happened, and in which function. Cancelling keeps the answer.
 bool FaultHappened();
 std::string_view FaultedFunction();

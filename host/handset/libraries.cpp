@@ -73,9 +73,9 @@ HMODULE AddReference(const Image& image) {
 
 HMODULE LoadFile(std::u16string_view name) {
   const std::filesystem::path file = FindLibraryFile(name);
-  if (file.empty()) return Fail<HMODULE>(Error::library_not_found, nullptr);
+  if (file.empty()) return Fail<HMODULE>(Error::kLibraryNotFound, nullptr);
   void* shared_object = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (shared_object == nullptr) return Fail<HMODULE>(Error::not_a_library, nullptr);
+  if (shared_object == nullptr) return Fail<HMODULE>(Error::kNotALibrary, nullptr);
   return AddReference({nullptr, std::shared_ptr<void>(shared_object, dlclose)});
 }
 
@@ -132,9 +132,9 @@ HMODULE LoadLibraryW(const char16_t* name) {
 FARPROC GetProcAddressW(HMODULE library, const char16_t* name) {
   return PlatformCall({"GetProcAddressW", View(name), 0}, nullptr, [&]() -> FARPROC {
     const auto found = loaded.find(library);
-    if (found == loaded.end()) return Fail(Error::invalid_handle, nullptr);
+    if (found == loaded.end()) return Fail(Error::kInvalidHandle, nullptr);
     const FARPROC entry_point = FindEntryPoint(found->second.image, View(name));
-    return entry_point != nullptr ? entry_point : Fail(Error::entry_point_not_found, nullptr);
+    return entry_point != nullptr ? entry_point : Fail(Error::kEntryPointNotFound, nullptr);
   });
 }
 
@@ -142,7 +142,7 @@ BOOL FreeLibrary(HMODULE library) {
   return PlatformCall({"FreeLibrary", {}, 0}, kFalse, [&] {
     if (library == nullptr) return kFalse;
     const auto found = loaded.find(library);
-    if (found == loaded.end()) return Fail(Error::invalid_handle, kFalse);
+    if (found == loaded.end()) return Fail(Error::kInvalidHandle, kFalse);
     if (--found->second.references == 0) loaded.erase(found);
     return kTrue;
   });

@@ -100,7 +100,7 @@ void* NewBlock(std::size_t size) {
   const auto entry = blocks.try_emplace(nullptr).first;  // Before the block, so that nothing after it can fail.
   void* start = Allocate(block);
   auto node = blocks.extract(entry);
-  if (start == nullptr) return Fail<void*>(Error::not_enough_memory, nullptr);
+  if (start == nullptr) return Fail<void*>(Error::kNotEnoughMemory, nullptr);
   node.key() = start;
   node.mapped() = block;
   blocks.insert(std::move(node));
@@ -119,7 +119,7 @@ void* MoveBlock(void* old_start, std::size_t size) {
   auto old_entry = FindBlock(old_start);
   Block block{size};
   void* start = Allocate(block);
-  if (start == nullptr) return Fail<void*>(Error::not_enough_memory, nullptr);
+  if (start == nullptr) return Fail<void*>(Error::kNotEnoughMemory, nullptr);
   auto node = blocks.extract(old_entry);
   const Block old_block = node.mapped();
   std::memset(start, kFreshByte, size);

@@ -40,8 +40,8 @@ void CloseAllObjects() {
 coredll::BOOL coredll::CloseHandle(HANDLE object) {
   using namespace handset;
   return PlatformCall({"CloseHandle", ObjectName(object), 0}, kFalse, [&] {
-    if (objects.erase(Key(object)) == 0) return Fail(Error::invalid_handle, kFalse);
-    SetLastError(Error::none);  // As any call may do: who wants an error must ask before the next call.
+    if (objects.erase(Key(object)) == 0) return Fail(Error::kInvalidHandle, kFalse);
+    SetLastError(Error::kNone);  // As any call may do: who wants an error must ask before the next call.
     return kTrue;
   });
 }

@@ -49,7 +49,7 @@ inline std::u16string_view ObjectName(coredll::HANDLE handle) {
 template <typename Kind>
 Kind* ObjectOf(coredll::HANDLE handle) {
   auto* object = dynamic_cast<Kind*>(FindObject(handle));
-  if (object == nullptr) SetLastError(Error::invalid_handle);
+  if (object == nullptr) SetLastError(Error::kInvalidHandle);
   return object;
 }
 

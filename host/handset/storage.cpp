@@ -48,7 +48,7 @@ coredll::BOOL coredll::GetDiskFreeSpaceExW(const char16_t* directory, ULARGE_INT
   using namespace handset;
   return PlatformCall({"GetDiskFreeSpaceExW", View(directory), 0}, kFalse, [&] {
     struct statvfs disk {};
-    if (statvfs(HostPath(View(directory)).c_str(), &disk) != 0) return Fail(Error::path_not_found, kFalse);
+    if (statvfs(HostPath(View(directory)).c_str(), &disk) != 0) return Fail(Error::kPathNotFound, kFalse);
     const std::uint64_t unit = disk.f_frsize;
     constexpr std::uint64_t kSystemsPart = 16;
     const std::uint64_t free = room.value_or(disk.f_bavail * unit);

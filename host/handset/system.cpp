@@ -133,10 +133,10 @@ BOOL PostMessageW(HWND window, DWORD message, DWORD wparam, std::int32_t lparam)
 HANDLE CreateSemaphoreW(void*, std::int32_t initial, std::int32_t maximum, const char16_t* name) {
   const std::array counts = {static_cast<std::uint32_t>(initial), static_cast<std::uint32_t>(maximum), 0u};
   return PlatformCall({"CreateSemaphoreW", View(name), 0, counts}, nullptr, [&]() -> HANDLE {
-    if (maximum <= 0 || initial < 0 || initial > maximum) return Fail(Error::invalid_parameter, nullptr);
+    if (maximum <= 0 || initial < 0 || initial > maximum) return Fail(Error::kInvalidParameter, nullptr);
     const bool existed = name != nullptr && SemaphoreExists(View(name));
     const HANDLE handle = AddObject(std::make_unique<Semaphore>(View(name), name != nullptr));
-    SetLastError(existed ? Error::already_exists : Error::none);
+    SetLastError(existed ? Error::kAlreadyExists : Error::kNone);
     return handle;
   });
 }

@@ -12,11 +12,11 @@ namespace {
 using qv::layout::Form;
 using qv::layout::Slot;
 
-enum class Kind { number, text, bytes };
+enum class Kind { kNumber, kText, kBytes };
 
 Kind KindOf(const Slot& slot) {
-  if (qv::layout::IsNumeric(slot.form)) return Kind::number;
-  return slot.form == Form::text || slot.form == Form::raw_text ? Kind::text : Kind::bytes;
+  if (qv::layout::IsNumeric(slot.form)) return Kind::kNumber;
+  return slot.form == Form::kText || slot.form == Form::kRawText ? Kind::kText : Kind::kBytes;
 }
 
 std::span<const std::uint8_t> WithoutTrailingZeros(const Slot& slot, const std::uint8_t* record) {
@@ -76,7 +76,7 @@ void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int pa
 std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
   std::vector<Column> columns;
   for (const qv::layout::Field& field : layout.fields.subspan(1)) {
-    if (field.store.form == Form::none || field.store.form == Form::unused || field.export_only) continue;
+    if (field.store.form == Form::kNone || field.store.form == Form::kUnused || field.export_only) continue;
     columns.push_back({field.name, field.store});
   }
   for (const qv::layout::ItemRun& run : layout.items) {
@@ -88,25 +88,25 @@ std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
 
 std::string TypeOf(const Column& column) {
   switch (KindOf(column.slot)) {
-    case Kind::number: return "INTEGER NOT NULL DEFAULT 0";
-    case Kind::text: return "TEXT NOT NULL DEFAULT ''";
-    case Kind::bytes: break;
+    case Kind::kNumber: return "INTEGER NOT NULL DEFAULT 0";
+    case Kind::kText: return "TEXT NOT NULL DEFAULT ''";
+    case Kind::kBytes: break;
   }
   return "BLOB NOT NULL DEFAULT x''";
 }
 
 void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   switch (KindOf(slot)) {
-    case Kind::number: return query.Bind(parameter, std::int64_t{qv::layout::LoadSlot(slot, record)});
-    case Kind::text: return BindText(slot, record, query, parameter);
-    case Kind::bytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
+    case Kind::kNumber: return query.Bind(parameter, std::int64_t{qv::layout::LoadSlot(slot, record)});
+    case Kind::kText: return BindText(slot, record, query, parameter);
+    case Kind::kBytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
   }
 }
 
 void ReadColumn(const Query& query, int column, const Slot& slot, std::uint8_t* record) {
-  if (KindOf(slot) == Kind::number) {
+  if (KindOf(slot) == Kind::kNumber) {
     qv::layout::StoreSlot(slot, record, static_cast<std::uint32_t>(query.Number(column)));
-  } else if (KindOf(slot) == Kind::text && !query.IsBlob(column)) {
+  } else if (KindOf(slot) == Kind::kText && !query.IsBlob(column)) {
     PutText(handset::Utf16(query.Text(column)), slot, record);
   } else {
     const std::span<const std::uint8_t> bytes = query.Blob(column);

@@ -11,7 +11,7 @@ namespace {
 std::vector<std::uint8_t> WithArgument(const KindDescription& kind, const void* record, std::uint32_t argument) {
   const auto* const bytes = static_cast<const std::uint8_t*>(record);
   std::vector<std::uint8_t> copy(bytes, bytes + kind.layout.store_size);
-  if (kind.argument.form != qv::layout::Form::none) {
+  if (kind.argument.form != qv::layout::Form::kNone) {
     qv::layout::StoreSlot(kind.argument, copy.data(), argument);
   }
   return copy;

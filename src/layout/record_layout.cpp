@@ -20,8 +20,8 @@ void CopyText(const std::uint8_t* source, std::size_t source_size, std::uint8_t*
 void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::uint8_t* target) {
   if (IsNumeric(from.form)) {
     const std::uint32_t value = LoadSlot(from, source);
-    StoreSlot(to, target, from.form == Form::truth ? value != 0 : value);
-  } else if (from.form == Form::text) {
+    StoreSlot(to, target, from.form == Form::kTruth ? value != 0 : value);
+  } else if (from.form == Form::kText) {
     CopyText(source + from.offset, from.size, target + to.offset, to.size);
   } else {
     std::copy_n(source + from.offset, from.size, target + to.offset);
@@ -34,7 +34,7 @@ void Convert(std::span<const Field> fields, Slot Field::*from, const std::uint8_
   for (const Field& field : fields) {
     const Slot& source_slot = field.*from;
     const Slot& target_slot = field.*to;
-    if (source_slot.form == Form::none || target_slot.form == Form::none) continue;
+    if (source_slot.form == Form::kNone || target_slot.form == Form::kNone) continue;
     if (field.export_only && !exporting) continue;
     Carry(source_slot, source, target_slot, target);
     if (field.ends_when_zero && LoadSlot(target_slot, target) == 0) return;

@@ -12,18 +12,18 @@ namespace qv::layout {
 
 /// How a value lies in its slot.
 enum class Form : std::uint8_t {
-  none,      ///< The field does not exist on this side.
-  unused,    ///< Written as zero, never read.
-  number,    ///< Unsigned little-endian number of 1 to 4 bytes; a narrower target takes its low bytes.
-  bits,      ///< `width` bits from bit `shift` of such a number; fields may share the number.
-  truth,     ///< A number that carries 1 when it is not zero.
-  text,      ///< UTF-16LE up to its NUL, zero-filled; a copy keeps the last character for the NUL.
-  raw_text,  ///< Text whose bytes are carried as they stand, those behind the NUL included.
-  bytes,     ///< Carried as they stand.
+  kNone,     ///< The field does not exist on this side.
+  kUnused,   ///< Written as zero, never read.
+  kNumber,   ///< Unsigned little-endian number of 1 to 4 bytes; a narrower target takes its low bytes.
+  kBits,     ///< `width` bits from bit `shift` of such a number; fields may share the number.
+  kTruth,    ///< A number that carries 1 when it is not zero.
+  kText,     ///< UTF-16LE up to its NUL, zero-filled; a copy keeps the last character for the NUL.
+  kRawText,  ///< Text whose bytes are carried as they stand, those behind the NUL included.
+  kBytes,    ///< Carried as they stand.
 };
 
 struct Slot {
-  Form form = Form::none;
+  Form form = Form::kNone;
   std::uint8_t shift = 0;
   std::uint8_t width = 0;  ///< In bits; 0: the slot is whole bytes.
   std::uint16_t offset = 0;
@@ -31,36 +31,36 @@ struct Slot {
 };
 
 constexpr Slot U8(std::uint16_t offset) {
-  return {Form::number, 0, 0, offset, 1};
+  return {Form::kNumber, 0, 0, offset, 1};
 }
 constexpr Slot U16(std::uint16_t offset) {
-  return {Form::number, 0, 0, offset, 2};
+  return {Form::kNumber, 0, 0, offset, 2};
 }
 constexpr Slot U32(std::uint16_t offset) {
-  return {Form::number, 0, 0, offset, 4};
+  return {Form::kNumber, 0, 0, offset, 4};
 }
 /// Bits high..low of the `size`-byte number at `offset`.
 constexpr Slot Bits(std::uint16_t offset, std::uint16_t size, std::uint8_t high, std::uint8_t low) {
-  return {Form::bits, low, static_cast<std::uint8_t>(high - low + 1), offset, size};
+  return {Form::kBits, low, static_cast<std::uint8_t>(high - low + 1), offset, size};
 }
 constexpr Slot UnusedBits(std::uint16_t offset, std::uint16_t size, std::uint8_t high, std::uint8_t low) {
-  return {Form::unused, low, static_cast<std::uint8_t>(high - low + 1), offset, size};
+  return {Form::kUnused, low, static_cast<std::uint8_t>(high - low + 1), offset, size};
 }
 constexpr Slot Truth(std::uint16_t offset, std::uint16_t size) {
-  return {Form::truth, 0, 0, offset, size};
+  return {Form::kTruth, 0, 0, offset, size};
 }
 /// `size` is in bytes, the NUL's two included.
 constexpr Slot Text(std::uint16_t offset, std::uint16_t size) {
-  return {Form::text, 0, 0, offset, size};
+  return {Form::kText, 0, 0, offset, size};
 }
 constexpr Slot RawText(std::uint16_t offset, std::uint16_t size) {
-  return {Form::raw_text, 0, 0, offset, size};
+  return {Form::kRawText, 0, 0, offset, size};
 }
 constexpr Slot Bytes(std::uint16_t offset, std::uint16_t size) {
-  return {Form::bytes, 0, 0, offset, size};
+  return {Form::kBytes, 0, 0, offset, size};
 }
 constexpr Slot Unused(std::uint16_t offset, std::uint16_t size) {
-  return {Form::unused, 0, 0, offset, size};
+  return {Form::kUnused, 0, 0, offset, size};
 }
 
 struct Field {
@@ -112,7 +112,7 @@ struct RecordLayout {
 };
 
 constexpr bool IsNumeric(Form form) {
-  return form == Form::number || form == Form::bits || form == Form::truth;
+  return form == Form::kNumber || form == Form::kBits || form == Form::kTruth;
 }
 
 /// The largest number that a slot of numeric form holds: all its bits set.
@@ -140,7 +140,7 @@ namespace internal {
 
 /// Claims a slot's bits in `claimed`; false when one is taken already or lies outside.
 constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
-  if (slot.form == Form::none) return true;
+  if (slot.form == Form::kNone) return true;
   if (std::size_t{slot.offset} + slot.size > claimed.size()) return false;
   const std::uint32_t end = slot.width == 0 ? slot.size * 8u : slot.shift + slot.width;
   if (end > slot.size * 8u) return false;
@@ -157,7 +157,7 @@ constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
 
 /// What is carried as it stands needs the same room on both sides.
 constexpr bool FitsAsItStands(const Field& field) {
-  const bool as_it_stands = field.store.form == Form::bytes || field.store.form == Form::raw_text;
+  const bool as_it_stands = field.store.form == Form::kBytes || field.store.form == Form::kRawText;
   return !as_it_stands || field.store.size == field.exchange.size;
 }
 

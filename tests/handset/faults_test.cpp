@@ -80,17 +80,17 @@ TEST_F(FaultsTest, OnlyCallsOfTheFunctionNamedCount) {
 }
 
 TEST_F(FaultsTest, AWriteOrReadCutShortDoesHalf) {
-  FailCallOf("WriteFile", 1, Fault::cut_short);
+  FailCallOf("WriteFile", 1, Fault::kCutShort);
   const auto file = Create(u"\\a");
   EXPECT_EQ(Write(file, "1234"), 2);
   EXPECT_EQ(Content("a"), "12");
   coredll::CloseHandle(file);
-  FailCallOf("ReadFile", 1, Fault::cut_short);
+  FailCallOf("ReadFile", 1, Fault::kCutShort);
   char buffer[4];
   coredll::DWORD read = 0;
   EXPECT_NE(coredll::ReadFile(Open(u"\\a"), buffer, 2, &read, nullptr), 0);
   EXPECT_EQ(read, 1u) << "never nothing: that would be the end of the file";
-  FailCall(1, Fault::cut_short);
+  FailCall(1, Fault::kCutShort);
   EXPECT_EQ(Open(u"\\a"), coredll::INVALID_HANDLE_VALUE) << "what cannot be cut fails";
 }
 

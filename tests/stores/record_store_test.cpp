@@ -54,7 +54,7 @@ class TextTest : public RecordStoreTest, public testing::WithParamInterface<std:
 
 TEST_P(TextTest, ComesBackByteForByte) {
   for (const qv::layout::Field& field : entries_.Kind().layout.fields) {
-    if (field.store.form != qv::layout::Form::text) continue;
+    if (field.store.form != qv::layout::Form::kText) continue;
     Record record(entries_.Kind().layout.store_size);
     std::memcpy(record.data() + field.store.offset, GetParam().data(), GetParam().size() * 2);
     const std::uint32_t id = entries_.Insert(record.data());

@@ -26,7 +26,7 @@ inline Record NamedBits(const qv::layout::RecordLayout& layout) {
   using qv::layout::Form;
   Record mask(layout.store_size);
   for (const qv::layout::Field& field : layout.fields) {
-    if (field.store.form != Form::none && field.store.form != Form::unused) Claim(field.store, mask);
+    if (field.store.form != Form::kNone && field.store.form != Form::kUnused) Claim(field.store, mask);
   }
   for (const qv::layout::ItemRun& run : layout.items) {
     std::fill_n(mask.begin() + run.store_offset, run.item_size * run.slots, std::uint8_t{0xFF});

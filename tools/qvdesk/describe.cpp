@@ -25,14 +25,14 @@ int Describe(const std::string& document) {
 const char* NameOf(qv::layout::Form form) {
   using qv::layout::Form;
   switch (form) {
-    case Form::none: return "none";
-    case Form::unused: return "unused";
-    case Form::number: return "number";
-    case Form::bits: return "bits";
-    case Form::truth: return "truth";
-    case Form::text: return "text";
-    case Form::raw_text: return "raw text";
-    case Form::bytes: return "bytes";
+    case Form::kNone: return "none";
+    case Form::kUnused: return "unused";
+    case Form::kNumber: return "number";
+    case Form::kBits: return "bits";
+    case Form::kTruth: return "truth";
+    case Form::kText: return "text";
+    case Form::kRawText: return "raw text";
+    case Form::kBytes: return "bytes";
   }
   return "unknown";
 }

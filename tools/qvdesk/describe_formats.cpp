@@ -73,7 +73,7 @@ std::string Blocks() {
 #undef QV_MEMBER
 
 std::string StorePlace(const Slot& slot) {
-  if (slot.form == Form::none || slot.form == Form::unused) return "";
+  if (slot.form == Form::kNone || slot.form == Form::kUnused) return "";
   std::string text = std::to_string(slot.offset);
   if (slot.width != 0)
     text += fmt::format(", bits {}..{} of {} bytes", slot.shift + slot.width - 1, slot.shift, slot.size);
@@ -96,7 +96,7 @@ std::string FieldTable(const RecordLayout& layout) {
   std::string text = in_store ? "| Offset | Width | Type | Name | In the store record |\n|---:|---:|---|---|---|\n"
                               : "| Offset | Width | Type | Name |\n|---:|---:|---|---|\n";
   for (const Field& field : layout.fields) {
-    if (field.exchange.form == Form::none) continue;
+    if (field.exchange.form == Form::kNone) continue;
     text += fmt::format("| {} | {} | {} | {} |", field.exchange.offset, field.exchange.size, TypeOf(field), field.name);
     text += in_store ? fmt::format(" {} |\n", StorePlace(field.store)) : "\n";
   }

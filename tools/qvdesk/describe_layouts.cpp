@@ -14,7 +14,7 @@ using qv::layout::RecordLayout;
 using qv::layout::Slot;
 
 std::string Describe(const Slot& slot) {
-  if (slot.form == Form::none) return "-";
+  if (slot.form == Form::kNone) return "-";
   std::string text = fmt::format("{} {}+{}", NameOf(slot.form), slot.offset, slot.size);
   if (slot.width != 0) text += fmt::format(" bits {}..{}", slot.shift + slot.width - 1, slot.shift);
   return text;

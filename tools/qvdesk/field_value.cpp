@@ -22,7 +22,7 @@ using qv::layout::Slot;
 using qv::layout::StoreSlot;
 
 bool IsText(Form form) {
-  return form == Form::text || form == Form::raw_text;
+  return form == Form::kText || form == Form::kRawText;
 }
 std::span<const std::uint8_t> BytesOf(const Slot& slot, std::span<const std::uint8_t> record) {
   return record.subspan(slot.offset, slot.size);
@@ -49,7 +49,7 @@ void PutBytes(const std::string& hex, const Slot& slot, std::span<std::uint8_t> 
 }  // namespace
 
 bool IsShown(const Slot& slot) {
-  return slot.form != Form::none && slot.form != Form::unused;
+  return slot.form != Form::kNone && slot.form != Form::kUnused;
 }
 
 bool StoreText(std::string_view utf8, const Slot& slot, std::span<std::uint8_t> record) {

@@ -86,7 +86,7 @@ std::vector<Column> TellingColumns(const RecordLayout& layout) {
     } else if (name.ends_with("_year")) {
       const std::string prefix = name.substr(0, name.rfind('_'));
       dates.push_back({prefix, [&layout, prefix](const RecordView& record) { return DateOf(layout, record, prefix); }});
-    } else if (field.exchange.form == Form::text || field.exchange.form == Form::raw_text) {
+    } else if (field.exchange.form == Form::kText || field.exchange.form == Form::kRawText) {
       texts.push_back(FieldColumn(field));
       texts.back().whole = false;
     }

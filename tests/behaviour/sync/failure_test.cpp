@@ -44,7 +44,7 @@ class StepWatcher {
 
   /// A fault that cuts short does not hurt where there is nothing to cut, or where the rest can be asked for.
   bool IsHarmless(handset::Fault fault) const {
-    return fault == handset::Fault::cut_short && (call_ == "ReadFile" || (call_ == "WriteFile" && size_ == 0));
+    return fault == handset::Fault::kCutShort && (call_ == "ReadFile" || (call_ == "WriteFile" && size_ == 0));
   }
 
   /// The result without the direction's flag; 0 for what is not reported.
@@ -162,11 +162,11 @@ class PlatformFailureTest : public FailureTest {
 };
 
 TEST_P(PlatformFailureTest, EachFailingCallIsReported) {
-  FailEachCall(handset::Fault::fail);
+  FailEachCall(handset::Fault::kFail);
 }
 
 TEST_P(PlatformFailureTest, EachTransferCutShortIsReportedOrGoneOnWith) {
-  FailEachCall(handset::Fault::cut_short);
+  FailEachCall(handset::Fault::kCutShort);
 }
 
 class StoreFailureTest : public FailureTest {
