@@ -35,8 +35,9 @@ inline constexpr std::uint32_t kRecoverFlag = 0x20000000;
 /// The block that the desktop hands to fnQV_ExportTabs and fnQV_RecovTabs. Little-endian, UTF-16LE text.
 /// The directory may be sent cut short behind its NUL.
 struct RequestRecord {
-  std::int32_t module_id;                  ///< 1..16; any other id does nothing and succeeds.
-  std::uint32_t mode;                      ///< SyncMode: 1 full, 2 replace, 3 incremental, 4 and above plain copy.
+  std::int32_t module_id;  ///< 1..16; any other id does nothing and succeeds.
+  std::uint32_t mode;  ///< SyncMode, compared as signed: 3 incremental, 2 replace, any other below 4 full, 4 and above
+                       ///< plain copy.
   char16_t anchor[kAnchorCapacity];        ///< The last anchor received; read in incremental exports only.
   char16_t directory[kDirectoryCapacity];  ///< ExchangeDirectory on the handset, without a trailing backslash.
 };

@@ -29,7 +29,7 @@ constexpr Operations kNotBuilt = {
     [](SyncMode, char16_t*, const void*) { return not_loaded; },
 };
 
-/// In the order of kModuleTable. Tasks and the e-mail database report nothing, so that 0 is all they can answer.
+/// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
 constexpr Operations kOperations[] = {
     kNotBuilt<Result::kStoreNotLoaded>,  // contacts
     kHandledBy<schedule::ScheduleHandler>,

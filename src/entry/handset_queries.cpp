@@ -1,4 +1,4 @@
-// The small questions of the desktop: what handset is this, what runs on it, how much room has it, and two requests
+// The small questions of the desktop: what handset is this, what runs on it, how much room it has, and two requests
 // that move no data.
 #include <algorithm>
 #include <cstring>

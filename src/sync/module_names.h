@@ -16,6 +16,9 @@ struct TableNames {
   const char16_t* exchange_file;  ///< In the exchange directory.
   const char16_t* snapshot_log;   ///< Full path.
   const layout::RecordLayout* layout;
+  /// Bytes from one record to the next where an incremental recover reads the table; 0: back to back, as everywhere
+  /// else.
+  std::uint32_t incremental_stride = 0;
 };
 
 struct ModuleNames {

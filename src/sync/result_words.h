@@ -9,36 +9,43 @@
 
 namespace qv {
 
+/// Which runs a code can come from.
+enum class Directions : std::uint8_t { kBoth, kExport, kRecover, kNone };
+
 struct CodeWords {
   Result code;
-  const char* what;    ///< What went wrong.
-  const char* advice;  ///< What to look at.
+  Directions directions;  ///< kNone: told between steps, never reported.
+  const char* what;       ///< What went wrong.
+  const char* advice;     ///< What to look at.
 };
 
 inline constexpr CodeWords kCodeWords[] = {
-    {Result::kOk, "success", ""},
-    {Result::kStoreNotLoaded, "the store library could not be loaded",
+    {Result::kOk, Directions::kBoth, "success", ""},
+    {Result::kStoreNotLoaded, Directions::kBoth, "the store library could not be loaded",
      "check that the store's DLL is on the handset; a module that this build lacks answers the same"},
-    {Result::kEntryPointMissing, "the store library lacks an entry point that the step needs",
+    {Result::kEntryPointMissing, Directions::kBoth, "the store library lacks an entry point that the step needs",
      "the store's DLL is of another version"},
-    {Result::kWipeFailed, "the store refused to delete all its records", "nothing was applied yet; try again"},
-    {Result::kSyncInfoFailed, "the store could not list its record ids and times",
+    {Result::kWipeFailed, Directions::kRecover, "the store refused to delete all its records",
+     "nothing was applied yet; try again"},
+    {Result::kSyncInfoFailed, Directions::kBoth, "the store could not list its record ids and times",
      "the store's database may be damaged"},
-    {Result::kReadFailed, "the store could not read a record that it listed", "the store's database may be damaged"},
-    {Result::kInsertFailed, "the store refused to insert a record",
-     "records before it were inserted; the exchange files are kept"},
-    {Result::kUpdateFailed, "the store refused to update a record",
+    {Result::kReadFailed, Directions::kExport, "the store could not read a record that it listed",
+     "the store's database may be damaged"},
+    {Result::kInsertFailed, Directions::kRecover, "the store refused to insert a record",
      "records before it were applied; the exchange files are kept"},
-    {Result::kDeleteFailed, "the store refused to delete records",
-     "nothing else was applied; the exchange files are kept"},
-    {Result::kNoMemory, "not enough memory", "close programs on the handset and try again"},
-    {Result::kNoChangeList, "there was no memory for the change list", "close programs on the handset and try again"},
-    {Result::kFileFailed, "a file could not be opened, created or written whole",
+    {Result::kUpdateFailed, Directions::kRecover, "the store refused to update a record",
+     "records before it were applied; the exchange files are kept"},
+    {Result::kDeleteFailed, Directions::kRecover, "the store refused to delete records",
+     "deletions of the other table may have been applied, nothing else; the exchange files are kept"},
+    {Result::kNoMemory, Directions::kBoth, "not enough memory", "close programs on the handset and try again"},
+    {Result::kNoChangeList, Directions::kRecover, "there was no memory for the change list",
+     "close programs on the handset and try again"},
+    {Result::kFileFailed, Directions::kBoth, "a file could not be opened, created or written whole",
      "check that the directory exists, that its path has at most 259 characters, and that there is free space"},
-    {Result::kFileUnreadable, "a file could not be read, or holds counts that no record can have",
+    {Result::kFileUnreadable, Directions::kBoth, "a file could not be read, or holds counts that no record can have",
      "the file or its medium is damaged; it was kept"},
-    {Result::kTable0Empty, "table 0 of the store is empty", "not a failure"},
-    {Result::kTable1Empty, "table 1 of the store is empty", "not a failure"},
+    {Result::kTable0Empty, Directions::kNone, "table 0 of the store is empty", "not a failure"},
+    {Result::kTable1Empty, Directions::kNone, "table 1 of the store is empty", "not a failure"},
 };
 
 /// Which runs a step's flag belongs to.

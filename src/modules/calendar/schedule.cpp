@@ -19,10 +19,6 @@ using DelAll = std::uint32_t();
 constexpr std::uint32_t kReadBatch = 50;
 constexpr std::uint32_t kReadRoom = 100;
 
-/// What an incremental recover reads from the group table at a time, applying only the first record of it. Desktops lay
-/// the table out so.
-constexpr std::size_t kGroupRequest = 10332;
-
 class ScheduleTable final : public StoreTable {
  public:
   ScheduleTable(const Library& store, std::uint32_t number)
@@ -198,11 +194,13 @@ Result ScheduleHandler::ApplyChangeList() {
 }
 
 Result ScheduleHandler::ApplyGroups(ApplyForm form) {
-  File table = File::OpenExisting(directory_ / kNames.tables[kGroupTable].exchange_file);
+  const TableNames& names = kNames.tables[kGroupTable];
+  File table = File::OpenExisting(directory_ / names.exchange_file);
   if (!table.IsOpen()) return Result::kFileFailed;
   Writer writer(store_, form, changes_, id_map_);
   if (!writer.IsComplete()) return Result::kEntryPointMissing;
-  const std::size_t request = form == ApplyForm::kInsertOnly ? kGroupExchangeSize : kGroupRequest;
+  // Of each request that an incremental recover reads only the first record is applied. Desktops lay the table out so.
+  const std::size_t request = form == ApplyForm::kInsertOnly ? kGroupExchangeSize : names.incremental_stride;
   List<std::uint8_t> exchange;
   if (!exchange.Resize(request)) return Result::kNoMemory;
 

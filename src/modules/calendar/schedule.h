@@ -16,8 +16,13 @@ inline constexpr ModuleNames kNames = {
     .anchor_key = u"SCHEDULE",
     .change_list = u"schedcmd.tbl",
     .id_map = u"schedmap.tbl",
-    .tables = {{u"schedule.tbl", u"\\dbdata\\sysconfig\\schedule.log", &kEntryLayout},
-               {u"schedulegroup.tbl", u"\\dbdata\\sysconfig\\schegroup.log", &kGroupLayout}},
+    .tables = {{.exchange_file = u"schedule.tbl",
+                .snapshot_log = u"\\dbdata\\sysconfig\\schedule.log",
+                .layout = &kEntryLayout},
+               {.exchange_file = u"schedulegroup.tbl",
+                .snapshot_log = u"\\dbdata\\sysconfig\\schegroup.log",
+                .layout = &kGroupLayout,
+                .incremental_stride = 10332}},
 };
 
 /// A recover flags a failing table by its place in the order, and the incremental one counts the other way round.
