@@ -14,15 +14,18 @@
 
 #include "host/handset/handset.h"
 #include "host/loader/agent_library.h"
+#include "host/loader/refusing_stream.h"
+#include "modules/calendar/schedule_layout.h"
 #include "platform/file.h"
 #include "qv_rapi.h"
 #include "sync/changes.h"
 
 namespace {
 
+using qv::schedule::kEntryExchangeSize;
+using qv::schedule::kEntryStoreSize;
+
 constexpr std::uint32_t kScheduleModule = 2;
-constexpr std::size_t kStoreEntrySize = 8680;
-constexpr std::size_t kExchangeEntrySize = 912;
 constexpr char16_t kDirectory[] = u"\\sync";
 constexpr char16_t kEntries[] = u"\\sync\\schedule.tbl";
 
@@ -40,12 +43,12 @@ struct MemoryStore {
 
   static std::uint32_t Read(std::uint32_t, std::uint32_t count, const std::uint32_t*, std::uint8_t* records) noexcept {
     for (std::uint32_t i = 0; i < count; ++i)
-      std::memcpy(records + i * kStoreEntrySize, record.data(), kStoreEntrySize);
+      std::memcpy(records + i * kEntryStoreSize, record.data(), kEntryStoreSize);
     return 0;
   }
 
   static void Install() {
-    record.assign(kStoreEntrySize, 0);
+    record.assign(kEntryStoreSize, 0);
     for (std::size_t i = 8; i < 704; ++i) record[i] = static_cast<std::uint8_t>(i % 2 == 0 ? 'a' + i % 23 : 0);
     record[40] = record[41] = 0;  // No items.
     handset::InstallLibrary(u"SchedStore.dll",
@@ -89,7 +92,7 @@ class Desktop {
   }
 
  private:
-  struct Answer final : IRAPIStream {
+  struct Answer final : loader::RefusingStream {
     qv::ResultRecord record{};
     std::int32_t QV_STDCALL Write(const void* buffer, std::uint32_t size, std::uint32_t* written) override {
       std::memcpy(&record, buffer, std::min<std::size_t>(size, sizeof(record)));
@@ -97,20 +100,6 @@ class Desktop {
       return 0;
     }
     std::uint32_t QV_STDCALL Release() override { return 0; }
-    std::int32_t QV_STDCALL QueryInterface(const void*, void**) override { return -1; }
-    std::uint32_t QV_STDCALL AddRef() override { return 1; }
-    std::int32_t QV_STDCALL Read(void*, std::uint32_t, std::uint32_t*) override { return -1; }
-    std::int32_t QV_STDCALL Seek(std::int64_t, std::uint32_t, std::uint64_t*) override { return -1; }
-    std::int32_t QV_STDCALL SetSize(std::uint64_t) override { return -1; }
-    std::int32_t QV_STDCALL CopyTo(void*, std::uint64_t, std::uint64_t*, std::uint64_t*) override { return -1; }
-    std::int32_t QV_STDCALL Commit(std::uint32_t) override { return -1; }
-    std::int32_t QV_STDCALL Revert() override { return -1; }
-    std::int32_t QV_STDCALL LockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override { return -1; }
-    std::int32_t QV_STDCALL UnlockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override { return -1; }
-    std::int32_t QV_STDCALL Stat(void*, std::uint32_t) override { return -1; }
-    std::int32_t QV_STDCALL Clone(void**) override { return -1; }
-    std::int32_t QV_STDCALL SetRapiStat(std::uint32_t, std::uint32_t) override { return -1; }
-    std::int32_t QV_STDCALL GetRapiStat(std::uint32_t, std::uint32_t*) override { return -1; }
   };
 
   static qv::RequestRecord NewRequest() {
@@ -210,8 +199,8 @@ void WriteBare(std::uint32_t entries, const std::vector<std::uint8_t>& bytes) {
   qv::File file = qv::File::CreateAlways(kEntries);
   for (std::uint32_t i = 0; i < entries; ++i) {
     // As the agent writes an entry without items: the fixed part, and two runs of nothing.
-    const std::uint8_t* const entry = bytes.data() + i * kExchangeEntrySize;
-    if (!file.Write(entry, kExchangeEntrySize) || !file.Write(entry, 0) || !file.Write(entry, 0)) Die("cannot write");
+    const std::uint8_t* const entry = bytes.data() + i * kEntryExchangeSize;
+    if (!file.Write(entry, kEntryExchangeSize) || !file.Write(entry, 0) || !file.Write(entry, 0)) Die("cannot write");
   }
 }
 
@@ -219,7 +208,7 @@ bool MeasureFullExport(Desktop& desktop) {
   constexpr std::uint32_t kEntryCount = 100000;
   std::printf("Full export of %u entries\n", kEntryCount);
   MemoryStore::entries = kEntryCount;
-  std::vector<std::uint8_t> bytes(kEntryCount * kExchangeEntrySize, 1);
+  std::vector<std::uint8_t> bytes(kEntryCount * kEntryExchangeSize, 1);
   handset::ResetPeakMemory();
   const std::vector<double> seconds = Shortest(7, {[&] { desktop.Export(4); }, [&] { WriteBare(kEntryCount, bytes); }});
   std::printf("  agent %.0f ms, bare %.0f ms, peak memory %llu bytes\n", 1e3 * seconds[0], 1e3 * seconds[1],

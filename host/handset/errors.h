@@ -1,5 +1,5 @@
 // The numbers that GetLastError answers, and the one place where they are set: the agent tells failures apart by them.
-// They are the handset system's own numbers, so a test reads as its reference manual does.
+// They are the handset system's own numbers.
 #ifndef QV_HOST_HANDSET_ERRORS_H
 #define QV_HOST_HANDSET_ERRORS_H
 

@@ -114,6 +114,8 @@ Census TakeCensus();
 /// Calls on handles that were not open, since Start: always a mistake of the caller's. To free no library is none.
 unsigned BadHandleUses();
 
+// --- Memory: fresh blocks hold no zeros, so that no one can count on them ---
+
 /// Bytes in blocks of the handset's malloc: now, and the most since the last ResetPeakMemory.
 std::uint64_t AllocatedBytes();
 std::uint64_t PeakAllocatedBytes();
@@ -121,9 +123,9 @@ void ResetPeakMemory();
 /// The size that a block of the handset's malloc was asked for with.
 std::size_t BlockSize(const void* block);
 
-/// Fresh memory holds no zeros, so that no one can count on them. From now on each block lies against an inaccessible
-/// page, with guard bytes where it cannot, so that code that is not built with AddressSanitizer cannot read or write
-/// past it unnoticed. Kept by Start. The host allows some 30,000 such blocks at a time.
+/// From now on each block lies against an inaccessible page, with guard bytes where it cannot, so that code that is not
+/// built with AddressSanitizer cannot read or write past it unnoticed. Kept by Start. The host allows some 30,000 such
+/// blocks at a time.
 void SetGuardedBlocks(bool guarded);
 
 }  // namespace handset

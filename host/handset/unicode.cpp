@@ -1,5 +1,5 @@
 // Conversions and comparisons of names: see the header for why they are not the standard library's.
-// Surrogates are 0xD800 to 0xDBFF (high) and 0xDC00 to 0xDFFF (low); a pair of them is one code point above 0xFFFF.
+// A high surrogate is 0xD800 to 0xDBFF, a low one 0xDC00 to 0xDFFF.
 #include "host/handset/unicode.h"
 
 #include <locale.h>
@@ -13,11 +13,9 @@ namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
 
-bool IsHighSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xD800;
-}
-bool IsLowSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xDC00;
+/// Whether a surrogate pair begins at a place in the text.
+bool IsPairAt(std::u16string_view text, std::size_t at) {
+  return IsHighSurrogate(text[at]) && at + 1 < text.size() && IsLowSurrogate(text[at + 1]);
 }
 
 void AppendUtf8(std::string& out, char32_t point) {
@@ -60,12 +58,23 @@ std::size_t DecodeUtf8(std::string_view text, char32_t& point) {
 
 }  // namespace
 
+bool IsWellFormed(std::u16string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsPairAt(text, i)) {
+      ++i;
+    } else if (IsHighSurrogate(text[i]) || IsLowSurrogate(text[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::string Utf8(std::u16string_view text) {
   std::string out;
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
     char32_t point = text[i];
-    if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+    if (IsPairAt(text, i)) {
       point = 0x10000 + ((point & 0x3FF) << 10) + (text[++i] & 0x3FF);
     }
     AppendUtf8(out, point);

@@ -10,6 +10,16 @@
 
 namespace handset {
 
+/// The halves of a pair that stands for one code point above 0xFFFF.
+constexpr bool IsHighSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xD800;
+}
+constexpr bool IsLowSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xDC00;
+}
+/// Whether every surrogate has its other half.
+bool IsWellFormed(std::u16string_view text);
+
 /// An unpaired surrogate is encoded like any other code point, so that every name has its own form and comes back.
 std::string Utf8(std::u16string_view text);
 /// Each byte that belongs to no character becomes U+FFFD.

@@ -4,12 +4,13 @@
 
 #include <dlfcn.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "host/loader/pe_image.h"
@@ -58,10 +59,20 @@ class HandsetLibrary final : public AgentLibrary {
   PeImage image_;
 };
 
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+/// Not by a std::ifstream, which opens directories too and then does not say why it cannot read them.
 std::vector<std::uint8_t> ReadFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream.is_open() || stream.bad()) throw std::runtime_error(file.string() + ": it cannot be read");
+  const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rb"));
+  std::vector<std::uint8_t> bytes;
+  if (stream != nullptr) {
+    for (int byte; (byte = std::getc(stream.get())) != EOF;) bytes.push_back(static_cast<std::uint8_t>(byte));
+  }
+  if (stream == nullptr || std::ferror(stream.get()) != 0) {
+    throw std::system_error(errno, std::generic_category(), file.string());
+  }
   return bytes;
 }
 

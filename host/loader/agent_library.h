@@ -3,11 +3,10 @@
 #define QV_HOST_LOADER_AGENT_LIBRARY_H
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 
-#include "include/qv_rapi.h"
+#include "qv_rapi.h"
 
 namespace loader {
 

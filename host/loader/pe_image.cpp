@@ -98,16 +98,16 @@ void PeImage::Write(std::uint32_t address, std::uint32_t value, const char* what
 }
 
 void PeImage::ReadHeaders(std::span<const std::uint8_t> file) {
-  Require(Read<std::uint16_t>(file, 0, "the DOS header") == pe::kDosMagic, "it is no executable file");
+  Require(Read<std::uint16_t>(file, 0, "the DOS header") == pe::kDosMagic, "it is not an executable file");
   auto offset = Read<std::uint32_t>(file, pe::kNewHeaderOffset, "the DOS header");
   // Past this, sums of offset and header sizes do not overflow.
   Require(Fits(offset, sizeof(pe::kPeSignature) + sizeof(pe::FileHeader), file.size()), "the PE header lies outside");
-  Require(Read<std::uint32_t>(file, offset, "the PE header") == pe::kPeSignature, "it is no PE file");
+  Require(Read<std::uint32_t>(file, offset, "the PE header") == pe::kPeSignature, "it is not a PE file");
   offset += sizeof(pe::kPeSignature);
 
   const auto file_header = Read<pe::FileHeader>(file, offset, "the file header");
   Require(file_header.machine == pe::kMachineI386, "it is not for x86");
-  Require((file_header.characteristics & pe::kFileDll) != 0, "it is no DLL");
+  Require((file_header.characteristics & pe::kFileDll) != 0, "it is not a DLL");
   Require(file_header.size_of_optional_header == sizeof(header_), "the optional header has another size");
   offset += sizeof(file_header);
 
@@ -197,6 +197,7 @@ void PeImage::BindImports(const ImportResolver& resolve) {
 
 void PeImage::BindLibrary(const pe::ImportDescriptor& descriptor, const ImportResolver& resolve) {
   const std::string library = ReadText(descriptor.library_name, "the name of an imported library");
+  Require(descriptor.names != 0, "it has no import lookup table");
   for (std::uint32_t slot = 0;; slot += sizeof(std::uint32_t)) {
     const auto entry = ReadImage<std::uint32_t>(descriptor.names + slot, "an import");
     if (entry == 0) return;
@@ -219,6 +220,7 @@ void PeImage::FindExports() {
     const auto index = ReadImage<std::uint16_t>(directory.ordinals + 2 * i, "an export's index");
     Require(index < directory.number_of_functions, "an export has no function");
     const auto address = ReadImage<std::uint32_t>(directory.functions + 4u * index, "an export's address");
+    Require(address - begin >= size, "it forwards an export");  // To the one that a text in here names.
     if (!IsCode(address)) Fail("the export " + name + " lies outside its code");
     Require(description_.exports.emplace(name, address).second, "it exports a name twice");
   }

@@ -32,28 +32,10 @@ std::u16string TextUpToNul(const Slot& slot, const std::uint8_t* record) {
   return text;
 }
 
-bool IsHighSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xD800;
-}
-bool IsLowSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xDC00;
-}
-
-bool IsWellFormed(std::u16string_view text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-      ++i;
-    } else if (IsHighSurrogate(text[i]) || IsLowSurrogate(text[i])) {
-      return false;
-    }
-  }
-  return true;
-}
-
 /// Writes what leaves room for the NUL, and no half of a surrogate pair.
 void PutText(std::u16string_view text, const Slot& slot, std::uint8_t* record) {
   std::size_t length = std::min<std::size_t>(text.size(), slot.size / 2u - 1u);
-  if (length < text.size() && IsLowSurrogate(text[length])) --length;
+  if (length < text.size() && handset::IsLowSurrogate(text[length])) --length;
   std::memcpy(record + slot.offset, text.data(), length * sizeof(char16_t));
 }
 
@@ -64,7 +46,7 @@ bool IsZeroBehind(std::u16string_view text, const Slot& slot, const std::uint8_t
 
 void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   const std::u16string text = TextUpToNul(slot, record);
-  if (IsWellFormed(text) && IsZeroBehind(text, slot, record)) {
+  if (handset::IsWellFormed(text) && IsZeroBehind(text, slot, record)) {
     query.Bind(parameter, handset::Utf8(text));
   } else {
     query.Bind(parameter, WithoutTrailingZeros(slot, record));

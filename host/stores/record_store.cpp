@@ -27,10 +27,10 @@ std::string Placeholders(std::size_t count) {
   return list;
 }
 
-/// A row that gives no time of its own, or NULL, is as of now.
+/// A row that gives no time of its own, or NULL, is as of now. An id must fit a record, which has 32 bits for it.
 std::string TableSql(const std::string& table, const std::vector<Column>& columns) {
   std::string sql = "CREATE TABLE IF NOT EXISTS " + table +
-                    " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT,\n"
+                    " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN 1 AND 4294967295),\n"
                     "  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" +
                     kNow + ")";
   for (const Column& column : columns) sql += ",\n  " + Quoted(column.name) + " " + TypeOf(column);
@@ -62,11 +62,12 @@ std::string UpdateSql(const std::string& table, const std::vector<Column>& colum
   return "UPDATE " + table + " SET id = ?1" + Listed(columns, " = ?") + " WHERE id = ?1";
 }
 
-SyncInfoEntry SyncInfoOf(const Query& row) {
+qv::SyncInfoEntry SyncInfoOf(const Query& row) {
   const auto modified = static_cast<std::uint64_t>(row.Number(1));
   return {.id = static_cast<std::uint32_t>(row.Number(0)),
           .unused = 0,
-          .modified = {static_cast<std::uint32_t>(modified), static_cast<std::uint32_t>(modified >> 32)}};
+          .time_low = static_cast<std::uint32_t>(modified),
+          .time_high = static_cast<std::uint32_t>(modified >> 32)};
 }
 
 }  // namespace
@@ -91,7 +92,7 @@ std::uint32_t RecordStore::Count() const {
   return static_cast<std::uint32_t>(query.Number(0));
 }
 
-std::uint32_t RecordStore::SyncInfo(std::span<SyncInfoEntry> entries) const {
+std::uint32_t RecordStore::SyncInfo(std::span<qv::SyncInfoEntry> entries) const {
   Query query(sync_info_);
   query.Bind(1, static_cast<std::int64_t>(entries.size()));
   std::uint32_t filled = 0;
@@ -128,10 +129,9 @@ std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<File
     BindRecord(record, query);
     query.Run();
   }
-  const std::int64_t id = database_.LastInsertedId();
-  if (id != static_cast<std::uint32_t>(id)) throw StoreError("the ids are used up");
+  const auto id = static_cast<std::uint32_t>(database_.LastInsertedId());
   transaction.Commit();
-  return static_cast<std::uint32_t>(id);
+  return id;
 }
 
 void RecordStore::Update(std::uint32_t id, const std::uint8_t* record) {

@@ -11,7 +11,7 @@
 #include "host/stores/columns.h"
 #include "host/stores/database.h"
 #include "layout/record_layout.h"
-#include "platform/coredll.h"
+#include "sync/file_forms.h"
 
 #pragma GCC visibility push(default)
 
@@ -23,14 +23,6 @@ struct KindDescription {
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
 };
 
-/// What a store tells about a record before anyone reads it: a form that the agent knows.
-struct SyncInfoEntry {
-  std::uint32_t id;
-  std::uint32_t unused;
-  coredll::FILETIME modified;
-};
-static_assert(sizeof(SyncInfoEntry) == 16);
-
 /// 100 ns since 1601, UTC: a FILETIME in one number.
 using FileTime = std::int64_t;
 
@@ -40,7 +32,7 @@ class UnknownId : public StoreError {
   explicit UnknownId(std::uint32_t id);
 };
 
-/// One table: `id`, which is never given out twice; `modified`, a FileTime; and the columns of the record form
+/// One table: `id`, 32 bits, which is never given out twice; `modified`, a FileTime; and the columns of the record form
 /// (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the sqlite3 shell counts as one on
 /// the handset, and a row inserted there gets the present time.
 ///
@@ -56,7 +48,7 @@ class RecordStore {
   std::uint32_t Count() const;
 
   /// Fills `entries` in the order of insertion as far as there is room; returns how many were filled.
-  std::uint32_t SyncInfo(std::span<SyncInfoEntry> entries) const;
+  std::uint32_t SyncInfo(std::span<qv::SyncInfoEntry> entries) const;
 
   /// Puts the records back to back in the order of `ids`. Throws UnknownId.
   void Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const;

@@ -14,7 +14,7 @@ STORE_ENTRY_POINT std::uint32_t SC_Sync_GetTotalNum(std::uint32_t table) {
 }
 
 STORE_ENTRY_POINT std::uint32_t SC_Sync_GetAllSyncInfo(std::uint32_t table, std::uint32_t* count,
-                                                       stores::SyncInfoEntry* entries) {
+                                                       qv::SyncInfoEntry* entries) {
   return library.SyncInfo(table, count, entries);
 }
 

@@ -61,7 +61,7 @@ std::uint32_t StoreLibrary::Count(std::uint32_t table) noexcept {
   return count;
 }
 
-Status StoreLibrary::SyncInfo(std::uint32_t table, std::uint32_t* count, SyncInfoEntry* entries) noexcept {
+Status StoreLibrary::SyncInfo(std::uint32_t table, std::uint32_t* count, qv::SyncInfoEntry* entries) noexcept {
   return OnTable(table, [&](const RecordStore& store) {
     if (count == nullptr || (entries == nullptr && *count != 0)) return kNullPointer;
     *count = store.SyncInfo({entries, *count});

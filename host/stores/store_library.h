@@ -40,7 +40,7 @@ class StoreLibrary {
   /// 0 also when it cannot be told.
   std::uint32_t Count(std::uint32_t table) noexcept;
   /// *count: in, the room in `entries`; out, how many are there.
-  Status SyncInfo(std::uint32_t table, std::uint32_t* count, SyncInfoEntry* entries) noexcept;
+  Status SyncInfo(std::uint32_t table, std::uint32_t* count, qv::SyncInfoEntry* entries) noexcept;
   Status Read(std::uint32_t table, std::uint32_t count, const std::uint32_t* ids, void* records) noexcept;
   /// `argument` goes to the place in the record that the kind gives it.
   Status Insert(std::uint32_t table, const void* record, std::uint32_t* new_id, std::uint32_t argument) noexcept;

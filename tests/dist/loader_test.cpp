@@ -21,6 +21,7 @@
 #include "host/loader/agent_library.h"
 #include "host/loader/pe_format.h"
 #include "host/loader/pe_image.h"
+#include "host/loader/refusing_stream.h"
 
 namespace loader {
 namespace {
@@ -72,14 +73,16 @@ class Dll {
   /// The words of a list in the image.
   std::uint32_t* Words(std::uint32_t address) { return At<std::uint32_t>(FileOffset(address)); }
 
-  std::size_t FileOffset(std::uint32_t address) {
+  pe::SectionHeader* SectionOf(std::uint32_t address) {
     for (std::size_t i = 0; i < Header()->number_of_sections; ++i) {
-      const pe::SectionHeader& section = *Section(i);
-      if (address >= section.virtual_address && address - section.virtual_address < section.size_of_raw_data) {
-        return address - section.virtual_address + section.pointer_to_raw_data;
-      }
+      pe::SectionHeader* const section = Section(i);
+      if (address - section->virtual_address < section->size_of_raw_data) return section;
     }
     throw std::logic_error("the file does not hold this address");
+  }
+  std::size_t FileOffset(std::uint32_t address) {
+    const pe::SectionHeader& section = *SectionOf(address);
+    return address - section.virtual_address + section.pointer_to_raw_data;
   }
 
  private:
@@ -192,7 +195,7 @@ constexpr std::uint32_t kFarOutside = 0x7FFFF000;
 
 const Damage kDamages[] = {
     {"OtherMachine", [](Dll& dll) { dll.Header()->machine = 0x1C0; }, "it is not for x86"},
-    {"NoDll", [](Dll& dll) { dll.Header()->characteristics = 0x0102; }, "it is no DLL"},
+    {"NoDll", [](Dll& dll) { dll.Header()->characteristics = 0x0102; }, "it is not a DLL"},
     {"OtherHeaderSize", [](Dll& dll) { dll.Header()->size_of_optional_header = 240; },
      "the optional header has another size"},
     {"MoreSections", [](Dll& dll) { dll.Header()->number_of_sections = 0xFFFF; }, "a section header lies outside"},
@@ -236,6 +239,7 @@ const Damage kDamages[] = {
     {"ImportsOutside",
      [](Dll& dll) { dll.Optional()->directories[pe::kImportDirectory].virtual_address = kFarOutside; },
      "an import descriptor lies outside"},
+    {"NoImportLookupTable", [](Dll& dll) { dll.Imports()->names = 0; }, "it has no import lookup table"},
     {"ImportByNumber", [](Dll& dll) { *dll.Words(dll.Imports()->names) = pe::kImportByOrdinal | 1; },
      "it imports by number"},
     {"ImportNameOutside", [](Dll& dll) { *dll.Words(dll.Imports()->names) = kFarOutside; },
@@ -245,8 +249,18 @@ const Damage kDamages[] = {
     {"ExportsOutside",
      [](Dll& dll) { dll.Optional()->directories[pe::kExportDirectory].virtual_address = kFarOutside; },
      "the export directory lies outside"},
-    {"ExportOutsideCode", [](Dll& dll) { *dll.Words(dll.Exports()->functions) = dll.Exports()->names; },
+    {"ExportOutsideCode", [](Dll& dll) { *dll.Words(dll.Exports()->functions) = dll.Imports()->names; },
      "the export fnQV_CheckMutex lies outside its code"},
+    {"ForwardedExport", [](Dll& dll) { *dll.Words(dll.Exports()->functions) = dll.Exports()->library_name; },
+     "it forwards an export"},
+    {"ForwardedExportBesideCode",
+     [](Dll& dll) {
+       pe::SectionHeader* const section = dll.SectionOf(dll.Exports()->library_name);
+       section->characteristics &= ~pe::kSectionWritable;
+       section->characteristics |= pe::kSectionExecutable;
+       *dll.Words(dll.Exports()->functions) = dll.Exports()->library_name;
+     },
+     "it forwards an export"},
     {"ExportWithoutFunction", [](Dll& dll) { dll.Exports()->number_of_functions = 0; }, "an export has no function"},
     {"ExportNameTwice",
      [](Dll& dll) {
@@ -259,17 +273,22 @@ const Damage kDamages[] = {
 INSTANTIATE_TEST_SUITE_P(PeImage, DamagedDll, testing::ValuesIn(kDamages),
                          [](const auto& test) { return std::string(test.param.name); });
 
-/// Puts a file under a name of its own, and says what opening it as an agent says.
-std::string RefusalToOpen(const Bytes& contents) {
-  const auto file = std::filesystem::path(testing::TempDir()) / kFileName;
-  std::ofstream(file, std::ios::binary)
-      .write(reinterpret_cast<const char*>(contents.data()), static_cast<std::streamsize>(contents.size()));
+/// What opening a file as an agent says.
+std::string RefusalToOpen(const std::filesystem::path& file) {
   try {
     AgentLibrary::Open(file);
     return "";
   } catch (const std::runtime_error& error) {
     return error.what();
   }
+}
+
+/// The same of a file of its own with these contents.
+std::string RefusalToOpen(const Bytes& contents) {
+  const auto file = std::filesystem::path(testing::TempDir()) / kFileName;
+  std::ofstream(file, std::ios::binary)
+      .write(reinterpret_cast<const char*>(contents.data()), static_cast<std::streamsize>(contents.size()));
+  return RefusalToOpen(file);
 }
 
 TEST(AgentLibrary, RunsTheHandsetLibraryOnTheSimulatedHandset) {
@@ -294,7 +313,53 @@ TEST(AgentLibrary, NamesTheFileThatItCannotOpen) {
   for (const Bytes& contents : {Bytes(), text, elf_magic, library.Contents()}) {
     EXPECT_THAT(RefusalToOpen(contents), HasSubstr(kFileName));
   }
-  EXPECT_THROW(AgentLibrary::Open("/no/such/library.dll"), std::runtime_error);
+}
+
+TEST(AgentLibrary, SaysWhyItCannotReadWhichFile) {
+  EXPECT_EQ(RefusalToOpen("/no/such/library.dll"), "/no/such/library.dll: No such file or directory");
+  EXPECT_EQ(RefusalToOpen("/proc/self"), "/proc/self: Is a directory");
+  // Opens, but has nothing where reading begins.
+  EXPECT_EQ(RefusalToOpen("/proc/self/mem"), "/proc/self/mem: Input/output error");
+}
+
+/// Calls every method but Write and Release; returns what they answer, but for AddRef, which counts.
+std::vector<std::int32_t> CallTheOtherMethods(IRAPIStream& stream) {
+  stream.AddRef();
+  return {stream.QueryInterface(nullptr, nullptr),
+          stream.Read(nullptr, 0, nullptr),
+          stream.Seek(0, 0, nullptr),
+          stream.SetSize(0),
+          stream.CopyTo(nullptr, 0, nullptr, nullptr),
+          stream.Commit(0),
+          stream.Revert(),
+          stream.LockRegion(0, 0, 0),
+          stream.UnlockRegion(0, 0, 0),
+          stream.Stat(nullptr, 0),
+          stream.Clone(nullptr),
+          stream.SetRapiStat(0, 0),
+          stream.GetRapiStat(0, nullptr)};
+}
+
+TEST(RefusingStream, ImplementsNothingBesideWriteAndRelease) {
+  struct Stream final : RefusingStream {
+    std::int32_t QV_STDCALL Write(const void*, std::uint32_t, std::uint32_t*) override { return 0; }
+    std::uint32_t QV_STDCALL Release() override { return 0; }
+  } stream;
+  constexpr auto kNotImplemented = static_cast<std::int32_t>(0x80004001);
+  EXPECT_THAT(CallTheOtherMethods(stream), testing::Each(kNotImplemented));
+}
+
+TEST(RefusingStream, TellsWhichMethodIsCalled) {
+  struct Stream final : RefusingStream {
+    std::int32_t QV_STDCALL Write(const void*, std::uint32_t, std::uint32_t*) override { return 0; }
+    std::uint32_t QV_STDCALL Release() override { return 0; }
+    std::int32_t Refuse(const char* method) override { return refused.emplace_back(method), 7; }
+    std::vector<std::string> refused;
+  } stream;
+  EXPECT_THAT(CallTheOtherMethods(stream), testing::Each(7));
+  EXPECT_THAT(stream.refused,
+              testing::ElementsAre("AddRef", "QueryInterface", "Read", "Seek", "SetSize", "CopyTo", "Commit", "Revert",
+                                   "LockRegion", "UnlockRegion", "Stat", "Clone", "SetRapiStat", "GetRapiStat"));
 }
 
 }  // namespace

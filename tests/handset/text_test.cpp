@@ -1,5 +1,6 @@
 // Text: conversions that stop where the room does, and the formats that the agent uses.
 // The code page's bytes are written out, so that the tests do not rest on what they test.
+#include "host/handset/unicode.h"
 #include "tests/handset/handset_fixture.h"
 
 namespace handset {
@@ -29,6 +30,15 @@ class TextTest : public HandsetTest {
     return length == kFailed ? u"failed" : text.substr(0, length);
   }
 };
+
+TEST_F(TextTest, IsWellFormedWhenEverySurrogateHasItsOtherHalf) {
+  for (const auto* text : {u"", u"plain", u"😀", u"😀😀", u"\xD7FF\xE000", u"\xD800\xDC00\xDBFF\xDFFF"}) {
+    EXPECT_TRUE(IsWellFormed(text));
+  }
+  for (const auto* text : {u"\xD800", u"\xDBFF", u"\xDC00", u"\xDFFF", u"\xD800x", u"\xDC00\xD800", u"😀\xDC00"}) {
+    EXPECT_FALSE(IsWellFormed(text));
+  }
+}
 
 TEST_F(TextTest, AsciiStaysWhatItIs) {
   EXPECT_EQ(ToBytes(u"abc", 10), "abc");

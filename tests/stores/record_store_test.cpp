@@ -78,8 +78,8 @@ TEST_F(RecordStoreTest, SyncInfoIsInTheOrderOfInsertionWithTheTimesGiven) {
   ASSERT_EQ(info.size(), 3u);
   EXPECT_EQ(info[0].id, 1u);
   EXPECT_EQ(info[0].unused, 0u);
-  EXPECT_EQ(info[0].modified.dwLowDateTime, 0x89ABCDEFu);
-  EXPECT_EQ(info[0].modified.dwHighDateTime, 0x01234567u);
+  EXPECT_EQ(info[0].time_low, 0x89ABCDEFu);
+  EXPECT_EQ(info[0].time_high, 0x01234567u);
   EXPECT_EQ(TimeOf(info[1]), 5);
   EXPECT_EQ(TimeOf(info[2]), 0x100000000);
   EXPECT_THAT(IdsOf(groups_), ElementsAre(1, 2, 3));
@@ -87,7 +87,7 @@ TEST_F(RecordStoreTest, SyncInfoIsInTheOrderOfInsertionWithTheTimesGiven) {
 
 TEST_F(RecordStoreTest, SyncInfoStopsWhereTheRoomEnds) {
   for (int i = 0; i < 3; ++i) InsertSample();
-  std::vector<stores::SyncInfoEntry> room(2);
+  std::vector<qv::SyncInfoEntry> room(2);
   EXPECT_EQ(entries_.SyncInfo(room), 2u);
   EXPECT_EQ(room[1].id, 2u);
 }

@@ -38,8 +38,8 @@ struct SchedStoreLibrary : LibraryFile {
   using LibraryFile::LibraryFile;
 
   std::uint32_t (*const get_total_num)(std::uint32_t) = Find<std::uint32_t(std::uint32_t)>("SC_Sync_GetTotalNum");
-  std::uint32_t (*const get_all_sync_info)(std::uint32_t, std::uint32_t*, stores::SyncInfoEntry*) =
-      Find<std::uint32_t(std::uint32_t, std::uint32_t*, stores::SyncInfoEntry*)>("SC_Sync_GetAllSyncInfo");
+  std::uint32_t (*const get_all_sync_info)(std::uint32_t, std::uint32_t*, qv::SyncInfoEntry*) =
+      Find<std::uint32_t(std::uint32_t, std::uint32_t*, qv::SyncInfoEntry*)>("SC_Sync_GetAllSyncInfo");
   std::uint32_t (*const read)(std::uint32_t, std::uint32_t, Ids,
                               void*) = Find<std::uint32_t(std::uint32_t, std::uint32_t, Ids, void*)>("SC_Sync_Read");
   std::uint32_t (*const insert)(std::uint32_t, const void*, std::uint32_t*, std::uint32_t) =

@@ -103,7 +103,7 @@ TEST_F(SchedStoreTest, TheTablesAreCountedListedAndDeletedApart) {
   ASSERT_EQ(library_.del(kEntries, 2, doomed.data()), stores::kDone);
   EXPECT_EQ(library_.get_total_num(kEntries), 1u);
   EXPECT_EQ(library_.get_total_num(kGroups), 1u);
-  std::array<stores::SyncInfoEntry, 4> info{};
+  std::array<qv::SyncInfoEntry, 4> info{};
   std::uint32_t count = info.size();
   ASSERT_EQ(library_.get_all_sync_info(kEntries, &count, info.data()), stores::kDone);
   EXPECT_EQ(count, 1u);
@@ -142,7 +142,7 @@ TEST_F(SchedStoreTest, NothingMayBeAskedForWithNullPointers) {
 TEST_F(SchedStoreTest, UnknownTablesAreRefused) {
   Record record(entry_.store_size);
   std::uint32_t number = 1;
-  stores::SyncInfoEntry info;
+  qv::SyncInfoEntry info;
   for (const std::uint32_t table : {2u, 0xFFFFFFFFu}) {
     EXPECT_EQ(library_.get_total_num(table), 0u);
     EXPECT_EQ(library_.get_all_sync_info(table, &number, &info), stores::kUnknownTable);

@@ -1,4 +1,6 @@
 // Edits of the database in the sqlite3 shell count as edits on the handset.
+#include <gmock/gmock.h>
+
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -68,6 +70,21 @@ TEST_F(ShellEditTest, AnInsertedRowIsAsOfNowAndZeroWhereItNamesNothing) {
   Record zero(entries_.Kind().layout.store_size);
   PutId(entries_.Kind().layout, info[1].id, zero);
   EXPECT_EQ(ReadOne(entries_, info[1].id), zero);
+}
+
+TEST_F(ShellEditTest, IdsThatNoRecordCanHaveAreRefused) {
+  Shell(
+      "INSERT OR IGNORE INTO schedule_entries (id) VALUES (-1), (0), (1), (4294967295), (4294967296);"
+      "UPDATE OR IGNORE schedule_entries SET id = id - 1");
+  EXPECT_THAT(IdsOf(entries_), testing::ElementsAre(1, 4294967294));
+}
+
+TEST_F(ShellEditTest, NoRecordIsInsertedBehindTheLastId) {
+  const Record record(entries_.Kind().layout.store_size);
+  Shell("INSERT INTO schedule_entries (id) VALUES (4294967294)");
+  EXPECT_EQ(entries_.Insert(record.data()), 4294967295);
+  EXPECT_THROW(entries_.Insert(record.data()), stores::StoreError);
+  EXPECT_THAT(IdsOf(entries_), testing::ElementsAre(4294967294, 4294967295));
 }
 
 TEST_F(ShellEditTest, TextThatDoesNotFitIsCutBeforeItsNulAndBetweenCharacters) {

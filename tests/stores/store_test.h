@@ -31,21 +31,20 @@ class FreshHandset {
   std::filesystem::path root_;
 };
 
-inline std::vector<stores::SyncInfoEntry> SyncInfoOf(const stores::RecordStore& store) {
-  std::vector<stores::SyncInfoEntry> entries(store.Count());
+inline std::vector<qv::SyncInfoEntry> SyncInfoOf(const stores::RecordStore& store) {
+  std::vector<qv::SyncInfoEntry> entries(store.Count());
   entries.resize(store.SyncInfo(entries));
   return entries;
 }
 
 inline std::vector<std::uint32_t> IdsOf(const stores::RecordStore& store) {
   std::vector<std::uint32_t> ids;
-  for (const stores::SyncInfoEntry& entry : SyncInfoOf(store)) ids.push_back(entry.id);
+  for (const qv::SyncInfoEntry& entry : SyncInfoOf(store)) ids.push_back(entry.id);
   return ids;
 }
 
-inline stores::FileTime TimeOf(const stores::SyncInfoEntry& entry) {
-  return static_cast<stores::FileTime>(std::uint64_t{entry.modified.dwHighDateTime} << 32 |
-                                       entry.modified.dwLowDateTime);
+inline stores::FileTime TimeOf(const qv::SyncInfoEntry& entry) {
+  return static_cast<stores::FileTime>(std::uint64_t{entry.time_high} << 32 | entry.time_low);
 }
 
 inline Record ReadOne(const stores::RecordStore& store, std::uint32_t id) {
