@@ -32,19 +32,29 @@ struct Request {
   }
 };
 
-void Answer(IRAPIStream* stream, std::uint32_t code, const Request& request) {
-  ResultRecord record{};
-  record.code = code;
-  record.mode = static_cast<std::uint32_t>(request.mode);
-  std::copy(request.anchor.begin(), request.anchor.end(), record.anchor);
-  AnswerStream(stream).Write(record);
+/// A desktop's request carried out: what came of it, and whether the caller is told.
+struct Outcome {
+  Result result;
+  Report report;
+};
+
+/// Runs `operation` on the module that the request names; `cell` is the entry point's column of the module table.
+template <typename Operation>
+Outcome CarryOut(Request& request, const std::uint8_t* block, Report ModuleRow::*cell, Operation operation) {
+  if (!request.Take(block)) return {Result::kNoMemory, Report::kKept};
+  const ModuleRow* const module = FindModule(request.module_id);
+  if (module == nullptr) return {Result::kOk, Report::kKept};
+  return {operation(*module), module->*cell};
 }
 
 /// The stream's answer carries the direction's flag, the return value does not.
-std::uint32_t AnswerAndReturn(IRAPIStream* stream, Result result, Report report, std::uint32_t flag,
-                              const Request& request) {
-  Answer(stream, Reported(result, report, flag), request);
-  return report == Report::kDropped ? 0 : static_cast<std::uint32_t>(result);
+std::uint32_t Answer(IRAPIStream* stream, const Outcome& outcome, std::uint32_t flag, const Request& request) {
+  ResultRecord record{};
+  record.code = Reported(outcome.result, outcome.report, flag);
+  record.mode = static_cast<std::uint32_t>(request.mode);
+  std::copy(request.anchor.begin(), request.anchor.end(), record.anchor);
+  AnswerStream(stream).Write(record);
+  return outcome.report == Report::kDropped ? 0 : static_cast<std::uint32_t>(outcome.result);
 }
 
 /// For callers that ask nothing any more.
@@ -61,30 +71,20 @@ using namespace qv;
 std::uint32_t fnQV_ExportTabs(std::uint32_t, std::uint8_t* pInput, std::uint32_t*, std::uint8_t**,
                               IRAPIStream* pIRAPIStream) {
   Request request;
-  Report report = Report::kKept;
-  Result result = Result::kOk;
-  if (!request.Take(pInput)) {
-    result = Result::kNoMemory;
-  } else if (const ModuleRow* const module = FindModule(request.module_id)) {
-    report = module->desktop_export;
-    result = ExportModule(*module, request.mode, request.anchor.data(), request.directory);
-  }
-  return AnswerAndReturn(pIRAPIStream, result, report, kExportFlag, request);
+  const Outcome outcome = CarryOut(request, pInput, &ModuleRow::desktop_export, [&](const ModuleRow& module) {
+    return ExportModule(module, request.mode, request.anchor.data(), request.directory);
+  });
+  return Answer(pIRAPIStream, outcome, kExportFlag, request);
 }
 
 std::uint32_t fnQV_RecovTabs(std::uint32_t, std::uint8_t* pInput, std::uint32_t*, std::uint8_t**,
                              IRAPIStream* pIRAPIStream) {
   Request request;
-  Report report = Report::kKept;
-  Result result = Result::kOk;
-  if (!request.Take(pInput)) {
-    result = Result::kNoMemory;
-  } else if (const ModuleRow* const module = FindModule(request.module_id)) {
-    report = module->desktop_recover;
-    result = RecoverModule(*module, request.mode, request.anchor.data(), request.directory);
-  }
+  const Outcome outcome = CarryOut(request, pInput, &ModuleRow::desktop_recover, [&](const ModuleRow& module) {
+    return RecoverModule(module, request.mode, request.anchor.data(), request.directory);
+  });
   PostDataChanged();
-  return AnswerAndReturn(pIRAPIStream, result, report, kRecoverFlag, request);
+  return Answer(pIRAPIStream, outcome, kRecoverFlag, request);
 }
 
 std::uint32_t fnQV_ExportTables(std::uint32_t, std::uint8_t*, std::uint32_t*, std::uint8_t**,

@@ -40,6 +40,11 @@ std::int32_t RecordingStream::Write(const void* buffer, std::uint32_t size, std:
   return fails ? -1 : 0;
 }
 
+std::int32_t RecordingStream::Refuse(const char* method) {
+  calls.emplace_back(method);
+  return -1;
+}
+
 Bytes Request(std::int32_t module_id, std::uint32_t mode, std::u16string_view anchor, std::u16string_view directory) {
   Bytes request(48 + 2 * (directory.size() + 1));
   Put32(request, 0, static_cast<std::uint32_t>(module_id));

@@ -14,7 +14,8 @@
 
 #include "host/handset/handset.h"
 #include "host/loader/agent_library.h"
-#include "include/qv_rapi.h"
+#include "host/loader/refusing_stream.h"
+#include "qv_rapi.h"
 
 namespace qv_test {
 
@@ -25,30 +26,10 @@ loader::AgentLibrary& Agent();
 void OpenAgent(const std::filesystem::path& file);
 
 /// Records what the agent does with its stream.
-class RecordingStream final : public IRAPIStream {
+class RecordingStream final : public loader::RefusingStream {
  public:
-  std::int32_t QV_STDCALL QueryInterface(const void*, void**) override { return Unexpected("QueryInterface"); }
-  std::uint32_t QV_STDCALL AddRef() override { return Unexpected("AddRef"), 0; }
   std::uint32_t QV_STDCALL Release() override;
-  std::int32_t QV_STDCALL Read(void*, std::uint32_t, std::uint32_t*) override { return Unexpected("Read"); }
-  std::int32_t QV_STDCALL Write(const void* buffer, std::uint32_t size, std::uint32_t* written) override;
-  std::int32_t QV_STDCALL Seek(std::int64_t, std::uint32_t, std::uint64_t*) override { return Unexpected("Seek"); }
-  std::int32_t QV_STDCALL SetSize(std::uint64_t) override { return Unexpected("SetSize"); }
-  std::int32_t QV_STDCALL CopyTo(void*, std::uint64_t, std::uint64_t*, std::uint64_t*) override {
-    return Unexpected("CopyTo");
-  }
-  std::int32_t QV_STDCALL Commit(std::uint32_t) override { return Unexpected("Commit"); }
-  std::int32_t QV_STDCALL Revert() override { return Unexpected("Revert"); }
-  std::int32_t QV_STDCALL LockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override {
-    return Unexpected("LockRegion");
-  }
-  std::int32_t QV_STDCALL UnlockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override {
-    return Unexpected("UnlockRegion");
-  }
-  std::int32_t QV_STDCALL Stat(void*, std::uint32_t) override { return Unexpected("Stat"); }
-  std::int32_t QV_STDCALL Clone(void**) override { return Unexpected("Clone"); }
-  std::int32_t QV_STDCALL SetRapiStat(std::uint32_t, std::uint32_t) override { return Unexpected("SetRapiStat"); }
-  std::int32_t QV_STDCALL GetRapiStat(std::uint32_t, std::uint32_t*) override { return Unexpected("GetRapiStat"); }
+  std::int32_t QV_STDCALL Write(const void* buffer, std::uint32_t size, std::uint32_t* count) override;
 
   /// Each call in order: "Write 48", "Release", or the name of a method that the agent has no business calling.
   std::vector<std::string> calls;
@@ -58,10 +39,7 @@ class RecordingStream final : public IRAPIStream {
   std::size_t messages_at_write = 0;
 
  private:
-  std::int32_t Unexpected(const char* method) {
-    calls.emplace_back(method);
-    return -1;
-  }
+  std::int32_t Refuse(const char* method) override;
 };
 
 /// What a desktop call answered.

@@ -7,6 +7,14 @@
 
 namespace qv_test {
 
+// Where the schedule's files lie on the handset of a behaviour test.
+constexpr char16_t kEntries[] = u"\\sync\\schedule.tbl";
+constexpr char16_t kGroups[] = u"\\sync\\schedulegroup.tbl";
+constexpr char16_t kChangeList[] = u"\\sync\\schedcmd.tbl";
+constexpr char16_t kIdMap[] = u"\\sync\\schedmap.tbl";
+constexpr char16_t kEntryLog[] = u"\\dbdata\\sysconfig\\schedule.log";
+constexpr char16_t kGroupLog[] = u"\\dbdata\\sysconfig\\schegroup.log";
+
 constexpr std::uint32_t kEntryId = 0xD4A1A2A3;
 constexpr std::uint32_t kEntryGroup = 77;
 

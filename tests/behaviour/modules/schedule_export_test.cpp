@@ -10,12 +10,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char16_t kEntries[] = u"\\sync\\schedule.tbl";
-constexpr char16_t kGroups[] = u"\\sync\\schedulegroup.tbl";
-constexpr char16_t kChangeList[] = u"\\sync\\schedcmd.tbl";
-constexpr char16_t kEntryLog[] = u"\\dbdata\\sysconfig\\schedule.log";
-constexpr char16_t kGroupLog[] = u"\\dbdata\\sysconfig\\schegroup.log";
-
 class ScheduleExportTest : public AgentTest {
  protected:
   /// An incremental export against a stored anchor and these snapshots.

@@ -8,13 +8,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char16_t kEntries[] = u"\\sync\\schedule.tbl";
-constexpr char16_t kGroups[] = u"\\sync\\schedulegroup.tbl";
-constexpr char16_t kChangeList[] = u"\\sync\\schedcmd.tbl";
-constexpr char16_t kIdMap[] = u"\\sync\\schedmap.tbl";
-constexpr char16_t kEntryLog[] = u"\\dbdata\\sysconfig\\schedule.log";
-constexpr char16_t kGroupLog[] = u"\\dbdata\\sysconfig\\schegroup.log";
-
 /// What an incremental recover reads of the group table at a time.
 constexpr std::size_t kGroupRequest = 10332;
 

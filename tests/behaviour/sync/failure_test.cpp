@@ -109,14 +109,14 @@ class FailureTest : public AgentTest, public testing::WithParamInterface<Scenari
     store.Add(0, 1, 1, StoreEntry());
     store.Add(0, 2, 2);
     WriteText(kAnchorIni, "[ANCHORDATE]\r\nSCHEDULE = 5");
-    WriteFile(u"\\dbdata\\sysconfig\\schedule.log", Words({1, 9, 0, 99, 1, 0}));
-    WriteFile(u"\\dbdata\\sysconfig\\schegroup.log", gone);
+    WriteFile(kEntryLog, Words({1, 9, 0, 99, 1, 0}));
+    WriteFile(kGroupLog, gone);
     if (GetParam().exporting) return;
     Bytes entries = ExchangeEntry();
     Append(entries, PlainEntry(2, 50));
-    WriteFile(u"\\sync\\schedule.tbl", entries);
-    WriteFile(u"\\sync\\schedulegroup.tbl", ExchangeGroup(50));
-    WriteFile(u"\\sync\\schedcmd.tbl", Words({0, kEntryId, 1, 0, 2, 2, 0, 1, 3, 1, 50, 1, 1, 5, 3}));
+    WriteFile(kEntries, entries);
+    WriteFile(kGroups, ExchangeGroup(50));
+    WriteFile(kChangeList, Words({0, kEntryId, 1, 0, 2, 2, 0, 1, 3, 1, 50, 1, 1, 5, 3}));
   }
 
   Answer Perform() { return GetParam().exporting ? Export(2, GetParam().mode, u"5") : Recover(2, GetParam().mode); }
@@ -128,7 +128,7 @@ class FailureTest : public AgentTest, public testing::WithParamInterface<Scenari
   /// A failed recover keeps what the desktop placed, unless it failed after all was applied.
   static void ExpectFilesKept(std::uint32_t code) {
     if (GetParam().exporting || code == 0 || (code & 0x0F000000) == kSnapshotWritten) return;
-    for (const auto* file : {u"\\sync\\schedule.tbl", u"\\sync\\schedulegroup.tbl", u"\\sync\\schedcmd.tbl"}) {
+    for (const auto* file : {kEntries, kGroups, kChangeList}) {
       EXPECT_TRUE(Exists(file));
     }
   }
