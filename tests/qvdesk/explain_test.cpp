@@ -67,6 +67,12 @@ TEST_F(Explain, UnknownCodesAreSaidToBeUnknown) {
                                              {"0x10000000"},
                                              {"0x13000100"},
                                              {"0x10000001", "--direction", "recover"},
+                                             {"0x11000007"},
+                                             {"0x10000003"},
+                                             {"0x10000020"},
+                                             {"0x22000006"},
+                                             {"0x10001000"},
+                                             {"8192"},
                                              {"0x20200009", "--mode", "full"}}) {
     std::vector<std::string> all = {"explain"};
     all.insert(all.end(), arguments.begin(), arguments.end());
@@ -74,6 +80,22 @@ TEST_F(Explain, UnknownCodesAreSaidToBeUnknown) {
     EXPECT_EQ(outcome.status, 1) << arguments[0];
     EXPECT_THAT(outcome.err, HasSubstr("is unknown")) << arguments[0];
   }
+}
+
+TEST_F(Explain, CodeThatOnlyOneDirectionCanGiveIsNotOfferedForTheOther) {
+  const std::string insert = Words({"7"});
+  EXPECT_THAT(insert, HasSubstr("any module, recover:\n    the store refused to insert"));
+  EXPECT_THAT(insert, Not(HasSubstr("export:")));
+  EXPECT_THAT(Words({"6"}), Not(HasSubstr("recover:")));
+}
+
+TEST_F(Explain, EntryPointsThatReportNothingAreNotOffered) {
+  EXPECT_EQ(Run({"explain", "1", "--module", "tasks"}).status, 1);
+  EXPECT_THAT(Words({"0", "--module", "tasks"}), HasSubstr("success"));
+  EXPECT_THAT(Words({"1", "--module", "e-mail"}), Not(HasSubstr("export:")));
+  EXPECT_EQ(Run({"explain", "0x20000001", "--module", "e-mail"}).status, 1);
+  EXPECT_THAT(Words({"0x20000001", "--module", "personal-settings"}), HasSubstr("personal-settings, recover:"));
+  EXPECT_THAT(Words({"0x10000001", "--module", "browser-settings"}), HasSubstr("browser-settings, export:"));
 }
 
 TEST_F(Explain, ModuleOutsideTheBuildHasTheCommonCodesOnly) {

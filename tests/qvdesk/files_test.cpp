@@ -55,7 +55,7 @@ TEST_F(Files, TableShowsWhatTellsRecordsApart) {
   EXPECT_EQ(Export().status, 0);
   const std::string table = Done({"show", Sync("schedule.tbl").string()});
   EXPECT_THAT(table, AllOf(HasSubstr("entry_id"), HasSubstr("start"), HasSubstr("2026-"), HasSubstr("项目会议"),
-                           HasSubstr("item_80s"), HasSubstr("40 records of the form \"schedule entry\"")));
+                           HasSubstr("item_80s"), HasSubstr("40 records of the form \"schedule.tbl\"")));
   EXPECT_THAT(table, Not(HasSubstr("value_468")));
   EXPECT_THAT(Done({"show", Sync("schedulegroup.tbl").string()}), AllOf(HasSubstr("Work"), HasSubstr("Family")));
 }
@@ -94,7 +94,8 @@ TEST_F(Files, NameIsRecognisedWithoutCaseAndAnyOtherNeedsAs) {
   desk::Write(At("SCHEDCMD.TBL"), std::string(12, '\0'));
   EXPECT_THAT(Done({"show", At("SCHEDCMD.TBL").string()}), HasSubstr("none"));
   desk::Write(At("saved"), std::string(12, '\0'));
-  EXPECT_THAT(Done({"show", At("saved").string(), "--as", "id-map"}), HasSubstr("new_id"));
+  EXPECT_THAT(Done({"show", At("saved").string(), "--as", "id-map"}),
+              AllOf(HasSubstr("new_id"), HasSubstr("1 record of the form \"id-map\"")));
 }
 
 TEST_F(Files, TornTableShowsWhatIsThereAndSaysWhereItEnds) {
@@ -171,6 +172,58 @@ TEST_F(Files, EncodingRefusesWhatAFieldCannotHold) {
     EXPECT_THAT(outcome.err, HasSubstr(message)) << json;
     EXPECT_FALSE(desk::fs::exists(At("out.tbl"))) << json;
   }
+}
+
+TEST_F(Files, RecordsForAnIncrementalRecoverLieApartAndComeBack) {
+  desk::Write(At("in.json"), R"([{"group_id": 7, "name": "Chess"}, {"group_id": 8, "name": "Choir"}])");
+  const std::string table = At("schedulegroup.tbl").string();
+  Done({"encode", "schedulegroup.tbl", At("in.json").string(), table, "--for-incremental"});
+  const std::string bytes = desk::Contents(table);
+  EXPECT_EQ(bytes.size(), 2u * 10332);
+  EXPECT_EQ(bytes[10332], 8);
+  EXPECT_EQ(bytes.substr(288, 10332 - 288), std::string(10332 - 288, '\0'));
+  EXPECT_THAT(Done({"show", table, "--for-incremental"}), AllOf(HasSubstr("Choir"), HasSubstr("2 records of")));
+  desk::Write(table, bytes.substr(0, 10332 + 100));
+  EXPECT_THAT(Run({"show", table, "--for-incremental"}).err, HasSubstr("offset 10332, record 2: the file ends inside"));
+}
+
+TEST_F(Files, FormsThatAreReadTheSameInEveryModeAreEncodedTheSame) {
+  desk::Write(At("in.json"), R"([{"entry_id": 7}, {"entry_id": 8}])");
+  const desk::Outcome outcome = Run({"encode", "schedule.tbl", At("in.json").string(), At("plain").string()});
+  EXPECT_EQ(outcome.err, "");
+  Done({"encode", "schedule.tbl", At("in.json").string(), At("option").string(), "--for-incremental"});
+  EXPECT_TRUE(desk::Contents(At("plain")) == desk::Contents(At("option")));
+}
+
+TEST_F(Files, DeeplyNestedJsonIsRefused) {
+  desk::Write(At("in.json"), std::string(200'000, '[') + std::string(200'000, ']'));
+  const desk::Outcome outcome = Run({"encode", "schedule.tbl", At("in.json").string(), At("out").string()});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("in.json: lists and objects lie more than 16 deep within each other"));
+}
+
+TEST_F(Files, AnchorFileThatIsNotUtf8ComesBackByteForByte) {
+  const desk::fs::path file = At("qvSyncAnchor.ini");
+  desk::Write(file, "[ANCHORDATE]\r\nSCHEDULE = 2006\xff\r\n\xc0\xaf\r\n\r\nK\xc3\xa9Y = \xe9\x9b\xaa\r\n");
+  EXPECT_THAT(Json(file), AllOf(HasSubstr("{\"hex\":\"c0af\"}"), HasSubstr("\"key\":\"K\xc3\xa9Y\"")));
+  ExpectRoundTrip(file);
+  EXPECT_THAT(Done({"show", file.string()}), HasSubstr("SCHEDULE = 2006\xEF\xBF\xBD"));
+}
+
+TEST_F(Files, AnchorLinesThatAreNoneAreNamed) {
+  for (const char* const line : {"\"x\"", "{}", "{\"key\": \"K\"}", "{\"text\": 5}"}) {
+    desk::Write(At("in.json"), R"({"lines": [{"text": "a"}, )" + std::string(line) + "]}");
+    const desk::Outcome outcome = Run({"encode", "anchors", At("in.json").string(), At("out").string()});
+    EXPECT_EQ(outcome.status, 1) << line;
+    EXPECT_THAT(outcome.err, HasSubstr("in.json: line 2: takes {\"section\"}, {\"key\", \"value\"}")) << line;
+  }
+}
+
+TEST_F(Files, WhatCannotBeReadIsNamedWithTheReason) {
+  EXPECT_THAT(Run({"show", Phone().string(), "--as", "anchors"}).err, HasSubstr("phone: it cannot be read: Is a dir"));
+  const desk::Outcome outcome = Run({"show", "/proc/self/mem", "--as", "anchors"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr("/proc/self/mem: it cannot be read: Input/output error"));
 }
 
 TEST_F(Files, FileThatIsNotThereIsNamed) {

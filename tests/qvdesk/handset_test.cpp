@@ -37,7 +37,7 @@ TEST_F(Handset, DirectoryThatIsNotEmptyIsRefusedAndLeftAlone) {
 
 TEST_F(Handset, FileInItsPlaceIsRefused) {
   desk::Write(Phone(), "a file");
-  EXPECT_THAT(Run({"create", Phone().string()}).err, HasSubstr("it is no directory"));
+  EXPECT_THAT(Run({"create", Phone().string()}).err, HasSubstr("it is not a directory"));
 }
 
 TEST_F(Handset, EmptyHandsetAndOneWithoutGroupsCanBeExported) {
@@ -73,12 +73,16 @@ TEST_F(Handset, FreeSpaceOfAPathThatIsNotThereIsAFailure) {
   EXPECT_THAT(outcome.err, HasSubstr("the handset has no path \"\\nowhere\""));
 }
 
+TEST_F(Handset, FreeSpaceSaysThatItsPathIsNotTheRoot) {
+  EXPECT_THAT(Done({"ask", "free-space", "--help"}), HasSubstr("not '\\' itself"));
+}
+
 TEST_F(Handset, WhatIsNoHandsetIsRefusedWithTheWayToMakeOne) {
   EXPECT_THAT(Run({"ask", "model", "--handset", Phone().string()}).err, HasSubstr("Make a handset: qvdesk create"));
   desk::fs::create_directory(Phone());
   const desk::Outcome outcome = Run({"ask", "model", "--handset", Phone().string()});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.err, HasSubstr("the directory is no handset"));
+  EXPECT_THAT(outcome.err, HasSubstr("the directory is not a handset"));
 }
 
 TEST_F(Handset, LibraryThatIsNoneIsNamedInTheError) {

@@ -35,8 +35,11 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
       {{"export", "shedule", "--handset", "x"}, "The modules are 1 to 16: contacts, schedule"},
       {{"export", "schedule", "--handset", "x", "--mode", "fast"}, "neither full, replace, incremental, plain nor a"},
       {{"export", "schedule", "--handset", "x", "--local", "--mode", "full"}, "excludes"},
-      {{"explain", "12x"}, "it is no 32-bit number"},
-      {{"show", "unknown.bin"}, "Say what it is with --as FORM"},
+      {{"explain", "12x"}, "it is not a 32-bit number such as 268435712"},
+      {{"export", "schedule", "--handset", "x", "--anchor", "1"}, "read by incremental exports only"},
+      {{"recover", "schedule", "--handset", "x", "--mode", "3", "--anchor", "1"}, "read by incremental exports only"},
+      {{"show", "schedule.tbl", "--all-fields", "--format", "json"}, "excludes"},
+      {{"show", "unknown.bin"}, "no file that handset and desktop exchange has this name. Say what it is with --as"},
       {{"show", "unknown.bin", "--as", "nothing"}, "The forms are: schedule.tbl"},
       {{"describe", "everything"}, "formats"},
   };
@@ -50,8 +53,8 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
 
 TEST_F(Usage, ModulesListsAllSixteenAndWhatTheBuiltOnesNeed) {
   const std::string modules = Done({"modules"});
-  for (const char* const text :
-       {"contacts", "clock-settings", "SchedStore.dll", "SCHEDULE", "schedcmd.tbl", "schegroup.log"}) {
+  for (const char* const text : {"contacts", "contacts, groups, pictures", "clock-settings", "SchedStore.dll",
+                                 "SCHEDULE", "schedcmd.tbl", "schegroup.log"}) {
     EXPECT_THAT(modules, HasSubstr(text));
   }
   EXPECT_EQ(std::count(modules.begin(), modules.end(), '\n'), 16 + 2);

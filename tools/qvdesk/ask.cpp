@@ -131,7 +131,8 @@ void AddAsk(CLI::App& program, int& status) {
                    "a name")
       ->required();
   AddQuestion(*command, options, status, "free-space", "How many bytes are free?", AskFreeSpace)
-      ->add_option("PATH", options->path, "A path on the handset, like '\\sync'")
+      ->add_option("PATH", options->path,
+                   "A path on the handset, like '\\sync'; not '\\' itself, which the handset does not find")
       ->required();
   AddQuestion(*command, options, status, "store-space", "Moves the division between storage and program memory",
               AskStoreSpace)

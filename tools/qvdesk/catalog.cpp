@@ -35,9 +35,9 @@ std::string FileName(std::string_view path) {
 }
 
 void AddFile(std::vector<FileForm>& forms, FileKind kind, const qv::layout::RecordLayout* layout,
-             const BuiltModule* module, const char16_t* path) {
+             const BuiltModule* module, const char16_t* path, std::uint32_t incremental_stride = 0) {
   const std::string utf8 = ToUtf8(path);
-  forms.push_back({FileName(utf8), kind, layout, module, utf8});
+  forms.push_back({FileName(utf8), kind, layout, module, utf8, incremental_stride});
 }
 
 std::vector<FileForm> CollectForms() {
@@ -45,7 +45,7 @@ std::vector<FileForm> CollectForms() {
   for (const BuiltModule& module : kBuiltModules) {
     for (const qv::TableNames& table : module.names.tables) {
       if (table.exchange_file == nullptr) continue;
-      AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file);
+      AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file, table.incremental_stride);
     }
     AddFile(forms, FileKind::kChangeList, &qv::kChangeLayout, &module, module.names.change_list);
     AddFile(forms, FileKind::kIdMap, &qv::kIdMapLayout, &module, module.names.id_map);

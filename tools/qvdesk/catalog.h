@@ -40,6 +40,7 @@ struct FileForm {
   const qv::layout::RecordLayout* layout;  ///< Null for the anchor file, which is text.
   const BuiltModule* module;               ///< Null for a form that is the same in all modules.
   std::string path;  ///< On the handset: absolute, or a file name in the exchange directory. Empty for such a form.
+  std::uint32_t incremental_stride = 0;  ///< As in qv::TableNames.
 };
 
 /// What the name of a kind is when no module is meant: "change-list".

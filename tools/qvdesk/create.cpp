@@ -36,7 +36,7 @@ constexpr std::uint32_t kMailId = 4711;
 int Create(const Options& options) {
   const std::string name = options.directory.string();
   if (std::filesystem::exists(options.directory)) {
-    if (!std::filesystem::is_directory(options.directory)) throw std::runtime_error(name + ": it is no directory");
+    if (!std::filesystem::is_directory(options.directory)) throw std::runtime_error(name + ": it is not a directory");
     if (!std::filesystem::is_empty(options.directory)) {
       throw std::runtime_error(name + ": the directory is not empty. Name a new one, or delete it first.");
     }

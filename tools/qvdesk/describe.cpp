@@ -41,9 +41,8 @@ void AddDescribe(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "describe",
       "Prints a document generated from the agent's own tables: formats (docs/FORMATS.md: every file and block, field "
-      "by "
-      "field), results (docs/RESULTS.md: every result code) or layouts (tests/golden/layouts.txt: the layout tables as "
-      "they are, so that no layout changes unseen).");
+      "by field), results (docs/RESULTS.md: every result code) or layouts (tests/golden/layouts.txt: the layout tables "
+      "as they are, so that no layout changes unseen).");
   auto document = std::make_shared<std::string>();
   command->add_option("DOCUMENT", *document, "Which one")
       ->required()

@@ -22,13 +22,22 @@ using qv::layout::Slot;
 constexpr char kIntroduction[] =
     "# Formats\n\n"
     "Every file and block that passes between desktop and handset, and the files that the handset keeps to itself.\n"
-    "Made by `qvdesk describe formats` from the agent's own tables; do not edit. `qvdesk show` reads all of these "
-    "files.\n\n"
-    "Numbers are unsigned and little-endian, text is UTF-16LE, ends with a NUL and is filled up with zeros; offsets "
-    "and\n"
-    "widths are in bytes. No form has padding of its own: what is not used is listed as such, written as zero and "
-    "never\n"
-    "read.\n\n";
+    "Made by `qvdesk describe formats` from the agent's own tables; do not edit. `qvdesk show` reads the files.\n\n"
+    "Offsets and widths are in bytes. No form has padding of its own: what is not used is listed as such.\n\n"
+    "| Type | Meaning |\n|---|---|\n"
+    "| number | unsigned and little-endian; where the other side has less room it keeps the low bits |\n"
+    "| bits a..b | bits a down to b of such a number, bit 0 being the lowest; other fields may share the number |\n"
+    "| truth | a number of which only passes on whether it is zero: the other side has 1 for any other value |\n"
+    "| text | UTF-16LE, ends with a NUL and is filled up with zeros; what is too long for its room is cut off |\n"
+    "| raw text | UTF-16LE up to its NUL, but passed on as bytes: what lies behind the NUL goes along |\n"
+    "| bytes | passed on as they stand |\n"
+    "| unused | written as zero and never read |\n\n"
+    "Behind a type may stand\n\n"
+    "- \"not read by a recover\": it repeats what other fields say; an export writes it, a recover reads only those;\n"
+    "- \"when zero all after it is zero\": while this field is zero, the fields after it in the table are not passed\n"
+    "  on in either direction, and the other side has zeros there.\n\n"
+    "\"In the store record\" is the offset of the same value in the store library's record, and its bits where the\n"
+    "value shares a number with others.\n\n";
 
 /// A member of a structure of include/qv_rapi.h or sync/file_forms.h, whose place the compiler says.
 #define QV_MEMBER(structure, member, type, meaning)                                                                  \
@@ -46,7 +55,8 @@ std::string Blocks() {
       "## Blocks of a call\n\n### Request\n\nWhat the desktop hands to `fnQV_ExportTabs` and `fnQV_RecovTabs`.\n\n";
   text += kMemberHeader;
   text += QV_MEMBER(RequestRecord, module_id, "number", "1 to 16; any other id does nothing and succeeds");
-  text += QV_MEMBER(RequestRecord, mode, "number", "1 full, 2 replace, 3 incremental, 4 and above plain copy");
+  text += QV_MEMBER(RequestRecord, mode, "number",
+                    "compared as signed: 3 incremental, 2 replace, any other below 4 full, 4 and above plain copy");
   text += QV_MEMBER(RequestRecord, anchor, "text", "the last anchor received; read in incremental exports only");
   text +=
       QV_MEMBER(RequestRecord, directory, "text",
@@ -117,11 +127,17 @@ std::string Items(const RecordLayout& layout) {
 
 std::string Table(const FileForm& form) {
   const RecordLayout& layout = *form.layout;
-  return fmt::format(
-             "### {}\n\nExchange table of \"{}\" records: back to back, without header or count. The fixed part has {} "
-             "bytes, the store's record {}.\n\n",
-             form.name, layout.name, layout.exchange_size, layout.store_size) +
-         FieldTable(layout) + Items(layout) + "\n";
+  std::string text = fmt::format(
+      "### {}\n\nExchange table of \"{}\" records: back to back, without header or count. The fixed part has {} bytes, "
+      "the store's record {}.\n\n",
+      form.name, layout.name, layout.exchange_size, layout.store_size);
+  if (form.incremental_stride != 0) {
+    text += fmt::format(
+        "In an incremental recover each record begins {} bytes after the one before; what lies between is not "
+        "read.\n\n",
+        form.incremental_stride);
+  }
+  return text + FieldTable(layout) + Items(layout) + "\n";
 }
 
 std::string Module(const BuiltModule& module) {
@@ -146,9 +162,8 @@ const char* Purpose(FileKind kind) {
   switch (kind) {
     case FileKind::kChangeList:
       return "What changed, in an incremental export, or what is to be done, in an incremental recover. Table 0 holds "
-             "a "
-             "module's records, table 1 their groups; the operation is 1 new, 2 modified, 3 deleted. An entry that is "
-             "not whole is ignored.";
+             "a module's records, table 1 their groups; the operation is 1 new, 2 modified, 3 deleted. An entry that "
+             "is not whole is ignored.";
     case FileKind::kIdMap:
       return "Under which id a recover put each record that it inserted, in the order of insertion. The desktop must "
              "from then on use the handset's ids.";
@@ -172,11 +187,10 @@ std::string Bookkeeping() {
 
 std::string Anchors() {
   return fmt::format(
-      "## The anchor file\n\n`{}` holds the anchor that each module last handed out. 8-bit text in lines that end with "
-      "CR\n"
-      "LF, none after the last: the section `[{}]`, then `KEY = anchor` for each module. An anchor is the local time "
-      "as\n"
-      "year, month, day, hour, minute and second without leading zeros; anchors are compared as whole strings only. A\n"
+      "## The anchor file\n\n"
+      "`{}` holds the anchor that each module last handed out. 8-bit text in lines that end with CR LF, none after\n"
+      "the last: the section `[{}]`, then `KEY = anchor` for each module. An anchor is the local time as year,\n"
+      "month, day, hour, minute and second without leading zeros; anchors are compared as whole strings only. A\n"
       "module that was never synchronised has the anchor `{}`. Only the first 2000 bytes are used.\n",
       ToUtf8(qv::kAnchorFile), ToUtf8(qv::kAnchorSection), ToUtf8(qv::kNeverSynchronised));
 }

@@ -9,13 +9,18 @@
 namespace qvdesk {
 namespace {
 
+using qv::Result;
+
 constexpr char kIntroduction[] =
     "# Results\n\n"
     "Every number that an export or a recover can be answered with. `qvdesk explain CODE` puts one into words.\n"
     "Made by `qvdesk describe results` from the agent's own tables; do not edit.\n\n"
-    "A result is three parts joined by OR: the flag of the entry point, the flag of the step that failed, and the "
-    "code.\n"
-    "Success is 0, without any flag.\n\n";
+    "A result is three parts joined by OR: the flag of the entry point, the flag of the step that failed, and the\n"
+    "code. Success is 0, without any flag.\n\n";
+
+std::uint32_t NumberOf(Result code) {
+  return static_cast<std::uint32_t>(code);
+}
 
 std::string EntryFlags() {
   std::string text = "## Entry points\n\n| Flag | Direction | Reported by |\n|---|---|---|\n";
@@ -28,10 +33,29 @@ std::string EntryFlags() {
 }
 
 std::string Codes() {
-  std::string text = "## Codes\n\n| Code | Meaning | What to look at |\n|---:|---|---|\n";
+  std::string text = "## Codes\n\n| Code | Reported by | Meaning | What to look at |\n|---:|---|---|---|\n";
   for (const qv::CodeWords& words : qv::kCodeWords) {
-    text += fmt::format("| {} | {} | {} |\n", static_cast<std::uint32_t>(words.code), words.what, words.advice);
+    if (words.directions == qv::Directions::kNone) continue;
+    text += fmt::format("| {} | {} | {} | {} |\n", NumberOf(words.code), NameOf(words.directions), words.what,
+                        words.advice);
   }
+  return text + "\n";
+}
+
+std::string WithoutStep() {
+  std::string text =
+      "## Codes without a step's flag\n\n"
+      "What fails before the first step, or outside of all steps, is reported without a step's flag:\n\n"
+      "| Code | Reported by | When |\n|---:|---|---|\n";
+  const auto row = [&](Result code, qv::Directions directions, const char* when) {
+    text += fmt::format("| {} | {} | {} |\n", NumberOf(code), NameOf(directions), when);
+  };
+  row(Result::kStoreNotLoaded, qv::Directions::kBoth, "the store library could not be loaded");
+  row(Result::kEntryPointMissing, qv::Directions::kRecover, "replace mode: the store cannot be asked to empty itself");
+  row(Result::kWipeFailed, qv::Directions::kRecover, "replace mode: the store refused to empty itself");
+  row(Result::kNoMemory, qv::Directions::kBoth, "there was no memory for the anchor");
+  row(Result::kFileFailed, qv::Directions::kBoth, "the exchange directory's path is too long");
+  row(Result::kFileFailed, qv::Directions::kExport, "an exchange table or the change list cannot be created");
   return text + "\n";
 }
 
@@ -46,12 +70,12 @@ const char* Describe(qv::Report report) {
 std::string Reports() {
   std::string text =
       "## What each entry point reports\n\n"
-      "| Module | Name | `fnQV_ExportTabs` | `fnQV_RecovTabs` | `qv_ExportTabs` | `qv_RecovTabs` | In this build |\n"
-      "|---:|---|---|---|---|---|---|\n";
+      "| Module | Name | Data | `fnQV_ExportTabs` | `fnQV_RecovTabs` | `qv_ExportTabs` | `qv_RecovTabs` | Built |\n"
+      "|---:|---|---|---|---|---|---|---|\n";
   for (const qv::ModuleRow& row : qv::kModuleTable) {
-    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, Describe(row.desktop_export),
-                        Describe(row.desktop_recover), Describe(row.local_export), Describe(row.local_recover),
-                        FindBuiltModule(row.id) != nullptr ? "yes" : "no");
+    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, row.data,
+                        Describe(row.desktop_export), Describe(row.desktop_recover), Describe(row.local_export),
+                        Describe(row.local_recover), FindBuiltModule(row.id) != nullptr ? "yes" : "no");
   }
   return text +
          "\nA module that is not in this build answers like one whose store library does not load.\n\n"
@@ -73,7 +97,7 @@ std::string Steps(const BuiltModule& module) {
 }  // namespace
 
 std::string DescribeResults() {
-  std::string text = kIntroduction + EntryFlags() + Codes() + Reports();
+  std::string text = kIntroduction + EntryFlags() + Codes() + WithoutStep() + Reports();
   bool first = true;
   for (const BuiltModule& module : BuiltModules()) {
     text += fmt::format("{}{}", first ? "" : "\n", Steps(module));

@@ -1,6 +1,8 @@
 // "encode": JSON to the files that a desktop places for a recover.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -10,6 +12,7 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/text.h"
 
 namespace qvdesk {
 namespace {
@@ -18,22 +21,37 @@ struct Options {
   std::string form;
   std::filesystem::path input;
   std::filesystem::path output;
+  bool for_incremental = false;
 };
 
+/// Far deeper than any form, and far from where a walk over the document would use up the stack.
+constexpr int kDeepest = 16;
+
+/// Throws Json::exception, or std::runtime_error when lists and objects lie too deep within each other.
+Json Parse(const std::vector<std::uint8_t>& text, const std::filesystem::path& file) {
+  return Json::parse(text, [&](int depth, Json::parse_event_t, const Json&) {
+    if (depth <= kDeepest) return true;
+    throw std::runtime_error(
+        fmt::format("{}: lists and objects lie more than {} deep within each other", file.string(), kDeepest));
+  });
+}
+
 /// The list under `name`, or the whole document when it is a list.
-Json ListOf(const Json& document, const char* name, const std::filesystem::path& file) {
+const Json& ListOf(const Json& document, const char* name, const std::filesystem::path& file) {
   if (document.is_array()) return document;
   if (document.is_object() && document.contains(name) && document[name].is_array()) return document[name];
   throw std::runtime_error(
       fmt::format("{}: expected a list under \"{}\", as \"show --format json\" prints it", file.string(), name));
 }
 
+/// Each record is filled up to `stride`; 0: the records are back to back.
 std::vector<std::uint8_t> EncodeRecords(const Json& records, const qv::layout::RecordLayout& layout,
-                                        const std::filesystem::path& file) {
+                                        std::uint32_t stride, const std::filesystem::path& file) {
   std::vector<std::uint8_t> bytes;
   for (std::size_t i = 0; i < records.size(); ++i) {
     try {
       AppendRecord(records[i], layout, bytes);
+      bytes.resize(std::max<std::size_t>(bytes.size(), (i + 1) * stride));
     } catch (const std::runtime_error& error) {
       throw std::runtime_error(fmt::format("{}: record {}: {}", file.string(), i + 1, error.what()));
     }
@@ -41,20 +59,38 @@ std::vector<std::uint8_t> EncodeRecords(const Json& records, const qv::layout::R
   return bytes;
 }
 
+void WriteRecords(const Json& records, const FileForm& form, const Options& options) {
+  const std::uint32_t stride = options.for_incremental ? form.incremental_stride : 0;
+  WriteWholeFile(options.output, EncodeRecords(records, *form.layout, stride, options.input));
+  fmt::print("{}: {} of the form \"{}\"\n", options.output.string(), CountOf(records.size(), "record"), form.name);
+  if (form.incremental_stride == 0 || options.for_incremental || records.size() < 2) return;
+  std::fflush(stdout);
+  fmt::print(stderr,
+             "qvdesk: note: an incremental recover looks for a record every {} bytes only and would pass over some of "
+             "these; for one, encode with --for-incremental\n",
+             form.incremental_stride);
+}
+
+void WriteLines(const Json& lines, const Options& options) {
+  std::string text;
+  try {
+    text = AnchorText(lines);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(fmt::format("{}: {}", options.input.string(), error.what()));
+  }
+  WriteWholeFile(options.output, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  fmt::print("{}: {} bytes\n", options.output.string(), text.size());
+}
+
 int Encode(const Options& options) {
   const FileForm& form = ParseForm(options.form);
   const std::vector<std::uint8_t> input = ReadWholeFile(options.input);
-  Json document;
   try {
-    document = Json::parse(input);
+    const Json document = Parse(input, options.input);
     if (form.layout != nullptr) {
-      const Json records = ListOf(document, "records", options.input);
-      WriteWholeFile(options.output, EncodeRecords(records, *form.layout, options.input));
-      fmt::print("{}: {} records of the form \"{}\"\n", options.output.string(), records.size(), form.layout->name);
+      WriteRecords(ListOf(document, "records", options.input), form, options);
     } else {
-      const std::string text = AnchorText(ListOf(document, "lines", options.input));
-      WriteWholeFile(options.output, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-      fmt::print("{}: {} bytes\n", options.output.string(), text.size());
+      WriteLines(ListOf(document, "lines", options.input), options);
     }
   } catch (const Json::exception& error) {
     throw std::runtime_error(fmt::format("{}: {}", options.input.string(), error.what()));
@@ -75,6 +111,10 @@ void AddEncode(CLI::App& program, int& status) {
       ->required();
   command->add_option("IN", options->input, "The JSON file")->required();
   command->add_option("OUT", options->output, "The file to write")->required();
+  command->add_flag("--for-incremental", options->for_incremental,
+                    "Lay the records out for an incremental recover, which reads some tables (schedulegroup.tbl) in "
+                    "large requests and applies only the first record of each: zeros fill up to the next one. Other "
+                    "forms are the same in every mode.");
   command->footer(
       "Example:\n"
       "  echo '[{\"table\": 0, \"id\": 7, \"operation\": \"deleted\"}]' > changes.json\n"

@@ -29,7 +29,8 @@ std::uint32_t ParseCode(const std::string& text) {
   std::uint32_t code = 0;
   const auto [stop, error] = std::from_chars(begin, end, code, hexadecimal ? 16 : 10);
   if (error != std::errc() || stop != end) {
-    throw UsageError(fmt::format("code \"{}\": it is no 32-bit number, as 268435712 or 0x10000100.", Visible(text)));
+    throw UsageError(
+        fmt::format("code \"{}\": it is not a 32-bit number such as 268435712 or 0x10000100.", Visible(text)));
   }
   return code;
 }

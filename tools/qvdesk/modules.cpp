@@ -15,17 +15,17 @@ namespace {
 
 std::vector<std::string> Row(const qv::ModuleRow& module) {
   const BuiltModule* const built = FindBuiltModule(module.id);
-  if (built == nullptr) return {std::to_string(module.id), module.name, "no", "", "", ""};
+  if (built == nullptr) return {std::to_string(module.id), module.name, module.data, "no", "", "", ""};
   std::string files;
   for (const FileForm& form : FileForms()) {
     if (form.module == built) files += (files.empty() ? "" : ", ") + form.name;
   }
-  return {std::to_string(module.id),       module.name, "yes", ToUtf8(built->names.store_library),
+  return {std::to_string(module.id),       module.name, module.data, "yes", ToUtf8(built->names.store_library),
           ToUtf8(built->names.anchor_key), files};
 }
 
 int ListModules() {
-  TextTable table{.header = {"number", "name", "built", "store library", "anchor key", "files"}, .rows = {}};
+  TextTable table{.header = {"number", "name", "data", "built", "store library", "anchor key", "files"}, .rows = {}};
   for (const qv::ModuleRow& module : qv::kModuleTable) table.rows.push_back(Row(module));
   fmt::print("{}", table.Render(std::string::npos));  // A file name that is cut tells nobody anything.
   return kSuccess;
@@ -36,8 +36,8 @@ int ListModules() {
 void AddModules(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "modules",
-      "Lists the sixteen kinds of data: number and name for \"export\" and \"recover\", whether this build handles the "
-      "module, the store library it needs on the handset, its key in the anchor file and the files it works with.");
+      "Lists the sixteen kinds of data: number and name for \"export\" and \"recover\", what the data is, whether this "
+      "build handles the module, the store library it needs on the handset, its key in the anchor file and its files.");
   command->footer("Example:\n  qvdesk modules");
   command->callback([&status] { status = ListModules(); });
 }

@@ -6,47 +6,32 @@
 #include <stdexcept>
 
 #include "host/handset/handset.h"
+#include "host/loader/refusing_stream.h"
 #include "host/stores/database.h"
 #include "layout/bytes.h"
 
 namespace qvdesk {
 namespace {
 
-constexpr std::int32_t kNotImplemented = static_cast<std::int32_t>(0x80004001);
-constexpr std::int32_t kNoInterface = static_cast<std::int32_t>(0x80004002);
-
-/// Collects what the agent writes. It lives on the caller's stack, so the counted references only have to be counted.
-class AnswerStream final : public IRAPIStream {
+/// Collects what the agent writes. It lives on the caller's stack, so that its release only has to be noticed.
+class CollectingStream final : public loader::RefusingStream {
  public:
-  std::int32_t QV_STDCALL QueryInterface(const void*, void**) override { return kNoInterface; }
-  std::uint32_t QV_STDCALL AddRef() override { return ++references_; }
-  std::uint32_t QV_STDCALL Release() override { return --references_; }
-  std::int32_t QV_STDCALL Read(void*, std::uint32_t, std::uint32_t*) override { return kNotImplemented; }
+  std::uint32_t QV_STDCALL Release() override {
+    was_released_ = true;
+    return 0;
+  }
   std::int32_t QV_STDCALL Write(const void* buffer, std::uint32_t size, std::uint32_t* written) override {
     const auto* const bytes = static_cast<const std::uint8_t*>(buffer);
     written_.insert(written_.end(), bytes, bytes + size);
     if (written != nullptr) *written = size;
     return 0;
   }
-  std::int32_t QV_STDCALL Seek(std::int64_t, std::uint32_t, std::uint64_t*) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL SetSize(std::uint64_t) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL CopyTo(void*, std::uint64_t, std::uint64_t*, std::uint64_t*) override {
-    return kNotImplemented;
-  }
-  std::int32_t QV_STDCALL Commit(std::uint32_t) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL Revert() override { return kNotImplemented; }
-  std::int32_t QV_STDCALL LockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL UnlockRegion(std::uint64_t, std::uint64_t, std::uint32_t) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL Stat(void*, std::uint32_t) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL Clone(void**) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL SetRapiStat(std::uint32_t, std::uint32_t) override { return kNotImplemented; }
-  std::int32_t QV_STDCALL GetRapiStat(std::uint32_t, std::uint32_t*) override { return kNotImplemented; }
 
-  bool WasReleased() const { return references_ == 0; }
+  bool WasReleased() const { return was_released_; }
   std::vector<std::uint8_t> TakeWritten() { return std::move(written_); }
 
  private:
-  std::uint32_t references_ = 1;
+  bool was_released_ = false;
   std::vector<std::uint8_t> written_;
 };
 
@@ -87,16 +72,16 @@ Phone::Phone(const PhoneOptions& options) {
   }
   StartHandset(options.handset);
   if (!std::filesystem::exists(handset::HostPath(stores::kDatabasePath))) {
-    throw std::runtime_error(
-        fmt::format("--handset {}: the directory is no handset, its database is missing. Make one: qvdesk create DIR",
-                    options.handset.string()));
+    throw std::runtime_error(fmt::format(
+        "--handset {}: the directory is not a handset: its database is missing. Make one: qvdesk create DIR",
+        options.handset.string()));
   }
   agent_ = loader::AgentLibrary::Open(options.library.empty() ? BesideProgram(QV_AGENT_PATH) : options.library);
 }
 
 Answer Phone::Call(const std::string& function, std::span<const std::uint8_t> input) const {
   std::vector<std::uint8_t> block(input.begin(), input.end());
-  AnswerStream stream;
+  CollectingStream stream;
   const auto size = static_cast<std::uint32_t>(block.size());
   std::uint8_t* const data = block.empty() ? nullptr : block.data();
   auto* const entry = agent_->Export<RapiFunction>(function);

@@ -1,4 +1,4 @@
-// Counts the bytes that pass, and the calls that are one record of the file's form.
+// Counts what the agent writes, as it asks for it: the handset shows calls before it carries them out.
 #include "tools/qvdesk/progress.h"
 
 #include <fmt/format.h>
@@ -6,7 +6,6 @@
 
 #include <cstdio>
 
-#include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -30,23 +29,18 @@ Progress::~Progress() {
 }
 
 void Progress::Note(const handset::Call& call) {
-  if (call.function != "WriteFile" && call.function != "ReadFile") return;
+  if (call.function != "WriteFile") return;
   if (call.path != file_) files_.insert(file_ = call.path);
   bytes_ += call.size;
   const auto now = std::chrono::steady_clock::now();
-  const FileForm* const form = FindForm(ToUtf8(call.path));
-  if (form != nullptr && form->layout != nullptr) {
-    // Bookkeeping files pass in runs of entries, exchange tables record by record with their items apart.
-    if (call.size % form->layout->exchange_size == 0) records_ += call.size / form->layout->exchange_size;
-  }
   if (now - printed_ < kPause) return;
   printed_ = now;
   Print();
 }
 
 void Progress::Print() {
-  fmt::print(stderr, "{}{}: {}, {} files, {} records, {} KB", kClearLine, what_, Visible(ToUtf8(file_)), files_.size(),
-             records_, bytes_ / 1024);
+  fmt::print(stderr, "{}{}: {}, {} files, {} KB written", kClearLine, what_, Visible(ToUtf8(file_)), files_.size(),
+             bytes_ / 1024);
   std::fflush(stderr);
 }
 

@@ -11,8 +11,8 @@
 
 namespace qvdesk {
 
-/// Watches the handset's file calls while it lives; the line is gone afterwards. Does nothing when standard output or
-/// standard error is no terminal.
+/// Watches what the handset writes to files while it lives; the line is gone afterwards. Does nothing when standard
+/// output or standard error is no terminal.
 class Progress {
  public:
   /// `what`: "schedule export".
@@ -28,9 +28,8 @@ class Progress {
   std::string what_;
   bool watched_;
   std::set<std::u16string> files_;
-  std::u16string file_;  ///< The one last read or written.
+  std::u16string file_;  ///< The one last written.
   std::uint64_t bytes_ = 0;
-  std::uint64_t records_ = 0;
   std::chrono::steady_clock::time_point printed_{};
 };
 

@@ -71,10 +71,36 @@ bool FitsEntry(const CodeParts& parts, Direction direction, const Run& run) {
          (parts.entry_flag == 0 || parts.entry_flag == EntryFlagOf(direction));
 }
 
+bool ComesFrom(qv::Directions directions, Direction direction) {
+  return directions == qv::Directions::kBoth ||
+         directions == (direction == Direction::kExport ? qv::Directions::kExport : qv::Directions::kRecover);
+}
+
+/// Whether an entry point of the direction tells of a module's failures at all, and with such a flag. The return value
+/// of one that adds the flag to its answer carries none.
+bool IsReported(const qv::ModuleRow& row, Direction direction, std::uint32_t entry_flag) {
+  const bool exporting = direction == Direction::kExport;
+  const auto tells = [&](qv::Report report) {
+    return report == qv::Report::kKept || (report == qv::Report::kRaw && entry_flag == 0);
+  };
+  return tells(exporting ? row.desktop_export : row.desktop_recover) ||
+         tells(exporting ? row.local_export : row.local_recover);
+}
+
 }  // namespace
 
 const char* NameOf(Direction direction) {
   return direction == Direction::kExport ? "export" : "recover";
+}
+
+const char* NameOf(qv::Directions directions) {
+  switch (directions) {
+    case qv::Directions::kBoth: return "export, recover";
+    case qv::Directions::kExport: return NameOf(Direction::kExport);
+    case qv::Directions::kRecover: return NameOf(Direction::kRecover);
+    case qv::Directions::kNone: break;
+  }
+  return "none";
 }
 
 const char* NameOf(Modes modes) {
@@ -96,7 +122,8 @@ std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
   if (words == nullptr || (parts.code == 0 && result != 0)) return readings;
   const bool without_step = parts.step_flag == 0 && parts.nested_flag == 0;
   for (const Direction direction : kDirections) {
-    if (!FitsEntry(parts, direction, run)) continue;
+    if (!FitsEntry(parts, direction, run) || !ComesFrom(words->directions, direction)) continue;
+    if (run.module != nullptr && result != 0 && !IsReported(*run.module, direction, parts.entry_flag)) continue;
     const bool every_module = without_step && run.module == nullptr;
     const bool not_built = run.module != nullptr && FindBuiltModule(run.module->id) == nullptr;
     if (every_module || (not_built && without_step)) {

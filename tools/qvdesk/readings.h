@@ -43,10 +43,12 @@ struct Reading {
 };
 
 const char* NameOf(qv::Direction direction);
+const char* NameOf(qv::Directions directions);
 const char* NameOf(qv::Modes modes);
 std::uint32_t EntryFlagOf(qv::Direction direction);
 
-/// Every reading of a code that fits what is known of the run. None: no module of this build answers so.
+/// Every reading of a code that fits what is known of the run and that the entry points can give. None: no module of
+/// this build answers so.
 std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run);
 
 /// A reading as a paragraph, without the runs; what to look at on a line of its own that begins with `indent`.

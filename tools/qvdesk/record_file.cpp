@@ -6,13 +6,16 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
 #include "sync/file_forms.h"
+#include "tools/qvdesk/text.h"
 
 namespace qvdesk {
 namespace {
@@ -24,6 +27,8 @@ using qv::layout::RecordLayout;
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr char kReads[] = "reads";
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kEquals = " = ";
 /// By qv::Operation.
 constexpr std::array kOperationWords = {"none", "new", "modified", "deleted"};
 
@@ -84,6 +89,28 @@ void CheckCounts(const Json& record, const RecordLayout& layout, Bytes fixed) {
   }
 }
 
+bool HoldsTexts(const Json& line, std::initializer_list<const char*> names) {
+  return line.is_object() &&
+         std::ranges::all_of(names, [&](const char* name) { return line.contains(name) && line[name].is_string(); });
+}
+
+std::string AnchorLineText(const Json& line) {
+  const auto text = [&](const char* name) { return line[name].get<std::string>(); };
+  if (HoldsTexts(line, {"section"})) return fmt::format("[{}]", text("section"));
+  if (HoldsTexts(line, {"key", "value"})) return text("key") + std::string(kEquals) + text("value");
+  if (HoldsTexts(line, {"text"})) return text("text");
+  if (!HoldsTexts(line, {"hex"})) {
+    throw std::runtime_error("takes {\"section\"}, {\"key\", \"value\"}, {\"text\"} or {\"hex\"} with strings, not " +
+                             line.dump());
+  }
+  const std::vector<std::uint8_t> bytes = FromHex(text("hex"));
+  return {bytes.begin(), bytes.end()};
+}
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
 Json OperationNumber(const Json& value) {
   for (std::size_t i = 0; i < kOperationWords.size(); ++i) {
     if (value == kOperationWords[i]) return i;
@@ -93,7 +120,7 @@ Json OperationNumber(const Json& value) {
 
 }  // namespace
 
-RecordFile ParseRecords(const RecordLayout& layout, Bytes bytes) {
+RecordFile ParseRecords(const RecordLayout& layout, Bytes bytes, std::uint32_t stride) {
   RecordFile file;
   Bytes rest = bytes;
   while (!rest.empty() && !file.damage) {
@@ -108,6 +135,8 @@ RecordFile ParseRecords(const RecordLayout& layout, Bytes bytes) {
       file.damage = TakeItems(layout, rest, record);
     }
     if (file.damage) file.damage = fmt::format("offset {}, record {}: {}", offset, file.records.size(), *file.damage);
+    const std::size_t end = std::max<std::size_t>(bytes.size() - rest.size(), offset + stride);
+    rest = bytes.subspan(std::min(end, bytes.size()));
   }
   return file;
 }
@@ -168,8 +197,6 @@ void AppendRecord(const Json& record, const RecordLayout& layout, std::vector<st
 }
 
 Json AnchorLines(std::string_view file) {
-  constexpr std::string_view kLineEnd = "\r\n";
-  constexpr std::string_view kEquals = " = ";
   Json lines = Json::array();
   for (bool last = file.empty(); !last;) {
     const std::size_t end = file.find(kLineEnd);
@@ -177,7 +204,9 @@ Json AnchorLines(std::string_view file) {
     const std::string line(file.substr(0, end));
     if (!last) file.remove_prefix(end + kLineEnd.size());
     const std::size_t equals = line.find(kEquals);
-    if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
+    if (ToUtf8(ToUtf16(line)) != line) {
+      lines.push_back({{"hex", Hex({reinterpret_cast<const std::uint8_t*>(line.data()), line.size()})}});
+    } else if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
       lines.push_back({{"section", line.substr(1, line.size() - 2)}});
     } else if (equals != std::string::npos) {
       lines.push_back({{"key", line.substr(0, equals)}, {"value", line.substr(equals + kEquals.size())}});
@@ -190,25 +219,28 @@ Json AnchorLines(std::string_view file) {
 
 std::string AnchorText(const Json& lines) {
   std::string text;
-  for (const Json& line : lines) {
-    if (&line != &lines.front()) text += "\r\n";
-    if (line.contains("section")) {
-      text += fmt::format("[{}]", line["section"].get<std::string>());
-    } else if (line.contains("key") && line.contains("value")) {
-      text += fmt::format("{} = {}", line["key"].get<std::string>(), line["value"].get<std::string>());
-    } else {
-      text += line.at("text").get<std::string>();
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (i != 0) text += kLineEnd;
+    try {
+      text += AnchorLineText(lines[i]);
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(fmt::format("line {}: {}", i + 1, error.what()));
     }
   }
   return text;
 }
 
 std::vector<std::uint8_t> ReadWholeFile(const std::filesystem::path& file) {
-  if (std::filesystem::is_directory(file)) throw std::runtime_error(file.string() + ": it is a directory, not a file");
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) throw std::runtime_error(file.string() + ": it cannot be opened: " + std::strerror(errno));
-  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(stream), {}};
-  if (stream.bad()) throw std::runtime_error(file.string() + ": it cannot be read");
+  const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rb"));
+  if (stream == nullptr) throw std::runtime_error(file.string() + ": it cannot be opened: " + std::strerror(errno));
+  std::vector<std::uint8_t> bytes;
+  std::array<std::uint8_t, 65536> block;
+  while (const std::size_t got = std::fread(block.data(), 1, block.size(), stream.get())) {
+    bytes.insert(bytes.end(), block.begin(), block.begin() + got);
+  }
+  if (std::ferror(stream.get()) != 0) {
+    throw std::runtime_error(file.string() + ": it cannot be read: " + std::strerror(errno));
+  }
   return bytes;
 }
 

@@ -29,7 +29,9 @@ struct RecordFile {
   std::optional<std::string> damage;  ///< Where the rest cannot be read, and why.
 };
 
-RecordFile ParseRecords(const qv::layout::RecordLayout& layout, std::span<const std::uint8_t> bytes);
+/// `stride`: bytes from one record to the next, what lies between being nobody's; 0: the records are back to back.
+RecordFile ParseRecords(const qv::layout::RecordLayout& layout, std::span<const std::uint8_t> bytes,
+                        std::uint32_t stride = 0);
 
 /// Every field by name, the items as arrays of hex digits by their run's name. Under "reads", for people only: what
 /// words and dates some of the numbers mean.
@@ -42,8 +44,9 @@ void AppendRecord(const Json& record, const qv::layout::RecordLayout& layout, st
 std::vector<std::pair<std::string, std::string>> ReadableOf(const qv::layout::RecordLayout& layout,
                                                             const RecordView& record);
 
-/// The lines of an anchor file, and the file that they are; each is {"section"}, {"key", "value"} or {"text"}.
+/// The lines of an anchor file, each {"section"}, {"key", "value"}, {"text"}, or {"hex"} when it is not UTF-8.
 Json AnchorLines(std::string_view file);
+/// The file that such lines are. Throws std::runtime_error that names the line.
 std::string AnchorText(const Json& lines);
 
 /// Throw std::runtime_error that says what could not be done with which file.

@@ -28,6 +28,7 @@ struct Options {
   std::string form;
   std::string format = "table";
   bool all_fields = false;
+  bool for_incremental = false;
 };
 
 /// A column of the table view, made of one or more fields.
@@ -163,9 +164,7 @@ void ShowAnchors(const Options& options, const FileForm& form, const std::vector
     if (line.contains("key")) {
       table.rows.push_back({line["key"], line["value"]});
     } else {
-      const std::string text =
-          line.contains("section") ? fmt::format("[{}]", std::string(line["section"])) : std::string(line["text"]);
-      table.rows.push_back({text, ""});
+      table.rows.push_back({AnchorText(Json::array({line})), ""});
     }
   }
   fmt::print("{}", table.Render(TerminalWidth()));
@@ -173,15 +172,14 @@ void ShowAnchors(const Options& options, const FileForm& form, const std::vector
 
 int ShowRecords(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
   const RecordLayout& layout = *form.layout;
-  const RecordFile file = ParseRecords(layout, bytes);
+  const RecordFile file = ParseRecords(layout, bytes, options.for_incremental ? form.incremental_stride : 0);
   if (options.format == "json") {
     std::vector<Json> records;
     for (const RecordView& record : file.records) records.push_back(ToJson(layout, record));
     fmt::print("{}", RenderJson(form, "records", records));
   } else {
     fmt::print("{}", options.all_fields ? RenderAllFields(layout, file) : RenderTable(layout, file));
-    fmt::print("{} {} of the form \"{}\"\n", file.records.size(), file.records.size() == 1 ? "record" : "records",
-               layout.name);
+    fmt::print("{} of the form \"{}\"\n", CountOf(file.records.size(), "record"), form.name);
   }
   if (!file.damage) return kSuccess;
   std::fflush(stdout);
@@ -193,7 +191,7 @@ int Show(const Options& options) {
   const FileForm* const recognised = options.form.empty() ? FindForm(options.file.filename().string()) : nullptr;
   if (options.form.empty() && recognised == nullptr) {
     throw UsageError(options.file.string() +
-                     ": its name is not that of a file between handset and desktop. Say what it is with --as FORM; "
+                     ": no file that handset and desktop exchange has this name. Say what it is with --as FORM; "
                      "\"qvdesk modules\" lists the files.");
   }
   const FileForm& form = recognised != nullptr ? *recognised : ParseForm(options.form);
@@ -216,13 +214,15 @@ void AddShow(CLI::App& program, int& status) {
   command->add_option("--as", options->form,
                       "The form when the name does not tell it: a file name like schedule.tbl, "
                       "or change-list, id-map, snapshot, anchors");
-  command
-      ->add_option("--format", options->format,
-                   "table: the telling columns, cut to the terminal's width; json: "
-                   "every field, as \"encode\" takes it")
-      ->check(CLI::IsMember({"table", "json"}))
-      ->capture_default_str();
-  command->add_flag("--all-fields", options->all_fields, "In a table: every field of every record, one a line");
+  CLI::Option* const format = command->add_option("--format", options->format,
+                                                  "table: the telling columns, cut to the terminal's width; json: "
+                                                  "every field, as \"encode\" takes it");
+  format->check(CLI::IsMember({"table", "json"}))->capture_default_str();
+  command->add_flag("--all-fields", options->all_fields, "Instead of a table: every field of every record, one a line")
+      ->excludes(format);
+  command->add_flag("--for-incremental", options->for_incremental,
+                    "Read the file as an incremental recover does, which looks for the records of some tables "
+                    "(schedulegroup.tbl) further apart: what \"encode --for-incremental\" writes");
   command->footer(
       "Examples:\n  qvdesk show /tmp/phone/sync/schedule.tbl\n"
       "  qvdesk show saved.bin --as schedcmd.tbl --format json");

@@ -28,13 +28,6 @@ std::size_t WidthOf(char32_t code) {
   return IsIn(kWithoutWidth, code) ? 0 : IsIn(kWide, code) ? 2 : 1;
 }
 
-bool IsHigh(char16_t unit) {
-  return (unit & 0xFC00) == 0xD800;
-}
-bool IsLow(char16_t unit) {
-  return (unit & 0xFC00) == 0xDC00;
-}
-
 /// Calls `visit` (code point, its bytes) for each character.
 template <typename Visit>
 void ForEachCharacter(std::string_view utf8, Visit visit) {
@@ -43,7 +36,7 @@ void ForEachCharacter(std::string_view utf8, Visit visit) {
     while (end < utf8.size() && (utf8[end] & 0xC0) == 0x80) ++end;
     const std::string_view bytes = utf8.substr(begin, end - begin);
     const std::u16string units = handset::Utf16(bytes);
-    const bool pair = units.size() == 2 && IsHigh(units[0]);
+    const bool pair = units.size() == 2 && handset::IsHighSurrogate(units[0]);
     const char32_t code = pair ? 0x10000 + ((units[0] & 0x3FFu) << 10) + (units[1] & 0x3FFu) : units[0];
     visit(code, bytes);
     begin = end;
@@ -54,7 +47,7 @@ int HexDigit(char digit) {
   if (digit >= '0' && digit <= '9') return digit - '0';
   if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
   if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
-  throw std::runtime_error(fmt::format("\"{}\" is no hexadecimal digit", Visible(std::string(1, digit))));
+  throw std::runtime_error(fmt::format("\"{}\" is not a hexadecimal digit", Visible(std::string(1, digit))));
 }
 
 }  // namespace
@@ -62,10 +55,11 @@ int HexDigit(char digit) {
 std::string ToUtf8(std::u16string_view text) {
   std::u16string whole(text);
   for (std::size_t i = 0; i < whole.size(); ++i) {
-    const bool pair = IsHigh(whole[i]) && i + 1 < whole.size() && IsLow(whole[i + 1]);
+    const bool pair =
+        handset::IsHighSurrogate(whole[i]) && i + 1 < whole.size() && handset::IsLowSurrogate(whole[i + 1]);
     if (pair) {
       ++i;
-    } else if (IsHigh(whole[i]) || IsLow(whole[i])) {
+    } else if (handset::IsHighSurrogate(whole[i]) || handset::IsLowSurrogate(whole[i])) {
       whole[i] = u'\uFFFD';
     }
   }
@@ -105,6 +99,10 @@ std::string CutTo(std::string_view utf8, std::size_t width) {
     if (!full) cut += bytes;
   });
   return cut + "…";
+}
+
+std::string CountOf(std::size_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 bool SameWithoutCase(std::string_view a, std::string_view b) {

@@ -24,6 +24,9 @@ std::size_t Width(std::string_view utf8);
 /// The text, or its beginning and "…" when it is wider than `width` columns.
 std::string CutTo(std::string_view utf8, std::size_t width);
 
+/// "1 record", "2 records".
+std::string CountOf(std::size_t count, std::string_view noun);
+
 /// ASCII letters only: that is all our names have.
 bool SameWithoutCase(std::string_view a, std::string_view b);
 

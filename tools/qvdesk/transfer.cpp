@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/handset/handset.h"
@@ -29,7 +30,7 @@ struct Options {
   std::string module;
   std::string mode = "full";
   std::string directory = "\\sync";
-  std::string anchor;
+  std::optional<std::string> anchor;
   bool local = false;
 };
 
@@ -90,15 +91,22 @@ void PrintMode(const Transfer& transfer) {
   }
   fmt::print("  mode       asked {}, ran {}\n", Describe(transfer.mode), Describe(transfer.mode_after));
   fmt::print(
-      "             The anchor {} is not the one that the handset last handed out for this module, so it cannot\n"
+      "             The anchor \"{}\" is not the one that the handset last handed out for this module, so it cannot\n"
       "             tell what changed since: it exported everything. The desktop must replace, not merge.\n",
       Visible(transfer.anchor));
+}
+
+/// A module that did not run gives back the anchor of the request.
+bool HandedOutAnchor(const Transfer& transfer) {
+  return transfer.anchor_after != transfer.anchor && transfer.anchor_after != ToUtf8(qv::kNeverSynchronised);
 }
 
 /// A failed run's anchor is not kept: with it the next incremental export would leave out what this one did not bring.
 void KeepAnchor(const Transfer& transfer, DesktopState& state) {
   if (transfer.anchor_after.empty() || !qv::IsRemembered(transfer.mode_after)) {
     fmt::print("  anchor     unchanged: such a run is not remembered\n");
+  } else if (!HandedOutAnchor(transfer)) {
+    fmt::print("  anchor     unchanged: the handset handed out none\n");
   } else if (transfer.code != 0) {
     fmt::print("  anchor     {}, not kept because the run failed\n", Visible(transfer.anchor_after));
   } else {
@@ -124,11 +132,12 @@ void PrintResult(const Transfer& transfer) {
   }
 }
 
-std::string DescribeRecords(const std::filesystem::path& file) {
+std::string DescribeRecords(const Transfer& transfer, const std::filesystem::path& file) {
   const FileForm* const form = FindForm(file.filename().string());
   if (form == nullptr || form->layout == nullptr) return "";
   const std::vector<std::uint8_t> bytes = ReadWholeFile(file);
-  const RecordFile records = ParseRecords(*form->layout, bytes);
+  const bool apart = transfer.direction == Direction::kRecover && transfer.mode == SyncMode::kIncremental;
+  const RecordFile records = ParseRecords(*form->layout, bytes, apart ? form->incremental_stride : 0);
   return fmt::format("{:>8} records{}", records.records.size(), records.damage ? ", damaged: " + *records.damage : "");
 }
 
@@ -146,7 +155,7 @@ void PrintFiles(const Transfer& transfer) {
   if (files.empty()) fmt::print("    none\n");
   for (const std::filesystem::path& file : files) {
     fmt::print("    {:<20} {:>10} bytes {}\n", Visible(file.filename().string()), std::filesystem::file_size(file),
-               DescribeRecords(file));
+               DescribeRecords(transfer, file));
   }
 }
 
@@ -162,13 +171,16 @@ void PrintMessages() {
 int Transact(Direction direction, const Options& options) {
   const qv::ModuleRow& module = ParseModule(options.module);
   const SyncMode mode = ParseMode(options.mode);
+  if (options.anchor && (direction != Direction::kExport || mode != SyncMode::kIncremental)) {
+    throw UsageError("--anchor: it is read by incremental exports only, with --mode incremental.");
+  }
   const Phone phone(options.phone);
   DesktopState state(options.phone.handset);
   Transfer transfer{.direction = direction,
                     .module = module,
                     .mode = mode,
                     .directory = ToUtf16(options.directory),
-                    .anchor = options.anchor.empty() ? state.Anchor(module.name) : options.anchor,
+                    .anchor = options.anchor.value_or(state.Anchor(module.name)),
                     .local = options.local};
   if (options.local) {
     transfer.mode = transfer.mode_after =
@@ -205,7 +217,8 @@ void AddOptions(CLI::App& command, Options& options) {
   command.add_option("--directory", options.directory, "The exchange directory on the handset, which must be there")
       ->capture_default_str();
   CLI::Option* const anchor = command.add_option(
-      "--anchor", options.anchor, "The anchor to present instead of the one kept from the last successful run");
+      "--anchor", options.anchor,
+      "The anchor to present instead of the one kept from the last successful run; read by incremental exports only");
   command
       .add_flag(
           "--local", options.local,
@@ -221,8 +234,7 @@ void AddExport(CLI::App& program, int& status) {
       "export",
       "Has the handset write a module's data as exchange tables into the exchange directory, and prints the answer in "
       "words. The anchor that comes back is kept in DIR.desktop.json and presented at the next incremental export: "
-      "only "
-      "a desktop with the handset's last anchor gets the changes alone.");
+      "only a desktop with the handset's last anchor gets the changes alone.");
   auto options = std::make_shared<Options>();
   AddOptions(*command, *options);
   command->footer(
