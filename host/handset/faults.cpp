@@ -16,7 +16,7 @@ namespace {
 // clang-format off
 constexpr std::string_view kFallible[] = {
     "CreateFileW", "ReadFile", "WriteFile", "DeleteFileW", "FindFirstFileW", "FindNextFileW", "GetDiskFreeSpaceExW",
-    "LoadLibraryW", "GetProcAddressW",
+    "LoadLibraryW", "GetProcAddressW", "SystemTimeToFileTime",
     "FindWindowW", "PostMessageW", "CreateSemaphoreW", "SetSystemMemoryDivision",
     "malloc", "realloc",
     "wcstombs", "mbstowcs"};

@@ -56,6 +56,20 @@ coredll::SYSTEMTIME HostLocalTime() {
           word(local.tm_hour),        word(local.tm_min),     word(local.tm_sec),  word(now.tv_nsec / 1'000'000)};
 }
 
+// 100 ns since 1601, for a time that there is and that a FILETIME can hold.
+std::optional<std::uint64_t> FileTimeTicks(const coredll::SYSTEMTIME& time) {
+  using namespace std::chrono;
+  constexpr int kFirstYear = 1601;
+  constexpr int kLastYear = 30827;
+  const year_month_day date(year(time.wYear), month(time.wMonth), day(time.wDay));
+  if (!date.ok() || time.wYear < kFirstYear || time.wYear > kLastYear) return std::nullopt;
+  if (time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 || time.wMilliseconds > 999) return std::nullopt;
+  const auto since_1601 = sys_days(date) - sys_days(year(kFirstYear) / January / 1) + hours(time.wHour) +
+                          minutes(time.wMinute) + seconds(time.wSecond) + milliseconds(time.wMilliseconds);
+  constexpr std::uint64_t kTicksPerMillisecond = 10'000;
+  return static_cast<std::uint64_t>(duration_cast<milliseconds>(since_1601).count()) * kTicksPerMillisecond;
+}
+
 // A date that there is not keeps the day of the week it was given with.
 coredll::SYSTEMTIME WithDayOfWeek(coredll::SYSTEMTIME time) {
   using namespace std::chrono;
@@ -113,6 +127,21 @@ using namespace handset;
 void GetLocalTime(SYSTEMTIME* now) {
   Watch({"GetLocalTime", {}, 0});
   *now = phone.set_time ? WithDayOfWeek(*phone.set_time) : HostLocalTime();
+}
+
+BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* file_time) {
+  return PlatformCall({"SystemTimeToFileTime", {}, 0}, kFalse, [&] {
+    const std::optional<std::uint64_t> ticks = FileTimeTicks(*time);
+    if (!ticks) return Fail(Error::kInvalidParameter, kFalse);
+    *file_time = {static_cast<DWORD>(*ticks), static_cast<DWORD>(*ticks >> 32)};
+    return kTrue;
+  });
+}
+
+DWORD GetTickCount() {
+  Watch({"GetTickCount", {}, 0});
+  const auto since_boot = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<DWORD>(std::chrono::duration_cast<std::chrono::milliseconds>(since_boot).count());
 }
 
 HWND FindWindowW(const char16_t* window_class, const char16_t* title) {

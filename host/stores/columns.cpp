@@ -58,11 +58,12 @@ void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int pa
 std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
   std::vector<Column> columns;
   for (const qv::layout::Field& field : layout.fields.subspan(1)) {
-    if (field.store.form == Form::kNone || field.store.form == Form::kUnused || field.export_only) continue;
+    if (field.store.form == Form::kNone || field.store.form == Form::kUnused) continue;
+    if (field.carried == qv::layout::Carried::kExportOnly) continue;
     columns.push_back({field.name, field.store});
   }
   for (const qv::layout::ItemRun& run : layout.items) {
-    const auto size = static_cast<std::uint16_t>(run.item_size * run.slots);
+    const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);
     columns.push_back({run.name, qv::layout::Bytes(run.store_offset, size)});
   }
   return columns;

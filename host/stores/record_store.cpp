@@ -2,6 +2,7 @@
 #include "host/stores/record_store.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 namespace stores {
@@ -38,17 +39,22 @@ std::string TableSql(const std::string& table, const std::vector<Column>& column
 }
 
 /// A change moves the time even when the clock has not moved since the last one, or stands before it.
-std::string TriggerSql(const std::string& table) {
+std::string TriggerSql(const std::string& table, FileTime resolution) {
   return "CREATE TRIGGER IF NOT EXISTS " + table + "_modified AFTER UPDATE ON " + table +
-         " WHEN NEW.modified = OLD.modified BEGIN\n  UPDATE " + table + " SET modified = max(OLD.modified + 1, " +
-         kNow + ") WHERE id = NEW.id;\nEND";
+         " WHEN NEW.modified = OLD.modified BEGIN\n  UPDATE " + table + " SET modified = max(OLD.modified + " +
+         std::to_string(resolution) + ", " + kNow + ") WHERE id = NEW.id;\nEND";
+}
+
+bool LiesIn(const qv::layout::Slot& outer, const qv::layout::Slot& slot) {
+  return slot.offset >= outer.offset && slot.offset + slot.size <= outer.offset + outer.size;
 }
 
 std::vector<Column> CreateTable(Database& database, const KindDescription& kind) {
   std::vector<Column> columns = ColumnsOf(kind.layout);
+  std::erase_if(columns, [&](const Column& column) { return LiesIn(kind.time, column.slot); });
   Transaction transaction(database);
   database.Execute(TableSql(kind.table, columns));
-  database.Execute(TriggerSql(kind.table));
+  database.Execute(TriggerSql(kind.table, kind.resolution));
   transaction.Commit();
   return columns;
 }
@@ -70,6 +76,10 @@ qv::SyncInfoEntry SyncInfoOf(const Query& row) {
           .time_high = static_cast<std::uint32_t>(modified >> 32)};
 }
 
+void PutTime(const CalendarTime& time, const qv::layout::Slot& slot, std::uint8_t* record) {
+  std::memcpy(record + slot.offset, &time, sizeof(time));
+}
+
 }  // namespace
 
 UnknownId::UnknownId(std::uint32_t id) : StoreError("there is no record " + std::to_string(id)) {}
@@ -80,7 +90,7 @@ RecordStore::RecordStore(Database& database, const KindDescription& kind)
       columns_(CreateTable(database, kind)),
       count_(database.Prepare(std::string("SELECT count(*) FROM ") + kind.table)),
       sync_info_(database.Prepare(std::string("SELECT id, modified FROM ") + kind.table + " ORDER BY id LIMIT ?")),
-      read_(database.Prepare("SELECT id" + Listed(columns_) + " FROM " + kind.table + " WHERE id = ?")),
+      read_(database.Prepare("SELECT modified" + Listed(columns_) + " FROM " + kind.table + " WHERE id = ?")),
       insert_(database.Prepare(InsertSql(kind.table, columns_))),
       update_(database.Prepare(UpdateSql(kind.table, columns_))),
       delete_(database.Prepare(std::string("DELETE FROM ") + kind.table + " WHERE id = ?")),
@@ -109,6 +119,7 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
     std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
     const qv::layout::Slot& id_slot = kind_.layout.fields[0].store;
     qv::layout::StoreSlot(id_slot, records, id);
+    if (kind_.time.size != 0) PutTime(CalendarTimeOf(query.Number(0)), kind_.time, records);
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);
     }

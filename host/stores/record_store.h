@@ -10,6 +10,7 @@
 
 #include "host/stores/columns.h"
 #include "host/stores/database.h"
+#include "host/stores/file_time.h"
 #include "layout/record_layout.h"
 #include "sync/file_forms.h"
 
@@ -21,10 +22,9 @@ struct KindDescription {
   const char* table;                       ///< In the database.
   const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id.
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
+  qv::layout::Slot time = {};              ///< Where a record tells `modified`, a CalendarTime; no column of its own.
+  FileTime resolution = 1;                 ///< A change moves `modified` by this at least: what a list can tell apart.
 };
-
-/// 100 ns since 1601, UTC: a FILETIME in one number.
-using FileTime = std::int64_t;
 
 /// A call named a record that is not there.
 class UnknownId : public StoreError {
@@ -36,8 +36,9 @@ class UnknownId : public StoreError {
 /// (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the sqlite3 shell counts as one on
 /// the handset, and a row inserted there gets the present time.
 ///
-/// A record is `layout.store_size` bytes. What is read is what was inserted, but for the record's own id, which is the
-/// row's, and bytes that no row names, which are zero. Each call is one transaction; one that throws has done nothing.
+/// A record is `layout.store_size` bytes. What is read is what was inserted, but for the record's own id and time,
+/// which are the row's, and bytes that no row names, which are zero. Each call is one transaction; one that throws has
+/// done nothing.
 class RecordStore {
  public:
   /// Makes the table when there is none. The database must outlive the store.

@@ -24,6 +24,8 @@ enum Status : std::uint32_t {
   kUnknownTable = 2,
   kUnknownRecord = 3,   ///< No record has this id, or one of these ids.
   kDatabaseFailed = 4,  ///< The database cannot be opened, read or written.
+  kNoSession = 5,       ///< The library wants to be initialised first.
+  kOutOfBounds = 6,     ///< A count or length that is negative, or more than there can be.
 };
 
 /// Runs `call`, which may return any status, and turns what it throws into one.

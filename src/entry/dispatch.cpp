@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "modules/calendar/schedule.h"
+#include "modules/contacts/contacts.h"
 
 namespace qv {
 namespace {
@@ -31,7 +32,7 @@ constexpr Operations kNotBuilt = {
 
 /// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
 constexpr Operations kOperations[] = {
-    kNotBuilt<Result::kStoreNotLoaded>,  // contacts
+    kHandledBy<contacts::ContactsHandler>,
     kHandledBy<schedule::ScheduleHandler>,
     kNotBuilt<Result::kOk>,              // tasks
     kNotBuilt<Result::kStoreNotLoaded>,  // agenda

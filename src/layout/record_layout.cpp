@@ -28,14 +28,15 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
   }
 }
 
-/// Walks the rows, carrying `from` slots of `source` to `to` slots of a zeroed `target`.
+/// Walks the rows, carrying `from` slots of `source` to `to` slots of a zeroed `target`: those carried both ways and
+/// those carried in this direction only.
 void Convert(std::span<const Field> fields, Slot Field::*from, const std::uint8_t* source, Slot Field::*to,
-             std::uint8_t* target, bool exporting) {
+             std::uint8_t* target, Carried one_way) {
   for (const Field& field : fields) {
     const Slot& source_slot = field.*from;
     const Slot& target_slot = field.*to;
     if (source_slot.form == Form::kNone || target_slot.form == Form::kNone) continue;
-    if (field.export_only && !exporting) continue;
+    if (field.carried != Carried::kBothWays && field.carried != one_way) continue;
     Carry(source_slot, source, target_slot, target);
     if (field.ends_when_zero && LoadSlot(target_slot, target) == 0) return;
   }
@@ -58,16 +59,15 @@ void StoreSlot(const Slot& slot, std::uint8_t* record, std::uint32_t value) {
 
 void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint8_t* exchange) {
   std::fill_n(exchange, layout.exchange_size, std::uint8_t{0});
-  Convert(layout.fields, &Field::store, store, &Field::exchange, exchange, true);
+  Convert(layout.fields, &Field::store, store, &Field::exchange, exchange, Carried::kExportOnly);
   for (const ItemRun& run : layout.items) {
-    std::uint8_t& count = exchange[run.count_offset];
-    count = static_cast<std::uint8_t>(std::min<std::uint32_t>(count, run.slots));
+    StoreSlot(run.count, exchange, std::min<std::uint32_t>(ItemCount(run, exchange), run.slots));
   }
 }
 
 void ToStore(const RecordLayout& layout, const std::uint8_t* exchange, std::uint8_t* store) {
   std::fill_n(store, layout.store_size, std::uint8_t{0});
-  Convert(layout.fields, &Field::exchange, exchange, &Field::store, store, false);
+  Convert(layout.fields, &Field::exchange, exchange, &Field::store, store, Carried::kRecoverOnly);
 }
 
 }  // namespace qv::layout

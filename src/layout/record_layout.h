@@ -63,11 +63,19 @@ constexpr Slot Unused(std::uint16_t offset, std::uint16_t size) {
   return {Form::kUnused, 0, 0, offset, size};
 }
 
+/// Which way a row is carried.
+enum class Carried : std::uint8_t {
+  kBothWays,
+  kExportOnly,   ///< The exchange side repeats what another row carries, so a recover does not read it.
+  kRecoverOnly,  ///< An export leaves the exchange side zero.
+  kByModule,     ///< By a function of the module, beside its table: the value follows from other fields.
+};
+
 struct Field {
   const char* name;  ///< Column and key name: lower case, words joined by "_"; "" for unused room.
   Slot store;
   Slot exchange;
-  bool export_only = false;     ///< The exchange side repeats what another row carries, so recover does not read it.
+  Carried carried = Carried::kBothWays;
   bool ends_when_zero = false;  ///< When the value is zero the rows after this one are not carried: they stay zero.
 };
 
@@ -75,10 +83,17 @@ constexpr Field Both(const char* name, Slot store, Slot exchange) {
   return {name, store, exchange};
 }
 constexpr Field ExportOnly(const char* name, Slot store, Slot exchange) {
-  return {name, store, exchange, true};
+  return {name, store, exchange, Carried::kExportOnly};
+}
+constexpr Field RecoverOnly(const char* name, Slot store, Slot exchange) {
+  return {name, store, exchange, Carried::kRecoverOnly};
+}
+/// Either side may be missing: {}.
+constexpr Field ByModule(const char* name, Slot store, Slot exchange) {
+  return {name, store, exchange, Carried::kByModule};
 }
 constexpr Field EndsWhenZero(const char* name, Slot store, Slot exchange) {
-  return {name, store, exchange, false, true};
+  return {name, store, exchange, Carried::kBothWays, true};
 }
 constexpr Field StoreUnused(std::uint16_t offset, std::uint16_t size) {
   return {"", Unused(offset, size), {}};
@@ -89,6 +104,9 @@ constexpr Field StoreUnusedBits(std::uint16_t offset, std::uint16_t size, std::u
 constexpr Field ExchangeUnused(std::uint16_t offset, std::uint16_t size) {
   return {"", {}, Unused(offset, size)};
 }
+constexpr Field ExchangeUnusedBits(std::uint16_t offset, std::uint16_t size, std::uint8_t high, std::uint8_t low) {
+  return {"", {}, UnusedBits(offset, size, high, low)};
+}
 /// A field of a form that has no store side: a change record, an id map entry.
 constexpr Field FileOnly(const char* name, Slot exchange) {
   return {name, {}, exchange};
@@ -97,9 +115,9 @@ constexpr Field FileOnly(const char* name, Slot exchange) {
 /// Items of one size that follow the fixed part in an exchange file and lie in slots of the store record.
 struct ItemRun {
   const char* name;
-  std::uint16_t count_offset;  ///< Where the fixed part holds their count, one byte.
+  Slot count;                  ///< Where the fixed part holds their count: a number.
+  Slot item;                   ///< The one field of an item, at its offset 0, the same on both sides.
   std::uint16_t store_offset;  ///< Where the store record's slots begin.
-  std::uint16_t item_size;     ///< Bytes, the same on both sides.
   std::uint16_t slots;         ///< How many the store record holds.
 };
 
@@ -132,8 +150,8 @@ void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint
 /// Fills the store record from the fixed part, with empty item slots.
 void ToStore(const RecordLayout& layout, const std::uint8_t* exchange, std::uint8_t* store);
 
-constexpr std::uint32_t ItemCount(const ItemRun& run, const std::uint8_t* exchange) {
-  return exchange[run.count_offset];
+inline std::uint32_t ItemCount(const ItemRun& run, const std::uint8_t* exchange) {
+  return LoadSlot(run.count, exchange);
 }
 
 namespace internal {
@@ -177,11 +195,11 @@ consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> ite
   std::array<std::uint8_t, store_size> store{};
   std::array<std::uint8_t, exchange_size> exchange{};
   for (const Field& field : fields) {
-    if (!field.export_only && !internal::Claim(field.store, store)) return false;
+    if (field.carried != Carried::kExportOnly && !internal::Claim(field.store, store)) return false;
     if (!internal::Claim(field.exchange, exchange) || !internal::FitsAsItStands(field)) return false;
   }
   for (const ItemRun& run : items) {
-    const auto size = static_cast<std::uint16_t>(run.item_size * run.slots);
+    const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);
     if (!internal::Claim(Bytes(run.store_offset, size), store)) return false;
   }
   return internal::IsFull(store) && internal::IsFull(exchange);

@@ -87,6 +87,10 @@ BOOL GetDiskFreeSpaceExW(const char16_t* directory, ULARGE_INTEGER* free_to_call
 // --- Time ---
 
 void GetLocalTime(SYSTEMTIME* now) COREDLL("GetLocalTime");
+/// 0 for a time that does not exist; `file_time` is then left alone. The day of the week is not looked at.
+BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* file_time) COREDLL("SystemTimeToFileTime");
+/// Milliseconds since some moment; wraps around.
+DWORD GetTickCount() COREDLL("GetTickCount");
 
 // --- Libraries ---
 

@@ -3,6 +3,7 @@
 #define QV_PLATFORM_FILE_H
 
 #include <cstddef>
+#include <utility>
 
 #include "platform/coredll.h"
 
@@ -21,11 +22,16 @@ class File {
     return File(path, coredll::GENERIC_READ, sharing, coredll::OPEN_EXISTING);
   }
 
+  /// No file.
+  File() : handle_(coredll::INVALID_HANDLE_VALUE) {}
   ~File() {
     if (IsOpen()) coredll::CloseHandle(handle_);
   }
   File(const File&) = delete;
-  File& operator=(const File&) = delete;
+  File& operator=(File&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+  }
 
   bool IsOpen() const { return handle_ != coredll::INVALID_HANDLE_VALUE; }
 

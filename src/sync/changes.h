@@ -2,6 +2,7 @@
 #ifndef QV_SYNC_CHANGES_H
 #define QV_SYNC_CHANGES_H
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 
@@ -17,8 +18,13 @@ namespace qv {
 /// 100,000 records neither list needs room of its own.
 class SyncInfoList {
  public:
-  /// Room for `count` entries. False without memory, and for a count that no handset holds.
-  [[nodiscard]] bool Resize(std::uint32_t count) { return entries_.Resize(count); }
+  /// Room for `count` entries, which are zero: a store may claim more than it fills. False without memory, and for a
+  /// count that no handset holds.
+  [[nodiscard]] bool Resize(std::uint32_t count) {
+    if (!entries_.Resize(count)) return false;
+    std::fill(entries_.begin(), entries_.end(), SyncInfoEntry{});
+    return true;
+  }
   /// A store may list fewer records than it counted.
   void Shrink(std::uint32_t count) { (void)entries_.Resize(count < entries_.size() ? count : entries_.size()); }
 
@@ -28,6 +34,9 @@ class SyncInfoList {
 
   /// Queues the id of entry `position`, which must not be looked at again; positions are given in ascending order.
   void QueueId(std::size_t position) { Words()[queued_++] = entries_[position].id; }
+  void QueueAll() {
+    for (std::size_t i = 0; i < entries_.size(); ++i) QueueId(i);
+  }
   std::span<const std::uint32_t> QueuedIds() { return {Words(), queued_}; }
 
  private:

@@ -3,6 +3,7 @@
 #define QV_SYNC_MODULE_NAMES_H
 
 #include <cstdint>
+#include <span>
 
 #include "layout/record_layout.h"
 
@@ -13,9 +14,9 @@ inline constexpr std::uint32_t kMainTable = 0;
 inline constexpr std::uint32_t kGroupTable = 1;
 
 struct TableNames {
-  const char16_t* exchange_file;  ///< In the exchange directory.
-  const char16_t* snapshot_log;   ///< Full path.
-  const layout::RecordLayout* layout;
+  const char16_t* exchange_file;           ///< In the exchange directory.
+  const char16_t* snapshot_log = nullptr;  ///< Full path; null for a table whose changes are not followed.
+  const layout::RecordLayout* layout = nullptr;
   /// Bytes from one record to the next where an incremental recover reads the table; 0: back to back, as everywhere
   /// else.
   std::uint32_t incremental_stride = 0;
@@ -26,7 +27,9 @@ struct ModuleNames {
   const char16_t* anchor_key;
   const char16_t* change_list;  ///< In the exchange directory.
   const char16_t* id_map;       ///< In the exchange directory.
-  TableNames tables[2];         ///< By table number.
+  /// By table number, in the order in which an export creates them and a recover deletes them. Those with a snapshot
+  /// log come first.
+  std::span<const TableNames> tables;
 };
 
 }  // namespace qv

@@ -2,48 +2,45 @@
 #include "sync/procedure.h"
 
 namespace qv {
-namespace {
 
-/// Lists the table. EmptyResult, kNoMemory, kSyncInfoFailed.
+Result ExportFiles::Create(const ExchangeDirectory& directory, const ModuleNames& names, SyncMode mode) {
+  for (const TableNames& table : names.tables) {
+    if (!File::CreateAlways(directory / table.exchange_file).IsOpen()) return Result::kFileFailed;
+  }
+  if (mode != SyncMode::kIncremental) return Result::kOk;
+  change_list_ = File::CreateAlways(directory / names.change_list);
+  return change_list_.IsOpen() ? Result::kOk : Result::kFileFailed;
+}
+
 Result ListRecords(StoreTable& table, SyncInfoList& info) {
-  std::uint32_t count = table.Count();
+  std::uint32_t count = 0;
+  if (const Result counted = table.Count(&count); counted != Result::kOk) return counted;
   if (count == 0) return table.EmptyResult();
   if (!info.Resize(count)) return Result::kNoMemory;
-  if (!table.GetSyncInfo(&count, info.data())) return Result::kSyncInfoFailed;
+  const Result listed = table.GetSyncInfo(&count, info.data());
   info.Shrink(count);
-  return Result::kOk;
+  return listed;
 }
 
-}  // namespace
-
-Result CreateEmpty(const char16_t* path) {
-  return File::CreateAlways(path).IsOpen() ? Result::kOk : Result::kFileFailed;
-}
-
-Result ExportTable(StoreTable& table, const ExchangeDirectory& directory) {
-  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
-  File exchange_table = File::CreateAlways(directory / table.names().exchange_file);
-  if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  SyncInfoList info;
-  if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
-  for (std::size_t i = 0; i < info.size(); ++i) info.QueueId(i);
-  return table.ExportRecords(info.QueuedIds(), exchange_table);
-}
-
-Result ComputeChanges(StoreTable& table, const ExchangeDirectory& directory, File& change_list) {
-  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
-  File exchange_table = File::CreateAlways(directory / table.names().exchange_file);
-  if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  SyncInfoList info;
-  if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
-  {
-    Snapshot snapshot;
-    const Result loaded = snapshot.Load(table.names().snapshot_log);
-    if (IsFailure(loaded)) return loaded | StepFlag::kSnapshotRead;
-    EntryWriter<ChangeRecord> changes(change_list);
-    const Result compared = CompareWithSnapshot(table.number(), info, snapshot, changes);
-    if (IsFailure(compared)) return compared;
+Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info) {
+  if (change_list == nullptr) {
+    info.QueueAll();
+    return Result::kOk;
   }
+  Snapshot snapshot;
+  const Result loaded = snapshot.Load(table.names().snapshot_log);
+  if (IsFailure(loaded)) return loaded | StepFlag::kSnapshotRead;
+  EntryWriter<ChangeRecord> changes(*change_list);
+  return CompareWithSnapshot(table.number(), info, snapshot, changes);
+}
+
+Result ExportTable(ExportedTable& table, const ExchangeDirectory& directory, File* change_list) {
+  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
+  File exchange_table = File::CreateAlways(directory / table.names().exchange_file);
+  if (!exchange_table.IsOpen()) return Result::kFileFailed;
+  SyncInfoList info;
+  if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
+  if (const Result queued = QueueRecords(table, change_list, info); IsFailure(queued)) return queued;
   return info.QueuedIds().empty() ? Result::kOk : table.ExportRecords(info.QueuedIds(), exchange_table);
 }
 
@@ -61,20 +58,11 @@ Result WriteSnapshot(StoreTable& table) {
 }
 
 Result ReadChangeList(const char16_t* path, ChangeList& changes, Deletions& deletions) {
-  using Reader = EntryReader<ChangeRecord>;
-  File file = File::OpenExisting(path);
-  if (!file.IsOpen()) return Result::kFileFailed;
-  Reader reader(file);
-  ChangeRecord record;
-  Reader::Outcome outcome;
-  while ((outcome = reader.Next(record)) == Reader::Outcome::kEntry) {
-    if (record.operation != Operation::kDeleted) {
-      if (!changes.Append(record)) return Result::kNoMemory;
-    } else if (record.table < std::size(deletions) && !deletions[record.table].Append(record.id)) {
-      return Result::kNoMemory;
-    }
-  }
-  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
+  return ForEachChange(path, [&](const ChangeRecord& change) {
+    if (change.operation != Operation::kDeleted) return changes.Append(change) ? Result::kOk : Result::kNoMemory;
+    if (change.table >= std::size(deletions)) return Result::kOk;
+    return deletions[change.table].Append(change.id) ? Result::kOk : Result::kNoMemory;
+  });
 }
 
 Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request,
@@ -87,13 +75,22 @@ Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record
   return Result::kOk;
 }
 
+Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count) {
+  count = 0;
+  std::size_t got = 0;
+  if (!exchange_table.Read(records.data(), records.size(), got)) return Result::kFileUnreadable;
+  std::fill(records.begin() + got, records.end(), std::uint8_t{0});
+  count = (got + record_size - 1) / record_size;
+  return Result::kOk;
+}
+
 Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                  std::uint8_t* store) {
   for (const layout::ItemRun& run : layout.items) {
     if (ItemCount(run, exchange) > run.slots) return Result::kFileUnreadable;
   }
   for (const layout::ItemRun& run : layout.items) {
-    const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item_size};
+    const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item.size};
     std::size_t got = 0;
     if (!exchange_table.Read(store + run.store_offset, size, got) || got < size) return Result::kFileUnreadable;
   }
@@ -103,20 +100,20 @@ Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const
 Result WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                   const std::uint8_t* store) {
   for (const layout::ItemRun& run : layout.items) {
-    const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item_size};
+    const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item.size};
     if (!exchange_table.Write(store + run.store_offset, size)) return Result::kFileFailed;
   }
   return Result::kOk;
 }
 
-void WriteIdMap(const char16_t* path, const IdMap& map) {
+Result WriteIdMap(const char16_t* path, const IdMap& map) {
   File file = File::CreateAlways(path);
-  if (!file.IsOpen()) return;
+  if (!file.IsOpen()) return Result::kFileFailed;
   EntryWriter<IdMapEntry> writer(file);
   for (const IdMapEntry& entry : map) {
-    if (!writer.Append(entry)) return;
+    if (!writer.Append(entry)) return Result::kFileFailed;
   }
-  (void)writer.Flush();
+  return writer.Flush() ? Result::kOk : Result::kFileFailed;
 }
 
 }  // namespace qv

@@ -10,14 +10,16 @@
 #include "platform/file.h"
 #include "platform/library.h"
 #include "sync/changes.h"
+#include "sync/entry_file.h"
 #include "sync/exchange_directory.h"
 #include "sync/file_forms.h"
 #include "sync/module_names.h"
 #include "sync/result.h"
+#include "sync/sync_mode.h"
 
 namespace qv {
 
-/// One table of a module's store, as the export steps see it.
+/// One table of a module's store, as the steps that list it see it.
 class StoreTable {
  public:
   enum class Use : std::uint8_t { kList, kListAndRead };
@@ -32,11 +34,11 @@ class StoreTable {
   /// Looks up the entry points that the step about to begin needs: those that count and list records, and for an export
   /// the one that reads them. False when one is missing.
   [[nodiscard]] virtual bool LookUp(Use use) = 0;
-  virtual std::uint32_t Count() = 0;
-  /// Fills `entries`, which has room for *count, and sets *count to the records there are. False when the store fails.
-  [[nodiscard]] virtual bool GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) = 0;
-  /// Reads the records of these ids and appends them to the exchange table.
-  virtual Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) = 0;
+  /// Sets *count to the records that the list must have room for, 0 for an empty table. kCountFailed.
+  virtual Result Count(std::uint32_t* count) = 0;
+  /// Fills `entries`, which has room for *count, and sets *count to the records there are. kSyncInfoFailed; EmptyResult
+  /// from a store for which a list of none is an empty table.
+  virtual Result GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) = 0;
 
  protected:
   ~StoreTable() = default;
@@ -46,16 +48,53 @@ class StoreTable {
   const TableNames& names_;
 };
 
-/// Creates a file empty, so that a run that fails later leaves no table of an earlier one. kFileFailed.
-Result CreateEmpty(const char16_t* path);
+/// What an export begins with: the module's tables, created empty so that a run that fails later leaves none of an
+/// earlier one, and in an incremental run its change list.
+class ExportFiles {
+ public:
+  /// kFileFailed.
+  Result Create(const ExchangeDirectory& directory, const ModuleNames& names, SyncMode mode);
+  /// Null in a run that is not incremental.
+  File* ChangeList() { return change_list_.IsOpen() ? &change_list_ : nullptr; }
 
-/// Writes all records of a table. EmptyResult for an empty table; kEntryPointMissing, kFileFailed, kNoMemory,
-/// kSyncInfoFailed, or what ExportRecords answers.
-Result ExportTable(StoreTable& table, const ExchangeDirectory& directory);
+ private:
+  File change_list_;
+};
 
-/// Appends the table's changes to the change list and writes the new and modified records. As ExportTable; a snapshot
-/// that cannot be loaded is flagged StepFlag::kSnapshotRead.
-Result ComputeChanges(StoreTable& table, const ExchangeDirectory& directory, File& change_list);
+/// A table whose records the common export step can write.
+class ExportedTable : public StoreTable {
+ public:
+  using StoreTable::StoreTable;
+
+  /// Reads the records of these ids and appends them to the exchange table.
+  virtual Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) = 0;
+
+ protected:
+  ~ExportedTable() = default;
+};
+
+/// Lists a table that was looked up. EmptyResult, kCountFailed, kNoMemory, kSyncInfoFailed.
+Result ListRecords(StoreTable& table, SyncInfoList& info);
+
+/// Queues the ids to export: all of them without a change list; otherwise those of the records that are new or changed
+/// since the table's snapshot, and appends the changes to the list. kFileFailed when it cannot be written, kNoMemory; a
+/// snapshot that cannot be loaded is flagged StepFlag::kSnapshotRead.
+Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info);
+
+/// Writes a table's records: all, or with a change list those that changed. As ListRecords and QueueRecords;
+/// kEntryPointMissing, kFileFailed, or what ExportRecords answers.
+Result ExportTable(ExportedTable& table, const ExchangeDirectory& directory, File* change_list);
+
+/// Takes ids in runs of at most `batch`, in their order. `step` is called with each run; the first failure ends it.
+template <typename Step>
+Result ForEachBatch(std::span<const std::uint32_t> ids, std::size_t batch, Step step) {
+  while (!ids.empty()) {
+    const std::size_t count = std::min(ids.size(), batch);
+    if (const Result done = step(std::span(ids.data(), count)); IsFailure(done)) return done;
+    ids = {ids.data() + count, ids.size() - count};
+  }
+  return Result::kOk;
+}
 
 /// Reads records from a store in batches of at most `batch` ids, in the order of `ids`, into a buffer with room for
 /// `room` of them, and hands each to `write` with its id. `read` (count, ids, records) is true when the store answered.
@@ -66,20 +105,34 @@ Result ForEachRecord(std::span<const std::uint32_t> ids, std::uint32_t batch, st
   List<std::uint8_t> records;
   if (!records.Resize(std::size_t{room} * record_size)) return Result::kNoMemory;
   std::fill(records.begin(), records.end(), std::uint8_t{0});
-  while (!ids.empty()) {
-    const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(ids.size(), batch));
-    if (!read(count, ids.data(), records.data())) return Result::kReadFailed;
-    for (std::uint32_t i = 0; i < count; ++i) {
-      if (const Result written = write(ids[i], records.data() + i * record_size); IsFailure(written)) return written;
+  return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
+    if (!read(static_cast<std::uint32_t>(run.size()), run.data(), records.data())) return Result::kReadFailed;
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      if (const Result written = write(run[i], records.data() + i * record_size); IsFailure(written)) return written;
     }
-    ids = {ids.data() + count, ids.size() - count};
-  }
-  return Result::kOk;
+    return Result::kOk;
+  });
 }
 
 /// Rewrites the table's snapshot log from the store. EmptyResult, and an empty log, for an empty table;
-/// kEntryPointMissing, kFileFailed, kNoMemory, kSyncInfoFailed.
+/// kEntryPointMissing, kFileFailed, or as ListRecords.
 Result WriteSnapshot(StoreTable& table);
+
+/// Hands each entry of a change list to `take`, until one fails. kFileFailed when there is no list, kFileUnreadable, or
+/// what `take` answers.
+template <typename Take>
+Result ForEachChange(const char16_t* path, Take take) {
+  using Reader = EntryReader<ChangeRecord>;
+  File file = File::OpenExisting(path);
+  if (!file.IsOpen()) return Result::kFileFailed;
+  Reader reader(file);
+  ChangeRecord change;
+  Reader::Outcome outcome;
+  while ((outcome = reader.Next(change)) == Reader::Outcome::kEntry) {
+    if (const Result taken = take(change); IsFailure(taken)) return taken;
+  }
+  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
+}
 
 /// Record ids to delete, by table.
 using Deletions = List<std::uint32_t>[2];
@@ -100,6 +153,10 @@ inline Operation WantedOperation(ApplyForm form, const ChangeList& changes, std:
 /// the end of the file cuts off reads as zero. `more` is false at the end, and after a failure: kFileUnreadable.
 Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request, bool& more);
 
+/// Reads the next records of a table whose records are all fixed parts: as many as `records` has room for, which
+/// receives them; what the end of the file cuts off reads as zero. `count` is 0 at the end. kFileUnreadable.
+Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count);
+
 /// Reads the items that follow a fixed part into the slots of its store record. kFileUnreadable also when the counts
 /// exceed the slots or the file ends before the last item: nothing of such a record may be applied.
 Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
@@ -109,8 +166,8 @@ Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const
 Result WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                   const std::uint8_t* store);
 
-/// Writes the id map file. A file that cannot be written is not reported: the desktop then asks for a full export.
-void WriteIdMap(const char16_t* path, const IdMap& map);
+/// Writes the id map file. kFileFailed.
+Result WriteIdMap(const char16_t* path, const IdMap& map);
 
 }  // namespace qv
 

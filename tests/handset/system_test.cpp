@@ -46,6 +46,46 @@ TEST_F(SystemTest, TheClockRunsWithTheHosts) {
   EXPECT_LE(now.wMilliseconds, 999);
 }
 
+std::uint64_t FileTimeOf(const coredll::SYSTEMTIME& time) {
+  coredll::FILETIME file_time = {};
+  EXPECT_TRUE(coredll::SystemTimeToFileTime(&time, &file_time));
+  return std::uint64_t{file_time.dwHighDateTime} << 32 | file_time.dwLowDateTime;
+}
+
+TEST_F(SystemTest, AFileTimeCounts100NanosecondsSince1601) {
+  EXPECT_EQ(FileTimeOf({1601, 1, 0, 1, 0, 0, 0, 0}), 0u);
+  EXPECT_EQ(FileTimeOf({1601, 1, 0, 2, 1, 1, 1, 1}), 900'610'010'000u);
+  EXPECT_EQ(FileTimeOf({1970, 1, 0, 1, 0, 0, 0, 0}), 116'444'736'000'000'000u);
+  EXPECT_EQ(FileTimeOf({2008, 2, 6, 29, 23, 59, 59, 999}), 128'488'031'999'990'000u)
+      << "the day of the week is ignored";
+}
+
+TEST_F(SystemTest, ATimeThatThereIsNotHasNoFileTime) {
+  const coredll::SYSTEMTIME impossible[] = {
+      {},
+      {1600, 12, 0, 31, 0, 0, 0, 0},
+      {30828, 1, 0, 1, 0, 0, 0, 0},
+      {2007, 2, 0, 29, 0, 0, 0, 0},
+      {2008, 13, 0, 1, 0, 0, 0, 0},
+      {2008, 1, 0, 0, 0, 0, 0, 0},
+      {2008, 1, 0, 1, 24, 0, 0, 0},
+      {2008, 1, 0, 1, 0, 60, 0, 0},
+      {2008, 1, 0, 1, 0, 0, 60, 0},
+      {2008, 1, 0, 1, 0, 0, 0, 1000},
+  };
+  for (const coredll::SYSTEMTIME& time : impossible) {
+    coredll::FILETIME file_time = {7, 8};
+    EXPECT_FALSE(coredll::SystemTimeToFileTime(&time, &file_time));
+    EXPECT_EQ(file_time.dwLowDateTime, 7u);
+    EXPECT_EQ(file_time.dwHighDateTime, 8u);
+  }
+}
+
+TEST_F(SystemTest, TheTickCountDoesNotGoBack) {
+  const std::uint32_t before = coredll::GetTickCount();
+  EXPECT_LT(coredll::GetTickCount() - before, 1000000u);
+}
+
 TEST_F(SystemTest, AWindowIsFoundByItsTitle) {
   EXPECT_EQ(coredll::FindWindowW(nullptr, u"Phone"), nullptr);
   const auto window = OpenWindow(u"Phone");

@@ -71,15 +71,24 @@ class DeskTest : public testing::Test {
     return outcome.out;
   }
 
-  void CreatePhone(const std::string& records = "12") const {
-    Done({"create", Phone().string(), "--records", records, "--groups", "2"});
+  void CreatePhone(const std::string& records = "12", const std::string& contacts = "0") const {
+    Done({"create", Phone().string(), "--records", records, "--groups", "2", "--contacts", contacts});
   }
   Outcome Export(const std::vector<std::string>& more = {}) const { return Transfer("export", more); }
   Outcome Recover(const std::vector<std::string>& more = {}) const { return Transfer("recover", more); }
 
+  /// As the phone's owner edits data, here in the sqlite3 shell.
+  void Edit(const std::string& sql) const {
+    const std::string database = (Phone() / "Windows" / "handset.db").string();
+    ASSERT_EQ(std::system((QV_SQLITE_SHELL " " + database + " \"" + sql + "\"").c_str()), 0);
+  }
+
+  /// What Export and Recover are about.
+  const char* module_ = "schedule";
+
  private:
   Outcome Transfer(const char* direction, const std::vector<std::string>& more) const {
-    std::vector<std::string> arguments = {direction, "schedule", "--handset", Phone().string()};
+    std::vector<std::string> arguments = {direction, module_, "--handset", Phone().string()};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return Run(arguments);
   }

@@ -1,4 +1,6 @@
 // Creating a handset and asking it questions.
+#include <map>
+
 #include "tests/qvdesk/desk.h"
 
 namespace {
@@ -15,15 +17,21 @@ class Handset : public desk::DeskTest {
 };
 
 TEST_F(Handset, SameSeedMakesTheSameTablesAndAnotherSeedOthers) {
-  std::vector<std::string> tables;
+  std::map<std::string, std::vector<std::string>> tables;
   for (const char* const seed : {"5", "5", "6"}) {
     desk::fs::remove_all(Phone());
-    Done({"create", Phone().string(), "--records", "20", "--seed", seed});
-    EXPECT_EQ(Export().status, 0);
-    tables.push_back(desk::Contents(Sync("schedule.tbl")));
+    Done({"create", Phone().string(), "--records", "20", "--contacts", "20", "--seed", seed});
+    for (const char* const module : {"schedule", "contacts"}) {
+      EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
+    }
+    for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl"}) {
+      tables[table].push_back(desk::Contents(Sync(table)));
+    }
   }
-  EXPECT_TRUE(tables[0] == tables[1]);
-  EXPECT_FALSE(tables[0] == tables[2]);
+  for (const auto& [table, contents] : tables) {
+    EXPECT_TRUE(contents[0] == contents[1]) << table;
+    EXPECT_FALSE(contents[0] == contents[2]) << table;
+  }
 }
 
 TEST_F(Handset, DirectoryThatIsNotEmptyIsRefusedAndLeftAlone) {
@@ -41,9 +49,13 @@ TEST_F(Handset, FileInItsPlaceIsRefused) {
 }
 
 TEST_F(Handset, EmptyHandsetAndOneWithoutGroupsCanBeExported) {
-  Done({"create", Phone().string(), "--records", "0", "--groups", "0"});
-  EXPECT_EQ(Export().status, 0);
-  EXPECT_EQ(desk::fs::file_size(Sync("schedule.tbl")), 0u);
+  Done({"create", Phone().string(), "--records", "0", "--groups", "0", "--contacts", "0"});
+  for (const char* const module : {"schedule", "contacts"}) {
+    EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
+  }
+  for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl"}) {
+    EXPECT_EQ(desk::fs::file_size(Sync(table)), 0u) << table;
+  }
 }
 
 TEST_F(Handset, AnswersItsQuestions) {

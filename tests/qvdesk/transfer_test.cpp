@@ -86,7 +86,7 @@ TEST_F(Transfer, FailedExportExitsWithOneExplainsItselfAndKeepsNoAnchor) {
 }
 
 TEST_F(Transfer, ModuleOutsideTheBuildAnswersThatItsStoreIsNotLoaded) {
-  const desk::Outcome outcome = Run({"export", "contacts", "--handset", Phone().string()});
+  const desk::Outcome outcome = Run({"export", "sms", "--handset", Phone().string()});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.out, HasSubstr("the store library could not be loaded"));
 }
@@ -216,11 +216,6 @@ class EachBuild : public Transfer, public testing::WithParamInterface<const char
  protected:
   desk::Outcome ExportBy(const std::string& mode) const { return Export(Arguments(mode)); }
   desk::Outcome RecoverBy(const std::string& mode) const { return Recover(Arguments(mode)); }
-
-  void Edit(const std::string& sql) const {
-    const std::string database = (Phone() / "Windows" / "handset.db").string();
-    ASSERT_EQ(std::system((QV_SQLITE_SHELL " " + database + " \"" + sql + "\"").c_str()), 0);
-  }
 
  private:
   static std::vector<std::string> Arguments(const std::string& mode) {

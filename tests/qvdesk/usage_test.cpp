@@ -11,15 +11,15 @@ class Usage : public desk::DeskTest {};
 TEST_F(Usage, HelpNamesEveryCommandAndFirstSteps) {
   const desk::Outcome help = Run({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* const command :
-       {"create", "export", "recover", "ask", "show", "encode", "explain", "modules", "describe", "First steps"}) {
+  for (const char* const command : {"create", "export", "recover", "ask", "show", "encode", "explain", "modules",
+                                    "describe", "picture", "First steps"}) {
     EXPECT_THAT(help.out, HasSubstr(command));
   }
 }
 
 TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
   for (const char* const command :
-       {"create", "export", "recover", "ask", "show", "encode", "explain", "modules", "describe"}) {
+       {"create", "export", "recover", "ask", "show", "encode", "explain", "modules", "describe", "picture"}) {
     const desk::Outcome help = Run({command, "--help"});
     EXPECT_EQ(help.status, 0) << command;
     EXPECT_THAT(help.out, HasSubstr("Example")) << command;
@@ -40,8 +40,10 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
       {{"recover", "schedule", "--handset", "x", "--mode", "3", "--anchor", "1"}, "read by incremental exports only"},
       {{"show", "schedule.tbl", "--all-fields", "--format", "json"}, "excludes"},
       {{"show", "unknown.bin"}, "no file that handset and desktop exchange has this name. Say what it is with --as"},
-      {{"show", "unknown.bin", "--as", "nothing"}, "The forms are: schedule.tbl"},
+      {{"show", "unknown.bin", "--as", "nothing"}, "The forms are: linkman.tbl"},
       {{"describe", "everything"}, "formats"},
+      {{"picture", "image.tbl", "3"}, "ID requires OUT"},
+      {{"picture", "image.tbl", "anna", "anna.bmp"}, "Could not convert: ID = anna"},
   };
   for (const auto& [arguments, message] : mistakes) {
     const desk::Outcome outcome = Run(arguments);
@@ -53,8 +55,8 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
 
 TEST_F(Usage, ModulesListsAllSixteenAndWhatTheBuiltOnesNeed) {
   const std::string modules = Done({"modules"});
-  for (const char* const text : {"contacts", "contacts, groups, pictures", "clock-settings", "SchedStore.dll",
-                                 "SCHEDULE", "schedcmd.tbl", "schegroup.log"}) {
+  for (const char* const text : {"contacts", "contacts, groups, pictures", "clock-settings", "ContactStore.dll",
+                                 "lkmcmd.tbl", "SchedStore.dll", "SCHEDULE", "schedcmd.tbl", "schegroup.log"}) {
     EXPECT_THAT(modules, HasSubstr(text));
   }
   EXPECT_EQ(std::count(modules.begin(), modules.end(), '\n'), 16 + 2);

@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 
+#include "host/stores/contact_database.h"
 #include "layout/bytes.h"
 #include "modules/calendar/schedule_layout.h"
 #include "tests/stores/store_test.h"
@@ -14,36 +15,62 @@
 
 namespace {
 
-/// Records by id, of each table.
-using Contents = std::array<std::map<std::uint32_t, Record>, std::size(stores::kScheduleKinds)>;
+struct Contents {
+  /// By table and id. Where a record tells its time it is zero: that depends on the hour.
+  std::map<std::string, std::map<std::uint32_t, Record>> records;
+  /// By contact.
+  std::map<std::uint32_t, std::vector<std::uint32_t>> groups;
+
+  bool operator==(const Contents&) const = default;
+};
+
+void ClearTime(const stores::KindDescription& kind, Record& record) {
+  std::fill_n(record.begin() + kind.time.offset, kind.time.size, std::uint8_t{0});
+}
 
 Contents ReadContents() {
   stores::Database database;
   EXPECT_TRUE(database.IsIntact());
   Contents contents;
-  for (std::size_t table = 0; table < contents.size(); ++table) {
-    const stores::RecordStore store(database, stores::kScheduleKinds[table]);
-    for (const std::uint32_t id : IdsOf(store)) contents[table][id] = ReadOne(store, id);
+  for (const auto& kinds : {std::span(stores::kScheduleKinds), std::span(stores::kContactKinds)}) {
+    for (const stores::KindDescription& kind : kinds) {
+      const stores::RecordStore store(database, kind);
+      auto& records = contents.records[kind.table];
+      for (const std::uint32_t id : IdsOf(store)) ClearTime(kind, records[id] = ReadOne(store, id));
+    }
   }
+  stores::ContactDatabase contacts(database);
+  for (const std::uint32_t id : IdsOf(contacts.Table(stores::kContacts))) contents.groups[id] = contacts.GroupsOf(id);
   return contents;
+}
+
+void Fill(stores::RecordStore& store, std::uint32_t count, std::mt19937& random) {
+  for (std::uint32_t i = 0; i < count; ++i) store.Insert(SmallRecord(store.Kind().layout, random).data());
 }
 
 void FillDatabase() {
   std::mt19937 random(2);
   stores::Database database;
   stores::Transaction transaction(database);
-  for (const auto& [table, count] :
-       {std::pair{stores::kScheduleEntries, kEntriesBefore}, std::pair{stores::kScheduleGroups, kGroupsBefore}}) {
-    stores::RecordStore store(database, stores::kScheduleKinds[table]);
-    for (std::uint32_t i = 0; i < count; ++i) store.Insert(SmallRecord(store.Kind().layout, random).data());
-  }
+  stores::RecordStore entries(database, stores::kScheduleKinds[stores::kScheduleEntries]);
+  stores::RecordStore groups(database, stores::kScheduleKinds[stores::kScheduleGroups]);
+  Fill(entries, kEntriesBefore, random);
+  Fill(groups, kGroupsBefore, random);
+  stores::ContactDatabase contacts(database);
+  Fill(contacts.Table(stores::kContacts), kContactsBefore, random);
+  Fill(contacts.Table(stores::kContactGroups), kContactGroupsBefore, random);
+  const std::uint32_t first_group = 1;
+  for (std::uint32_t id = 1; id <= kContactsBefore; ++id) contacts.AddToGroups(id, {&first_group, 1});
   transaction.Commit();
 }
 
 /// What the whole call makes of `contents`.
-Contents After(std::string_view call, Contents contents) {
-  auto& entries = contents[stores::kScheduleEntries];
-  if (call == "delete_all") return {};
+Contents AfterScheduleCall(std::string_view call, Contents contents) {
+  auto& entries = contents.records[stores::kScheduleKinds[stores::kScheduleEntries].table];
+  if (call == "delete_all") {
+    for (const stores::KindDescription& kind : stores::kScheduleKinds) contents.records[kind.table].clear();
+    return contents;
+  }
   if (call == "delete") {
     for (const std::uint32_t id : DeletedIds()) entries.erase(id);
     return contents;
@@ -57,9 +84,26 @@ Contents After(std::string_view call, Contents contents) {
   return contents;
 }
 
+Contents AfterContactCall(std::string_view call, Contents contents) {
+  if (call == "modify_groups") {
+    for (auto& [id, groups] : contents.groups) groups.assign(kOtherGroups.begin(), kOtherGroups.end());
+    return contents;
+  }
+  const stores::KindDescription& kind = stores::kContactKinds[stores::kContacts];
+  std::uint32_t id = kContactsBefore;
+  for (Record& contact : AddedContacts()) {
+    PutId(kind.layout, ++id, contact);
+    ClearTime(kind, contact);
+    contents.records[kind.table][id] = contact;
+    contents.groups[id] = {};
+  }
+  return contents;
+}
+
 /// True when it was killed, false when it came through; anything else fails the test.
 bool IsKilled(const std::filesystem::path& root, std::string call, unsigned n, std::string when) {
-  std::string program = QV_STORE_CALL_VICTIM, library = QV_SCHED_STORE, number = std::to_string(n);
+  std::string program = QV_STORE_CALL_VICTIM, number = std::to_string(n);
+  std::string library = IsContactCall(call) ? QV_CONTACT_STORE : QV_SCHED_STORE;
   std::string root_name = root.string();
   char* const arguments[] = {program.data(), root_name.data(), library.data(), call.data(),
                              number.data(),  when.data(),      nullptr};
@@ -86,7 +130,7 @@ TEST_P(KillTest, LeavesTheWholeCallOrNothing) {
   const std::filesystem::path filled = handset_.Root() / "filled.db";
   std::filesystem::copy_file(file, filled);
   const Contents before = ReadContents();
-  const Contents after = After(call, before);
+  const Contents after = IsContactCall(call) ? AfterContactCall(call, before) : AfterScheduleCall(call, before);
 
   unsigned without = 0, with = 0;
   bool killed = true;

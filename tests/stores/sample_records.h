@@ -29,7 +29,7 @@ inline Record NamedBits(const qv::layout::RecordLayout& layout) {
     if (field.store.form != Form::kNone && field.store.form != Form::kUnused) Claim(field.store, mask);
   }
   for (const qv::layout::ItemRun& run : layout.items) {
-    std::fill_n(mask.begin() + run.store_offset, run.item_size * run.slots, std::uint8_t{0xFF});
+    std::fill_n(mask.begin() + run.store_offset, run.item.size * run.slots, std::uint8_t{0xFF});
   }
   return mask;
 }
@@ -51,7 +51,7 @@ inline Record RandomRecord(const qv::layout::RecordLayout& layout, std::mt19937&
 inline Record SmallRecord(const qv::layout::RecordLayout& layout, std::mt19937& random) {
   Record record = RandomRecord(layout, random);
   for (const qv::layout::ItemRun& run : layout.items) {
-    std::fill_n(record.begin() + run.store_offset, run.item_size * run.slots, std::uint8_t{0});
+    std::fill_n(record.begin() + run.store_offset, run.item.size * run.slots, std::uint8_t{0});
   }
   return record;
 }

@@ -2,35 +2,10 @@
 #ifndef QV_TESTS_STORES_SCHED_STORE_LIBRARY_H
 #define QV_TESTS_STORES_SCHED_STORE_LIBRARY_H
 
-#include <dlfcn.h>
-
 #include <cstdint>
-#include <memory>
-#include <stdexcept>
-#include <string>
 
 #include "host/stores/record_store.h"
-
-/// A library file open with local symbols, until the end of its life.
-class LibraryFile {
- public:
-  explicit LibraryFile(const std::string& file) : handle_(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (!handle_) throw std::runtime_error(dlerror());
-  }
-
-  template <typename Function>
-  Function* Find(const char* name) const {
-    void* const symbol = dlsym(handle_.get(), name);
-    if (symbol == nullptr) throw std::runtime_error(dlerror());
-    return reinterpret_cast<Function*>(symbol);
-  }
-
- private:
-  struct Closer {
-    void operator()(void* handle) const { dlclose(handle); }
-  };
-  std::unique_ptr<void, Closer> handle_;
-};
+#include "tests/stores/library_file.h"
 
 struct SchedStoreLibrary : LibraryFile {
   using Ids = const std::uint32_t*;

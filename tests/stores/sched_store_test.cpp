@@ -39,6 +39,17 @@ TEST(StoreExportsTest, TheScheduleStoreExportsItsSevenEntryPointsAndNothingElse)
                                    "SC_Sync_Update", "SC_Sync_Del", "SC_Sync_DelAll"));
 }
 
+TEST(StoreExportsTest, TheContactStoreExportsItsTwentyTwoEntryPointsAndNothingElse) {
+  EXPECT_THAT(
+      ExportsOf(QV_CONTACT_STORE),
+      UnorderedElementsAre("DTP_Initialize", "DTP_UnInitialize", "DTP_PIMGetAllManNum", "DTP_PIMGetAllGroupNum",
+                           "DTP_PIMGetAllmanSyncid", "DTP_PIMGetAllgroupSyncid", "DTP_PIMReadman", "DTP_PIMReadgroup",
+                           "DTP_PIMDeleteMan", "DTP_PIMDeleteGroup", "DTP_PIMAddManToUnGroup", "DTP_PIMAddGroup",
+                           "DTP_PIMUpdateMan", "DTP_PIMUpdateGroup", "DTP_PIMFindmanSyncidByName",
+                           "DTP_PIMFindgroupSyncidByName", "DTP_PIMQueryManAttachGroup", "DTP_PIMPhoneAddToGroups",
+                           "DTP_PIMModifyManToGroup", "DTP_DownloadingImage", "DTP_LoadingImage", "DTP_DeleteImage"));
+}
+
 TEST(StoreExportsTest, TheMailStoreExportsTheMailIdOnly) {
   EXPECT_THAT(ExportsOf(QV_MAIL_STORE), ElementsAre("GetSystemMailID"));
 }

@@ -1,30 +1,17 @@
 // Edits of the database in the sqlite3 shell count as edits on the handset.
 #include <gmock/gmock.h>
 
-#include <array>
-#include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "host/stores/schedule_kinds.h"
+#include "tests/stores/shell.h"
 #include "tests/stores/store_test.h"
 
 namespace {
 
 class ShellEditTest : public StoreTest {
  protected:
-  /// Runs SQL in the shell, with stores still open here; returns what it printed.
-  static std::string Shell(const std::string& sql) {
-    const std::string file = handset::HostPath(stores::kDatabasePath).string();
-    const std::string command = std::string(QV_SQLITE_SHELL) + " '" + file + "' \"" + sql + "\" 2>&1";
-    FILE* const pipe = popen(command.c_str(), "r");
-    std::string output;
-    std::array<char, 256> part;
-    while (std::fgets(part.data(), part.size(), pipe) != nullptr) output += part.data();
-    EXPECT_EQ(pclose(pipe), 0) << output;
-    return output;
-  }
-
   std::u16string TextOf(std::uint32_t id) const {
     const Record record = ReadOne(entries_, id);
     const qv::layout::Slot& slot = kText->store;

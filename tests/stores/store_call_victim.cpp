@@ -1,7 +1,7 @@
-// Makes one call of the schedule store and dies in it: at its n-th call that changes the file system it kills itself,
+// Makes one call of a store library and dies in it: at its n-th call that changes the file system it kills itself,
 // before or after carrying it out. It sees those calls because its own definitions come before the C library's.
 //
-//   store_call_victim ROOT LIBRARY insert|update|delete|delete_all N before|after
+//   store_call_victim ROOT LIBRARY CALL N before|after
 //
 // Exits with 0 when there was no n-th one and the store call succeeded.
 #include <fcntl.h>
@@ -9,12 +9,17 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
 #include "host/handset/handset.h"
 #include "host/stores/store_library.h"
+#include "layout/bytes.h"
+#include "modules/contacts/contacts_layout.h"
+#include "tests/stores/contact_store_library.h"
 #include "tests/stores/sched_store_library.h"
 #include "tests/stores/victim_calls.h"
 
@@ -85,7 +90,7 @@ INTERPOSE(int, unlink, const char* path) {
 
 namespace {
 
-std::uint32_t Make(std::string_view call, const SchedStoreLibrary& library) {
+std::uint32_t MakeScheduleCall(std::string_view call, const SchedStoreLibrary& library) {
   constexpr std::uint32_t kTable = stores::kScheduleEntries;
   const Record record = VictimRecord();
   const auto doomed = DeletedIds();
@@ -97,18 +102,43 @@ std::uint32_t Make(std::string_view call, const SchedStoreLibrary& library) {
   throw std::invalid_argument(std::string(call));
 }
 
+std::int32_t AddContacts(const ContactStoreLibrary& library) {
+  Record records;
+  for (const Record& contact : AddedContacts()) records.insert(records.end(), contact.begin(), contact.end());
+  std::array<std::uint32_t, kAddedContacts> new_ids;
+  return library.contacts.add(records.data(), kAddedContacts, new_ids.data());
+}
+
+std::int32_t ModifyGroups(const ContactStoreLibrary& library) {
+  using namespace qv::contacts;
+  Record memberships(kContactsBefore * kMembershipStoreSize);
+  for (std::uint32_t i = 0; i < kContactsBefore; ++i) {
+    std::uint8_t* const membership = memberships.data() + i * kMembershipStoreSize;
+    qv::layout::StoreNumber(membership, 4, i + 1);
+    qv::layout::StoreNumber(membership + kMembershipCount.offset, 4, kOtherGroups.size());
+    std::memcpy(membership + kMembershipGroups.offset, kOtherGroups.data(), sizeof(kOtherGroups));
+  }
+  return library.modify_groups(kContactsBefore, memberships.data());
+}
+
+std::uint32_t MakeContactCall(std::string_view call, const ContactStoreLibrary& library) {
+  if (library.initialize(0) != stores::kDone) throw std::runtime_error("the store cannot be initialised");
+  return static_cast<std::uint32_t>(call == "add_contacts" ? AddContacts(library) : ModifyGroups(library));
+}
+
+std::uint32_t Make(std::string_view call, const std::string& library) {
+  if (IsContactCall(call)) return MakeContactCall(call, ContactStoreLibrary(library));
+  return MakeScheduleCall(call, SchedStoreLibrary(library));
+}
+
 }  // namespace
 
 int main(int count, char** arguments) try {
   if (count != 6) throw std::invalid_argument("usage: store_call_victim ROOT LIBRARY CALL N before|after");
   handset::Start(arguments[1]);
-  std::uint32_t status;
-  {
-    const SchedStoreLibrary library(arguments[2]);
-    die_before = arguments[5] == std::string_view("before");
-    calls_left = static_cast<unsigned>(std::stoul(arguments[4]));
-    status = Make(arguments[3], library);
-  }
+  die_before = arguments[5] == std::string_view("before");
+  calls_left = static_cast<unsigned>(std::stoul(arguments[4]));
+  const std::uint32_t status = Make(arguments[3], arguments[2]);
   calls_left = 0;
   return status == stores::kDone ? 0 : 1;
 } catch (const std::exception& error) {

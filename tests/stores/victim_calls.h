@@ -7,7 +7,9 @@
 #include <numeric>
 #include <random>
 #include <string_view>
+#include <vector>
 
+#include "host/stores/contact_kinds.h"
 #include "host/stores/schedule_kinds.h"
 #include "tests/stores/sample_records.h"
 
@@ -18,12 +20,32 @@ inline constexpr std::uint32_t kUpdatedId = 30;
 inline constexpr std::size_t kDeletedCount = 50;
 inline constexpr std::uint32_t kGroupArgument = 2;
 
-inline constexpr std::array<std::string_view, 4> kCalls = {"insert", "update", "delete", "delete_all"};
+/// The contacts there at first, all in the first of these groups. One call adds a batch of contacts, the other puts
+/// those there at first into the other groups instead.
+inline constexpr std::uint32_t kContactsBefore = 6;
+inline constexpr std::uint32_t kContactGroupsBefore = 3;
+inline constexpr std::uint32_t kAddedContacts = 5;
+inline constexpr std::array<std::uint32_t, 2> kOtherGroups = {2, 3};
+
+inline constexpr std::array<std::string_view, 6> kCalls = {"insert",     "update",       "delete",
+                                                           "delete_all", "add_contacts", "modify_groups"};
+
+/// Whether it is one of ContactStore.dll, not of SchedStore.dll.
+inline bool IsContactCall(std::string_view call) {
+  return call == "add_contacts" || call == "modify_groups";
+}
 
 /// What the victim inserts or updates with: all items, so that it takes many pages.
 inline Record VictimRecord() {
   std::mt19937 random(1);
   return RandomRecord(stores::kScheduleKinds[stores::kScheduleEntries].layout, random);
+}
+
+inline std::vector<Record> AddedContacts() {
+  std::mt19937 random(3);
+  std::vector<Record> contacts(kAddedContacts);
+  for (Record& contact : contacts) contact = RandomRecord(stores::kContactKinds[stores::kContacts].layout, random);
+  return contacts;
 }
 
 inline std::array<std::uint32_t, kDeletedCount> DeletedIds() {

@@ -11,10 +11,11 @@
 #include <vector>
 
 #include "tests/support/agent_test.h"
+#include "tests/support/scripted_store.h"
 
 namespace qv_test {
 
-class ScriptedScheduleStore {
+class ScriptedScheduleStore final : public ScriptedStore {
  public:
   static constexpr std::size_t kEntrySize = 8680;
   static constexpr std::size_t kGroupSize = 264;
@@ -22,7 +23,7 @@ class ScriptedScheduleStore {
   /// Installs itself as SchedStore.dll on the running handset; `missing` names entry points that it lacks, or has at
   /// the address `missing_address`.
   explicit ScriptedScheduleStore(const std::set<std::u16string>& missing = {}, std::uintptr_t missing_address = 0);
-  ~ScriptedScheduleStore();
+  ~ScriptedScheduleStore() override;
   ScriptedScheduleStore(const ScriptedScheduleStore&) = delete;
   ScriptedScheduleStore& operator=(const ScriptedScheduleStore&) = delete;
 
@@ -38,13 +39,10 @@ class ScriptedScheduleStore {
   void Add(std::uint32_t table, std::uint32_t id, std::uint64_t time, Bytes bytes = {});
   Record& At(std::uint32_t table, std::uint32_t id);
 
-  /// Each call in order, such as "Read 0 [5 6]", "Insert 1 group 7" or "DelAll".
-  std::vector<std::string> calls;
+  // Calls are told as "Read 0 [5 6]", "Insert 1 group 7" or "DelAll".
+
   /// Entry points that answer this instead of doing their work.
   std::map<std::string, std::uint32_t> statuses;
-  /// The n-th call that answers a status fails (1 is the first); 0 for none.
-  unsigned fail_call = 0;
-  bool failed_a_call = false;
 
   /// What the store says instead of the truth.
   std::optional<std::uint32_t> claimed_total;

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "modules/calendar/schedule.h"
+#include "modules/contacts/contacts.h"
 #include "sync/anchor_file.h"
 #include "sync/file_forms.h"
 #include "tools/qvdesk/errors.h"
@@ -15,6 +16,7 @@ namespace {
 
 /// In the order of their numbers. A new module is one line here.
 constexpr BuiltModule kBuiltModules[] = {
+    {1, qv::contacts::kNames, qv::contacts::kStepWords, qv::contacts::kRules},
     {2, qv::schedule::kNames, qv::schedule::kStepWords},
 };
 

@@ -11,6 +11,7 @@
 
 #include "entry/module_table.h"
 #include "layout/record_layout.h"
+#include "sync/form_rules.h"
 #include "sync/module_names.h"
 #include "sync/result_words.h"
 
@@ -21,6 +22,7 @@ struct BuiltModule {
   std::int32_t id;
   const qv::ModuleNames& names;
   std::span<const qv::StepWords> step_words;
+  std::span<const qv::RuleWords> rules = {};  ///< Of its forms, as far as the layouts cannot say them.
 };
 
 std::span<const BuiltModule> BuiltModules();

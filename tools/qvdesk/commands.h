@@ -12,6 +12,7 @@ void AddExport(CLI::App& program, int& status);
 void AddRecover(CLI::App& program, int& status);
 void AddAsk(CLI::App& program, int& status);
 void AddShow(CLI::App& program, int& status);
+void AddPicture(CLI::App& program, int& status);
 void AddEncode(CLI::App& program, int& status);
 void AddExplain(CLI::App& program, int& status);
 void AddModules(CLI::App& program, int& status);

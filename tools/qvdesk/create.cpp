@@ -9,6 +9,7 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/phone.h"
+#include "tools/qvdesk/sample_contacts.h"
 #include "tools/qvdesk/sample_schedule.h"
 #include "tools/qvdesk/text.h"
 
@@ -18,6 +19,7 @@ namespace {
 struct Options {
   std::filesystem::path directory;
   SampleSize size{.records = 100, .groups = 4, .seed = 1};
+  std::uint32_t contacts = 60;
 };
 
 /// What the model ships with, and a directory for the exchange.
@@ -48,8 +50,10 @@ int Create(const Options& options) {
   }
   stores::Database database;
   InsertSampleSchedule(database, options.size);
+  InsertSampleContacts(database, options.contacts, options.size.seed);
   database.SetSetting(stores::kSystemMailId, kMailId);
-  fmt::print("{}: a handset with {} schedule entries in {} groups\n", name, options.size.records, options.size.groups);
+  fmt::print("{}: a handset with {} schedule entries in {} groups, and {} contacts\n", name, options.size.records,
+             options.size.groups, options.contacts);
   fmt::print("  its database: {}\n", handset::HostPath(stores::kDatabasePath).string());
   return kSuccess;
 }
@@ -60,14 +64,17 @@ void AddCreate(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "create",
       "Makes a simulated handset: the directories of the phone's file system, an exchange directory \"\\sync\", and a "
-      "store database with a made-up schedule and a system mail account. The database is SQLite: look at it and change "
-      "it with the sqlite3 shell, which counts as an edit on the phone. The same seed makes the same data.");
+      "store database with a made-up schedule, made-up contacts and a system mail account. The database is SQLite: "
+      "look at it and change it with the sqlite3 shell, which counts as an edit on the phone. The same seed makes the "
+      "same data.");
   auto options = std::make_shared<Options>();
   constexpr std::uint32_t kMostGroups = 60000;  // Each has a 16-bit number of its own.
   command->add_option("DIR", options->directory, "The handset's directory: a new or an empty one")->required();
   command->add_option("--records", options->size.records, "Schedule entries")->capture_default_str();
-  command->add_option("--groups", options->size.groups, "Groups that they belong to")
+  command->add_option("--groups", options->size.groups, "Groups that the schedule entries belong to")
       ->check(CLI::Range(0u, kMostGroups))
+      ->capture_default_str();
+  command->add_option("--contacts", options->contacts, "Contacts; a few groups and pictures come along")
       ->capture_default_str();
   command->add_option("--seed", options->size.seed, "Any number; another one makes other data")->capture_default_str();
   command->footer("Example:\n  qvdesk create /tmp/phone --records 1000 --seed 7");

@@ -13,6 +13,7 @@
 namespace qvdesk {
 namespace {
 
+using qv::layout::Carried;
 using qv::layout::Field;
 using qv::layout::Form;
 using qv::layout::ItemRun;
@@ -34,6 +35,8 @@ constexpr char kIntroduction[] =
     "| unused | written as zero and never read |\n\n"
     "Behind a type may stand\n\n"
     "- \"not read by a recover\": it repeats what other fields say; an export writes it, a recover reads only those;\n"
+    "- \"zero after an export\": only a recover reads it;\n"
+    "- \"by a rule\": it follows from other fields, or they from it; the rules stand below the table;\n"
     "- \"when zero all after it is zero\": while this field is zero, the fields after it in the table are not passed\n"
     "  on in either direction, and the other side has zeros there.\n\n"
     "\"In the store record\" is the offset of the same value in the store library's record, and its bits where the\n"
@@ -95,7 +98,12 @@ std::string TypeOf(const Field& field) {
   if (field.exchange.width != 0) {
     type += fmt::format(" {}..{}", field.exchange.shift + field.exchange.width - 1, field.exchange.shift);
   }
-  if (field.export_only) type += ", not read by a recover";
+  switch (field.carried) {
+    case Carried::kBothWays: break;
+    case Carried::kExportOnly: type += ", not read by a recover"; break;
+    case Carried::kRecoverOnly: type += ", zero after an export"; break;
+    case Carried::kByModule: type += ", by a rule"; break;
+  }
   if (field.ends_when_zero) type += ", when zero all after it is zero";
   return type;
 }
@@ -117,12 +125,22 @@ std::string Items(const RecordLayout& layout) {
   if (layout.items.empty()) return "";
   std::string text =
       "\nItems follow the fixed part, in this order:\n\n"
-      "| Items | Bytes each | Count, one byte at | At most | First in the store record |\n|---|---:|---:|---:|---:|\n";
+      "| Items | Type | Bytes each | Count at | Count's width | At most | First in the store record |\n"
+      "|---|---|---:|---:|---:|---:|---:|\n";
   for (const ItemRun& run : layout.items) {
-    text += fmt::format("| {} | {} | {} | {} | {} |\n", run.name, run.item_size, run.count_offset, run.slots,
-                        run.store_offset);
+    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", run.name, NameOf(run.item.form), run.item.size,
+                        run.count.offset, run.count.size, run.slots, run.store_offset);
   }
   return text;
+}
+
+/// What the fields' table refers to by "by a rule", and what else no table says.
+std::string Rules(const FileForm& form) {
+  std::string text;
+  for (const qv::RuleWords& rule : form.module->rules) {
+    if (rule.layout == form.layout) text += fmt::format("- {}\n", rule.rule);
+  }
+  return text.empty() ? "" : "\nRules:\n\n" + text;
 }
 
 std::string Table(const FileForm& form) {
@@ -137,7 +155,7 @@ std::string Table(const FileForm& form) {
         "read.\n\n",
         form.incremental_stride);
   }
-  return text + FieldTable(layout) + Items(layout) + "\n";
+  return text + FieldTable(layout) + Items(layout) + Rules(form) + "\n";
 }
 
 std::string Module(const BuiltModule& module) {
@@ -162,11 +180,14 @@ const char* Purpose(FileKind kind) {
   switch (kind) {
     case FileKind::kChangeList:
       return "What changed, in an incremental export, or what is to be done, in an incremental recover. Table 0 holds "
-             "a module's records, table 1 their groups; the operation is 1 new, 2 modified, 3 deleted. An entry that "
-             "is not whole is ignored.";
+             "a module's records, table 1 their groups; in a recover of contacts an entry of table 2, new or modified, "
+             "says that the picture of the contact of this id changed. The operation is 1 new, 2 modified, 3 deleted. "
+             "An entry that is not whole is ignored.";
     case FileKind::kIdMap:
-      return "Under which id a recover put each record that it inserted, in the order of insertion. The desktop must "
-             "from then on use the handset's ids.";
+      return "Under which id a recover put each record that it inserted, in the order of insertion; tables are "
+             "numbered as in change lists. The desktop must from then on use the handset's ids. Of contacts, pictures "
+             "are not listed; a contact or group stands under table 0 also when the handset did not insert it: with "
+             "the id of the record that already had its name, or with 4294967295 when the handset is full.";
     case FileKind::kSnapshot:
       return "What a table of the store held at the end of the last synchronisation, in the store's order. Only the "
              "handset reads it. The time is a FILETIME: 100 ns since 1601, UTC.";

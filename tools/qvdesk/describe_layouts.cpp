@@ -7,6 +7,7 @@
 namespace qvdesk {
 namespace {
 
+using qv::layout::Carried;
 using qv::layout::Field;
 using qv::layout::Form;
 using qv::layout::ItemRun;
@@ -23,7 +24,12 @@ std::string Describe(const Slot& slot) {
 std::string Describe(const Field& field) {
   std::string text = fmt::format("  {:<20} store {:<24} exchange {}", *field.name == '\0' ? "(unused)" : field.name,
                                  Describe(field.store), Describe(field.exchange));
-  if (field.export_only) text += ", export only";
+  switch (field.carried) {
+    case Carried::kBothWays: break;
+    case Carried::kExportOnly: text += ", export only"; break;
+    case Carried::kRecoverOnly: text += ", recover only"; break;
+    case Carried::kByModule: text += ", by the module"; break;
+  }
   if (field.ends_when_zero) text += ", ends when zero";
   return text + "\n";
 }
@@ -33,8 +39,8 @@ std::string Describe(const RecordLayout& layout) {
       fmt::format("{}: store {} bytes, exchange {} bytes\n", layout.name, layout.store_size, layout.exchange_size);
   for (const Field& field : layout.fields) text += Describe(field);
   for (const ItemRun& run : layout.items) {
-    text += fmt::format("  items {:<14} count at {}, {} slots of {} bytes from store {}\n", run.name, run.count_offset,
-                        run.slots, run.item_size, run.store_offset);
+    text += fmt::format("  items {:<14} count {}, {} slots of {} from store {}\n", run.name, Describe(run.count),
+                        run.slots, Describe(run.item), run.store_offset);
   }
   return text;
 }

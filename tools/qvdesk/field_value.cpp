@@ -21,6 +21,9 @@ using qv::layout::LoadSlot;
 using qv::layout::Slot;
 using qv::layout::StoreSlot;
 
+/// Bytes beyond these are no help to the eye.
+constexpr std::size_t kMostBytesShown = 256;
+
 bool IsText(Form form) {
   return form == Form::kText || form == Form::kRawText;
 }
@@ -92,7 +95,8 @@ void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> recor
 std::string ToText(const Slot& slot, std::span<const std::uint8_t> record) {
   if (IsNumeric(slot.form)) return std::to_string(LoadSlot(slot, record.data()));
   const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
-  return IsText(slot.form) ? ToUtf8(TextUpToNul(bytes)) : Hex(bytes);
+  if (IsText(slot.form)) return ToUtf8(TextUpToNul(bytes));
+  return bytes.size() > kMostBytesShown ? CountOf(bytes.size(), "byte") : Hex(bytes);
 }
 
 std::string DescribeFileTime(std::uint64_t time) {

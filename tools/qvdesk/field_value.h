@@ -25,7 +25,7 @@ Json ToJson(const qv::layout::Slot& slot, std::span<const std::uint8_t> record);
 /// Throws std::runtime_error that says what the slot takes.
 void FromJson(const Json& value, const qv::layout::Slot& slot, std::span<std::uint8_t> record);
 
-/// The same for a table of text.
+/// The same for people: of bytes that would fill a screen only how many they are.
 std::string ToText(const qv::layout::Slot& slot, std::span<const std::uint8_t> record);
 
 /// Sets a text slot, which is zero; false when the text with its NUL does not fit.

@@ -31,6 +31,7 @@ int Run(int argc, char** argv) {
   qvdesk::AddRecover(program, status);
   qvdesk::AddAsk(program, status);
   qvdesk::AddShow(program, status);
+  qvdesk::AddPicture(program, status);
   qvdesk::AddEncode(program, status);
   qvdesk::AddExplain(program, status);
   qvdesk::AddModules(program, status);

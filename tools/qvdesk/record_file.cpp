@@ -32,12 +32,6 @@ constexpr std::string_view kEquals = " = ";
 /// By qv::Operation.
 constexpr std::array kOperationWords = {"none", "new", "modified", "deleted"};
 
-const Field* FindField(const RecordLayout& layout, std::string_view name) {
-  const auto found = std::ranges::find_if(
-      layout.fields, [&](const Field& field) { return IsShown(field.exchange) && field.name == name; });
-  return found == layout.fields.end() ? nullptr : &*found;
-}
-
 const ItemRun* FindRun(const RecordLayout& layout, std::string_view name) {
   const auto found = std::ranges::find_if(layout.items, [&](const ItemRun& run) { return run.name == name; });
   return found == layout.items.end() ? nullptr : &*found;
@@ -54,12 +48,12 @@ std::optional<std::string> TakeItems(const RecordLayout& layout, Bytes& rest, Re
     std::vector<Bytes>& items = record.items.emplace_back();
     const std::uint32_t count = ItemCount(run, record.fixed.data());
     while (items.size() < count) {
-      if (rest.size() < run.item_size) {
+      if (rest.size() < run.item.size) {
         return fmt::format("the file ends inside item {} of {} items \"{}\": {} of its {} bytes are there",
-                           items.size() + 1, count, run.name, rest.size(), run.item_size);
+                           items.size() + 1, count, run.name, rest.size(), run.item.size);
       }
-      items.push_back(rest.first(run.item_size));
-      rest = rest.subspan(run.item_size);
+      items.push_back(rest.first(run.item.size));
+      rest = rest.subspan(run.item.size);
     }
   }
   return std::nullopt;
@@ -69,11 +63,14 @@ void PutItems(const Json& value, const ItemRun& run, std::span<std::uint8_t> fix
   if (!value.is_array() || value.size() > run.slots) {
     throw std::runtime_error(fmt::format("\"{}\" takes an array of at most {} items", run.name, run.slots));
   }
-  fixed[run.count_offset] = static_cast<std::uint8_t>(value.size());
-  const qv::layout::Slot slot = qv::layout::Bytes(0, run.item_size);
+  qv::layout::StoreSlot(run.count, fixed.data(), static_cast<std::uint32_t>(value.size()));
   for (const Json& item : value) {
-    bytes.resize(bytes.size() + run.item_size);
-    FromJson(item, slot, std::span(bytes).last(run.item_size));
+    bytes.resize(bytes.size() + run.item.size);
+    try {
+      FromJson(item, run.item, std::span(bytes).last(run.item.size));
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(fmt::format("an item of \"{}\" {}", run.name, error.what()));
+    }
   }
 }
 
@@ -81,10 +78,11 @@ void PutItems(const Json& value, const ItemRun& run, std::span<std::uint8_t> fix
 void CheckCounts(const Json& record, const RecordLayout& layout, Bytes fixed) {
   for (const ItemRun& run : layout.items) {
     for (const Field& field : layout.fields) {
-      const bool counts = IsShown(field.exchange) && field.exchange.offset == run.count_offset;
-      if (!counts || !record.contains(field.name) || record[field.name] == fixed[run.count_offset]) continue;
+      const bool counts = IsShown(field.exchange) && field.exchange.offset == run.count.offset;
+      if (!counts || !record.contains(field.name) || record[field.name] == ItemCount(run, fixed.data())) continue;
       throw std::runtime_error(fmt::format("\"{}\" is {}, but \"{}\" has {} items; leave it out, it follows from them",
-                                           field.name, record[field.name].dump(), run.name, fixed[run.count_offset]));
+                                           field.name, record[field.name].dump(), run.name,
+                                           ItemCount(run, fixed.data())));
     }
   }
 }
@@ -141,19 +139,25 @@ RecordFile ParseRecords(const RecordLayout& layout, Bytes bytes, std::uint32_t s
   return file;
 }
 
+const Field* FindField(const RecordLayout& layout, std::string_view name) {
+  const auto found = std::ranges::find_if(
+      layout.fields, [&](const Field& field) { return IsShown(field.exchange) && field.name == name; });
+  return found == layout.fields.end() ? nullptr : &*found;
+}
+
+std::optional<std::uint32_t> NumberOf(const RecordLayout& layout, const RecordView& record, std::string_view name) {
+  const Field* const field = FindField(layout, name);
+  if (field == nullptr || !record.Has(field->exchange)) return std::nullopt;
+  return qv::layout::LoadSlot(field->exchange, record.fixed.data());
+}
+
 std::vector<std::pair<std::string, std::string>> ReadableOf(const RecordLayout& layout, const RecordView& record) {
   std::vector<std::pair<std::string, std::string>> readable;
-  const Field* const low = FindField(layout, "time_low");
-  const Field* const high = FindField(layout, "time_high");
-  if (low != nullptr && high != nullptr && record.Has(low->exchange) && record.Has(high->exchange)) {
-    const std::uint64_t time = std::uint64_t{qv::layout::LoadSlot(high->exchange, record.fixed.data())} << 32;
-    readable.emplace_back("modified",
-                          DescribeFileTime(time | qv::layout::LoadSlot(low->exchange, record.fixed.data())));
-  }
-  const Field* const operation = FindField(layout, "operation");
-  if (operation != nullptr && record.Has(operation->exchange)) {
-    const std::uint32_t number = qv::layout::LoadSlot(operation->exchange, record.fixed.data());
-    readable.emplace_back("operation", number < kOperationWords.size() ? kOperationWords[number] : "unknown");
+  const auto low = NumberOf(layout, record, "time_low");
+  const auto high = NumberOf(layout, record, "time_high");
+  if (low && high) readable.emplace_back("modified", DescribeFileTime(std::uint64_t{*high} << 32 | *low));
+  if (const auto operation = NumberOf(layout, record, "operation")) {
+    readable.emplace_back("operation", *operation < kOperationWords.size() ? kOperationWords[*operation] : "unknown");
   }
   return readable;
 }
@@ -167,8 +171,7 @@ Json ToJson(const RecordLayout& layout, const RecordView& record) {
   }
   for (std::size_t run = 0; run < record.items.size(); ++run) {
     Json& items = json[layout.items[run].name] = Json::array();
-    for (const Bytes item : record.items[run])
-      items.push_back(ToJson(qv::layout::Bytes(0, layout.items[run].item_size), item));
+    for (const Bytes item : record.items[run]) items.push_back(ToJson(layout.items[run].item, item));
   }
   for (const auto& [name, words] : ReadableOf(layout, record)) json[kReads][name] = words;
   return json;

@@ -33,12 +33,18 @@ struct RecordFile {
 RecordFile ParseRecords(const qv::layout::RecordLayout& layout, std::span<const std::uint8_t> bytes,
                         std::uint32_t stride = 0);
 
-/// Every field by name, the items as arrays of hex digits by their run's name. Under "reads", for people only: what
+/// Every field by name, the items as arrays by their run's name. Under "reads", for people only: what
 /// words and dates some of the numbers mean.
 Json ToJson(const qv::layout::RecordLayout& layout, const RecordView& record);
 /// The reverse, appended to `bytes`. Fields that are not given are zero, counts follow from the items. Throws
 /// std::runtime_error that names the field.
 void AppendRecord(const Json& record, const qv::layout::RecordLayout& layout, std::vector<std::uint8_t>& bytes);
+
+/// The field of this name in the exchange record; null when there is none.
+const qv::layout::Field* FindField(const qv::layout::RecordLayout& layout, std::string_view name);
+/// Its number; nothing also when the record ends before it.
+std::optional<std::uint32_t> NumberOf(const qv::layout::RecordLayout& layout, const RecordView& record,
+                                      std::string_view name);
 
 /// What a record's numbers mean: (name, words).
 std::vector<std::pair<std::string, std::string>> ReadableOf(const qv::layout::RecordLayout& layout,

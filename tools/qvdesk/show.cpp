@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/telling_columns.h"
 #include "tools/qvdesk/text.h"
 #include "tools/qvdesk/text_table.h"
 
@@ -19,8 +19,6 @@ namespace qvdesk {
 namespace {
 
 using qv::layout::Field;
-using qv::layout::Form;
-using qv::layout::ItemRun;
 using qv::layout::RecordLayout;
 
 struct Options {
@@ -31,86 +29,11 @@ struct Options {
   bool for_incremental = false;
 };
 
-/// A column of the table view, made of one or more fields.
-struct Column {
-  std::string title;
-  std::function<std::string(const RecordView&)> text;  ///< Empty where the record has nothing to say.
-  bool whole = true;                                   ///< Not to be cut.
-};
-
-/// Forms of few fields are shown whole.
-constexpr std::size_t kFewFields = 4;
-/// A beginning and an end; more dates would leave the texts no room.
-constexpr std::size_t kDatesShown = 2;
-
-std::optional<std::uint32_t> NumberOf(const RecordLayout& layout, const RecordView& record, const std::string& name) {
-  for (const Field& field : layout.fields) {
-    if (field.name == name && IsShown(field.exchange) && record.Has(field.exchange)) {
-      return qv::layout::LoadSlot(field.exchange, record.fixed.data());
-    }
-  }
-  return std::nullopt;
-}
-
-/// "2026-03-04 10:00" from the fields prefix_year, prefix_month, …; the time only where the form has one.
-std::string DateOf(const RecordLayout& layout, const RecordView& record, const std::string& prefix) {
-  const auto part = [&](const char* name) { return NumberOf(layout, record, prefix + name); };
-  const auto year = part("_year");
-  if (!year || *year == 0) return "";
-  std::string date = fmt::format("{:04}-{:02}-{:02}", *year, part("_month").value_or(0), part("_day").value_or(0));
-  if (const auto hour = part("_hour")) date += fmt::format(" {:02}:{:02}", *hour, part("_minute").value_or(0));
-  return date;
-}
-
-Column FieldColumn(const Field& field) {
-  return {field.name, [&field](const RecordView& record) {
-            return record.Has(field.exchange) ? ToText(field.exchange, record.fixed) : "";
-          }};
-}
-
-Column ItemsColumn(const RecordLayout& layout, std::size_t run) {
-  return {fmt::format("{}s", layout.items[run].name), [run](const RecordView& record) {
-            const bool some = run < record.items.size() && !record.items[run].empty();
-            return some ? std::to_string(record.items[run].size()) : "";
-          }};
-}
-
-/// What tells records apart: ids, dates, texts, items. Forms of few fields are shown whole.
-std::vector<Column> TellingColumns(const RecordLayout& layout) {
-  std::vector<Column> ids, dates, texts, others;
-  const auto shown = std::ranges::count_if(layout.fields, [](const Field& field) { return IsShown(field.exchange); });
-  for (const Field& field : layout.fields) {
-    if (!IsShown(field.exchange)) continue;
-    const std::string name = field.name;
-    if (static_cast<std::size_t>(shown) <= kFewFields || name.ends_with("_id")) {
-      ids.push_back(FieldColumn(field));
-    } else if (name.ends_with("_year")) {
-      const std::string prefix = name.substr(0, name.rfind('_'));
-      dates.push_back({prefix, [&layout, prefix](const RecordView& record) { return DateOf(layout, record, prefix); }});
-    } else if (field.exchange.form == Form::kText || field.exchange.form == Form::kRawText) {
-      texts.push_back(FieldColumn(field));
-      texts.back().whole = false;
-    }
-  }
-  for (std::size_t run = 0; run < layout.items.size(); ++run) others.push_back(ItemsColumn(layout, run));
-  for (const char* const name : {"modified", "operation"}) {
-    others.push_back({fmt::format("reads: {}", name), [&layout, name](const RecordView& record) {
-                        for (const auto& [key, words] : ReadableOf(layout, record)) {
-                          if (key == name) return words;
-                        }
-                        return std::string();
-                      }});
-  }
-  if (dates.size() > kDatesShown) dates.resize(kDatesShown);
-  for (std::vector<Column>* more : {&dates, &texts, &others}) ids.insert(ids.end(), more->begin(), more->end());
-  return ids;
-}
-
 /// Columns in which no record has anything are left out.
-std::string RenderTable(const RecordLayout& layout, const RecordFile& file) {
+std::string RenderTable(const std::vector<Column>& columns, const RecordFile& file) {
   TextTable table;
   table.rows.resize(file.records.size());
-  for (const Column& column : TellingColumns(layout)) {
+  for (const Column& column : columns) {
     std::vector<std::string> cells;
     for (const RecordView& record : file.records) cells.push_back(column.text(record));
     if (std::ranges::all_of(cells, &std::string::empty)) continue;
@@ -134,7 +57,8 @@ std::string RenderAllFields(const RecordLayout& layout, const RecordFile& file) 
     }
     for (std::size_t run = 0; run < record.items.size(); ++run) {
       for (std::size_t item = 0; item < record.items[run].size(); ++item) {
-        line(fmt::format("{}[{}]", layout.items[run].name, item), Hex(record.items[run][item]));
+        line(fmt::format("{}[{}]", layout.items[run].name, item),
+             ToText(layout.items[run].item, record.items[run][item]));
       }
     }
     for (const auto& [name, words] : ReadableOf(layout, record)) line("reads: " + name, words);
@@ -178,7 +102,8 @@ int ShowRecords(const Options& options, const FileForm& form, const std::vector<
     for (const RecordView& record : file.records) records.push_back(ToJson(layout, record));
     fmt::print("{}", RenderJson(form, "records", records));
   } else {
-    fmt::print("{}", options.all_fields ? RenderAllFields(layout, file) : RenderTable(layout, file));
+    fmt::print("{}", options.all_fields ? RenderAllFields(layout, file)
+                                        : RenderTable(TellingColumns(layout, options.file.parent_path()), file));
     fmt::print("{} of the form \"{}\"\n", CountOf(file.records.size(), "record"), form.name);
   }
   if (!file.damage) return kSuccess;
@@ -215,8 +140,9 @@ void AddShow(CLI::App& program, int& status) {
                       "The form when the name does not tell it: a file name like schedule.tbl, "
                       "or change-list, id-map, snapshot, anchors");
   CLI::Option* const format = command->add_option("--format", options->format,
-                                                  "table: the telling columns, cut to the terminal's width; json: "
-                                                  "every field, as \"encode\" takes it");
+                                                  "table: the telling columns, cut to the terminal's width, and "
+                                                  "beside contacts the sizes of their pictures when image.tbl lies in "
+                                                  "the same directory; json: every field, as \"encode\" takes it");
   format->check(CLI::IsMember({"table", "json"}))->capture_default_str();
   command->add_flag("--all-fields", options->all_fields, "Instead of a table: every field of every record, one a line")
       ->excludes(format);

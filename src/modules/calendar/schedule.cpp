@@ -19,10 +19,10 @@ using DelAll = std::uint32_t();
 constexpr std::uint32_t kReadBatch = 50;
 constexpr std::uint32_t kReadRoom = 100;
 
-class ScheduleTable final : public StoreTable {
+class ScheduleTable final : public ExportedTable {
  public:
   ScheduleTable(const Library& store, std::uint32_t number)
-      : StoreTable(number, kNames.tables[number]), store_(store) {}
+      : ExportedTable(number, kNames.tables[number]), store_(store) {}
 
   bool LookUp(Use use) override {
     get_total_num_ = store_.Resolve<GetTotalNum>(u"SC_Sync_GetTotalNum");
@@ -33,10 +33,13 @@ class ScheduleTable final : public StoreTable {
     return read_ != nullptr;
   }
 
-  std::uint32_t Count() override { return get_total_num_(number()); }
+  Result Count(std::uint32_t* count) override {
+    *count = get_total_num_(number());
+    return Result::kOk;
+  }
 
-  bool GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) override {
-    return get_all_sync_info_(number(), count, entries) == 0;
+  Result GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) override {
+    return get_all_sync_info_(number(), count, entries) == 0 ? Result::kOk : Result::kSyncInfoFailed;
   }
 
   Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) override {
@@ -105,25 +108,19 @@ Result ScheduleHandler::Export(SyncMode& mode, char16_t* anchor, const void* dir
   CheckAnchor(mode, kNames.anchor_key, anchor);
   MoveAnchor(mode, kNames.anchor_key, anchor);
 
-  for (const TableNames& table : kNames.tables) {
-    if (const Result created = CreateEmpty(directory_ / table.exchange_file); IsFailure(created)) return created;
-  }
-  ScheduleTable entries(store_, kMainTable);
-  ScheduleTable groups(store_, kGroupTable);
-  if (mode == SyncMode::kIncremental) {
-    File change_list = File::CreateAlways(directory_ / kNames.change_list);
-    if (!change_list.IsOpen()) return Result::kFileFailed;
-    const Result entries_done = ComputeChanges(entries, directory_, change_list);
-    if (IsFailure(entries_done)) return entries_done | StepFlag::kTable0Exported;
-    const Result groups_done = ComputeChanges(groups, directory_, change_list);
-    if (IsFailure(groups_done)) return groups_done | StepFlag::kTable1Exported;
-  } else {
-    const Result entries_done = ExportTable(entries, directory_);
-    if (IsFailure(entries_done)) return entries_done | StepFlag::kTable0Exported;
-    const Result groups_done = ExportTable(groups, directory_);
-    if (IsFailure(groups_done)) return groups_done | StepFlag::kTable1Exported;
-  }
+  if (const Result exported = ExportTables(mode); IsFailure(exported)) return exported;
   return IsRemembered(mode) ? WriteSnapshots() : Result::kOk;
+}
+
+Result ScheduleHandler::ExportTables(SyncMode mode) {
+  ExportFiles files;
+  if (const Result created = files.Create(directory_, kNames, mode); IsFailure(created)) return created;
+  ScheduleTable entries(store_, kMainTable);
+  const Result entries_done = ExportTable(entries, directory_, files.ChangeList());
+  if (IsFailure(entries_done)) return entries_done | StepFlag::kTable0Exported;
+  ScheduleTable groups(store_, kGroupTable);
+  const Result groups_done = ExportTable(groups, directory_, files.ChangeList());
+  return IsFailure(groups_done) ? groups_done | StepFlag::kTable1Exported : Result::kOk;
 }
 
 Result ScheduleHandler::Recover(SyncMode mode, char16_t* anchor, const void* directory) {
@@ -140,7 +137,8 @@ Result ScheduleHandler::Recover(SyncMode mode, char16_t* anchor, const void* dir
 
   if (!IsRemembered(mode)) return Result::kOk;
   if (const Result written = WriteSnapshots(); IsFailure(written)) return written;
-  WriteIdMap(directory_ / kNames.id_map, id_map_);
+  // The map is a kindness: without it the desktop asks for a full export.
+  (void)WriteIdMap(directory_ / kNames.id_map, id_map_);
   return Result::kOk;
 }
 

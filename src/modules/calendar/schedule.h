@@ -11,18 +11,20 @@
 
 namespace qv::schedule {
 
+inline constexpr TableNames kTables[] = {
+    {.exchange_file = u"schedule.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\schedule.log", .layout = &kEntryLayout},
+    {.exchange_file = u"schedulegroup.tbl",
+     .snapshot_log = u"\\dbdata\\sysconfig\\schegroup.log",
+     .layout = &kGroupLayout,
+     .incremental_stride = 10332},
+};
+
 inline constexpr ModuleNames kNames = {
     .store_library = u"SchedStore.dll",
     .anchor_key = u"SCHEDULE",
     .change_list = u"schedcmd.tbl",
     .id_map = u"schedmap.tbl",
-    .tables = {{.exchange_file = u"schedule.tbl",
-                .snapshot_log = u"\\dbdata\\sysconfig\\schedule.log",
-                .layout = &kEntryLayout},
-               {.exchange_file = u"schedulegroup.tbl",
-                .snapshot_log = u"\\dbdata\\sysconfig\\schegroup.log",
-                .layout = &kGroupLayout,
-                .incremental_stride = 10332}},
+    .tables = kTables,
 };
 
 /// A recover flags a failing table by its place in the order, and the incremental one counts the other way round.
@@ -58,6 +60,7 @@ class ScheduleHandler {
   Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
 
  private:
+  Result ExportTables(SyncMode mode);
   Result WriteSnapshots();
   Result EmptyStore();
   Result InsertTables();

@@ -7,6 +7,9 @@ namespace {
 
 using namespace layout;
 
+constexpr Slot kItem80Count = U8(449);
+constexpr Slot kItem144Count = U8(456);
+
 constexpr Field kEntryFields[] = {
     Both("entry_id", kEntryId, kEntryId),
     Both("group_id", kEntryGroupId, kEntryGroupId),
@@ -35,9 +38,9 @@ constexpr Field kEntryFields[] = {
     Both("flag_446", Truth(38, 2), Truth(446, 1)),
     Both("byte_447", U8(33), U8(447)),
     Both("byte_448", U8(34), U8(448)),
-    Both("item_80_count", U8(40), U8(449)),
+    Both("item_80_count", U8(40), kItem80Count),
     ExchangeUnused(450, 6),
-    Both("item_144_count", U8(41), U8(456)),
+    Both("item_144_count", U8(41), kItem144Count),
     StoreUnused(42, 2),
     ExchangeUnused(457, 7),
     Both("byte_464", U8(35), U8(464)),
@@ -95,8 +98,8 @@ constexpr Field kEntryFields[] = {
 };
 
 constexpr ItemRun kEntryItems[] = {
-    {.name = "item_80", .count_offset = 449, .store_offset = 704, .item_size = 80, .slots = 20},
-    {.name = "item_144", .count_offset = 456, .store_offset = 2304, .item_size = 144, .slots = 44},
+    {.name = "item_80", .count = kItem80Count, .item = Bytes(0, 80), .store_offset = 704, .slots = 20},
+    {.name = "item_144", .count = kItem144Count, .item = Bytes(0, 144), .store_offset = 2304, .slots = 44},
 };
 
 static_assert(Tiles<kEntryStoreSize, kEntryExchangeSize>(kEntryFields, kEntryItems));

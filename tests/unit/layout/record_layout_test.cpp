@@ -70,6 +70,19 @@ TEST(RecordLayoutTest, WhatOnlyRepeatsIsExportedAndNotRead) {
   EXPECT_EQ(Recovered(kFields, {7, 9}, 1), (Record{7}));
 }
 
+TEST(RecordLayoutTest, WhatOnlyARecoverReadsIsZeroAfterAnExport) {
+  static constexpr Field kFields[] = {Both("a", U8(0), U8(0)), RecoverOnly("b", U8(1), U8(1))};
+  EXPECT_EQ(Exported(kFields, {7, 9}, 2), (Record{7, 0}));
+  EXPECT_EQ(Recovered(kFields, {7, 9}, 2), (Record{7, 9}));
+}
+
+TEST(RecordLayoutTest, WhatTheModuleWorksOutIsLeftToIt) {
+  static constexpr Field kFields[] = {Both("a", U8(0), U8(0)), ByModule("b", U8(1), U8(1)), ByModule("c", U8(2), {})};
+  EXPECT_EQ(Exported(kFields, {7, 9, 9}, 2), (Record{7, 0}));
+  EXPECT_EQ(Recovered(kFields, {7, 9}, 3), (Record{7, 0, 0}));
+  EXPECT_TRUE((Tiles<3, 2>(kFields)));
+}
+
 TEST(RecordLayoutTest, AZeroEndsTheRecordWhereItIsToldTo) {
   static constexpr Field kFields[] = {EndsWhenZero("kind", Bits(0, 1, 3, 0), U8(0)), Both("rest", U8(1), U8(1))};
   EXPECT_EQ(Exported(kFields, {0xF1, 5}, 2), (Record{1, 5}));
@@ -86,9 +99,12 @@ TEST(RecordLayoutTest, UnusedRoomIsZeroOnBothSides) {
 
 TEST(RecordLayoutTest, AnItemCountIsCutToItsSlots) {
   static constexpr Field kFields[] = {Both("count", U8(0), U8(0))};
-  static constexpr ItemRun kItems[] = {{"item", 0, 1, 2, 3}};
+  static constexpr ItemRun kItems[] = {{"item", U8(0), Bytes(0, 2), 1, 3}};
   EXPECT_EQ(Exported(kFields, {4, 0, 0, 0, 0, 0, 0}, 1, kItems), (Record{3}));
   EXPECT_EQ(Exported(kFields, {3, 0, 0, 0, 0, 0, 0}, 1, kItems), (Record{3}));
+  static constexpr Field kWideCount[] = {Both("count", U32(0), U32(0))};
+  static constexpr ItemRun kNumbers[] = {{"number", U32(0), U32(0), 4, 1}};
+  EXPECT_EQ(Exported(kWideCount, {0, 0, 0, 0x80, 0, 0, 0, 0}, 4, kNumbers), (Record{1, 0, 0, 0}));
 }
 
 constexpr Field kWhole[] = {Both("a", U16(0), U8(0)), ExchangeUnused(1, 1)};
@@ -97,7 +113,7 @@ constexpr Field kOverlappingBits[] = {Both("a", Bits(0, 1, 7, 3), U8(0)), Both("
 constexpr Field kMissingBit[] = {Both("a", Bits(0, 1, 7, 4), U8(0)), Both("b", Bits(0, 1, 2, 0), U8(1))};
 constexpr Field kOutside[] = {Both("a", U16(1), U16(0))};
 constexpr Field kUnequalBytes[] = {Both("a", Bytes(0, 2), Bytes(0, 1)), ExchangeUnused(1, 1)};
-constexpr ItemRun kItemRun[] = {{"item", 0, 1, 2, 3}};
+constexpr ItemRun kItemRun[] = {{"item", U8(0), Bytes(0, 2), 1, 3}};
 constexpr Field kCountOnly[] = {Both("count", U8(0), U8(0))};
 
 TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {

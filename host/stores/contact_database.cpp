@@ -1,0 +1,173 @@
+// The tables beside the records, the triggers that hold all four together, and the statements on them.
+#include "host/stores/contact_database.h"
+
+#include <algorithm>
+#include <string>
+
+#include "host/stores/columns.h"
+#include "modules/contacts/contacts_layout.h"
+
+namespace stores {
+namespace {
+
+using qv::contacts::kStoreName;
+
+const std::string& Contacts() {
+  static const std::string name = kContactKinds[kContacts].table;
+  return name;
+}
+
+const std::string& Groups() {
+  static const std::string name = kContactKinds[kContactGroups].table;
+  return name;
+}
+
+std::string TriggerSql(const std::string& table, const std::string& event, const std::string& body) {
+  return "CREATE TRIGGER IF NOT EXISTS " + table + "_" + event + " AFTER " + event + " ON " + table + " BEGIN\n  " +
+         body + ";\nEND;";
+}
+
+/// A change of a row that leaves all its columns moves its time: by the trigger that every table of records has.
+std::string TouchSql(const std::string& contact) {
+  return "UPDATE " + Contacts() + " SET modified = modified WHERE id = " + contact;
+}
+
+/// Foreign keys would not do: the sqlite3 shell does not heed them unless told.
+std::string MembershipsSql() {
+  return "CREATE TABLE IF NOT EXISTS memberships (contact_id INTEGER NOT NULL, group_id INTEGER NOT NULL,\n"
+         "  PRIMARY KEY (contact_id, group_id)) WITHOUT ROWID;" +
+         TriggerSql(Contacts(), "delete", "DELETE FROM memberships WHERE contact_id = OLD.id") +
+         TriggerSql(Groups(), "delete", "DELETE FROM memberships WHERE group_id = OLD.id") +
+         TriggerSql("memberships", "insert", TouchSql("NEW.contact_id")) +
+         TriggerSql("memberships", "delete", TouchSql("OLD.contact_id")) +
+         TriggerSql("memberships", "update", TouchSql("OLD.contact_id") + ";\n  " + TouchSql("NEW.contact_id"));
+}
+
+std::string PicturesSql() {
+  return "CREATE TABLE IF NOT EXISTS pictures (\n"
+         "  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN 1 AND 4294967295),\n"
+         "  data BLOB NOT NULL CHECK (typeof(data) = 'blob' AND length(data) <= " +
+         std::to_string(qv::contacts::kMostPictureBytes) + "));";
+}
+
+std::string NameIndexSql(const std::string& table) {
+  return "CREATE INDEX IF NOT EXISTS " + table + "_name ON " + table + " (name);";
+}
+
+/// Makes what stands beside the tables of records, which must be there; returns the database.
+Database& WithTheRest(Database& database) {
+  Transaction transaction(database);
+  database.Execute(MembershipsSql() + PicturesSql() + NameIndexSql(Contacts()) + NameIndexSql(Groups()));
+  transaction.Commit();
+  return database;
+}
+
+std::string FindByNameSql(const std::string& table) {
+  return "SELECT id FROM " + table + " WHERE name = ? ORDER BY id LIMIT 1";
+}
+
+}  // namespace
+
+ContactDatabase::ContactDatabase(Database& database)
+    : tables_{{database, kContactKinds[kContacts]}, {database, kContactKinds[kContactGroups]}},
+      database_(WithTheRest(database)),
+      find_by_name_{database.Prepare(FindByNameSql(Contacts())), database.Prepare(FindByNameSql(Groups()))},
+      find_contact_(database.Prepare("SELECT 1 FROM " + Contacts() + " WHERE id = ?")),
+      groups_of_(database.Prepare("SELECT group_id FROM memberships WHERE contact_id = ? ORDER BY group_id")),
+      add_to_group_(
+          database.Prepare("INSERT OR IGNORE INTO memberships SELECT ?1, id FROM " + Groups() + " WHERE id = ?2")),
+      leave_groups_(database.Prepare("DELETE FROM memberships WHERE contact_id = ?")),
+      count_pictures_(database.Prepare("SELECT count(*) FROM pictures")),
+      read_picture_(database.Prepare("SELECT data FROM pictures WHERE id = ?")),
+      insert_picture_(database.Prepare("INSERT INTO pictures (data) VALUES (?)")),
+      delete_picture_(database.Prepare("DELETE FROM pictures WHERE id = ?")) {}
+
+std::optional<std::uint32_t> ContactDatabase::FindByName(std::size_t table, std::u16string_view name) const {
+  // As a record would have it: the column's value depends on the slot.
+  std::vector<std::uint8_t> record(kStoreName.offset + kStoreName.size);
+  name = name.substr(0, kStoreName.size / sizeof(name[0]));
+  std::copy_n(reinterpret_cast<const std::uint8_t*>(name.data()), name.size() * sizeof(name[0]),
+              record.data() + kStoreName.offset);
+  Query query(find_by_name_[table]);
+  BindColumn(kStoreName, record.data(), query, 1);
+  if (!query.Step()) return std::nullopt;
+  return static_cast<std::uint32_t>(query.Number(0));
+}
+
+void ContactDatabase::ExpectContact(std::uint32_t id) const {
+  Query query(find_contact_);
+  query.Bind(1, std::int64_t{id});
+  if (!query.Step()) throw UnknownId(id);
+}
+
+std::vector<std::uint32_t> ContactDatabase::GroupsOf(std::uint32_t contact) const {
+  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  ExpectContact(contact);
+  Query query(groups_of_);
+  query.Bind(1, std::int64_t{contact});
+  std::vector<std::uint32_t> groups;
+  while (query.Step()) groups.push_back(static_cast<std::uint32_t>(query.Number(0)));
+  return groups;
+}
+
+void ContactDatabase::AddToGroups(std::uint32_t contact, std::span<const std::uint32_t> groups) {
+  Transaction transaction(database_);
+  ExpectContact(contact);
+  for (const std::uint32_t group : groups) {
+    Query query(add_to_group_);
+    query.Bind(1, std::int64_t{contact});
+    query.Bind(2, std::int64_t{group});
+    query.Run();
+  }
+  transaction.Commit();
+}
+
+void ContactDatabase::ReplaceGroups(std::uint32_t contact, std::span<const std::uint32_t> groups) {
+  Transaction transaction(database_);
+  {
+    Query query(leave_groups_);
+    query.Bind(1, std::int64_t{contact});
+    query.Run();
+  }
+  AddToGroups(contact, groups);
+  transaction.Commit();
+}
+
+std::uint32_t ContactDatabase::CountPictures() const {
+  Query query(count_pictures_);
+  query.Step();
+  return static_cast<std::uint32_t>(query.Number(0));
+}
+
+std::vector<std::uint8_t> ContactDatabase::ReadPicture(std::uint32_t id) const {
+  Query query(read_picture_);
+  query.Bind(1, std::int64_t{id});
+  if (!query.Step()) throw UnknownId(id);
+  const std::span<const std::uint8_t> data = query.Blob(0);
+  return {data.begin(), data.end()};
+}
+
+std::uint32_t ContactDatabase::InsertPicture(std::span<const std::uint8_t> data) {
+  Transaction transaction(database_);
+  {
+    Query query(insert_picture_);
+    query.Bind(1, data);
+    query.Run();
+  }
+  const auto id = static_cast<std::uint32_t>(database_.LastInsertedId());
+  transaction.Commit();
+  return id;
+}
+
+void ContactDatabase::DeletePicture(std::uint32_t id) {
+  Transaction transaction(database_);
+  {
+    Query query(delete_picture_);
+    query.Bind(1, std::int64_t{id});
+    query.Run();
+  }
+  if (database_.ChangedRows() == 0) throw UnknownId(id);
+  transaction.Commit();
+}
+
+}  // namespace stores

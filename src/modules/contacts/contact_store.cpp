@@ -1,0 +1,106 @@
+// What ContactStore.dll does its own way: a session, six numbers for a time, no count of groups before an export.
+#include "modules/contacts/contact_store.h"
+
+#include <algorithm>
+
+#include "layout/bytes.h"
+#include "platform/coredll.h"
+
+namespace qv::contacts {
+namespace {
+
+/// What lists of records have room for at least: of groups an export carries no more than these.
+constexpr std::uint32_t kListRoom[] = {3000, 100};
+
+/// An entry as the store fills it, where afterwards a SyncInfoEntry lies: id, then year, month, day, hour, minute and
+/// second in 16 bits each. The zero time stands for one that does not exist.
+void TakeTime(SyncInfoEntry& entry) {
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&entry);
+  const auto part = [&](std::size_t i) {
+    return static_cast<std::uint16_t>(layout::LoadNumber(bytes + sizeof(entry.id) + 2 * i, 2));
+  };
+  const coredll::SYSTEMTIME time = {.wYear = part(0),
+                                    .wMonth = part(1),
+                                    .wDayOfWeek = 0,
+                                    .wDay = part(2),
+                                    .wHour = part(3),
+                                    .wMinute = part(4),
+                                    .wSecond = part(5),
+                                    .wMilliseconds = 0};
+  coredll::FILETIME file_time = {};
+  if (coredll::SystemTimeToFileTime(&time, &file_time) == 0) file_time = {};
+  entry = {.id = entry.id, .unused = 0, .time_low = file_time.dwLowDateTime, .time_high = file_time.dwHighDateTime};
+}
+
+}  // namespace
+
+Store::Store(const char16_t* name) : Library(name) {
+  if (auto* const initialize = Resolve<InitializeFunction>(u"DTP_Initialize")) (void)initialize(0);
+}
+
+Store::~Store() {
+  if (auto* const uninitialize = Resolve<UnInitializeFunction>(u"DTP_UnInitialize")) (void)uninitialize();
+}
+
+ContactTable::ContactTable(const Library& store, std::uint32_t number, const TableNames& names)
+    : StoreTable(number, names), store_(store), entry_points_(kEntryPoints[number]) {}
+
+bool ContactTable::LookUp(Use use) {
+  // The groups are not counted: their list has a room of its own.
+  if (number() == kMainTable && (count_ = store_.Resolve<CountFunction>(entry_points_.count)) == nullptr) return false;
+  list_ = store_.Resolve<ListFunction>(entry_points_.list);
+  if (list_ == nullptr || use == Use::kList) return list_ != nullptr;
+  read_ = store_.Resolve<ReadFunction>(entry_points_.read);
+  return read_ != nullptr;
+}
+
+Result ContactTable::Count(std::uint32_t* count) {
+  *count = kListRoom[number()];
+  if (number() == kGroupTable) return Result::kOk;
+  std::int32_t counted = 0;
+  if (count_(&counted) != 0) return Result::kCountFailed;
+  *count = static_cast<std::uint32_t>(std::max(counted, 0));
+  return Result::kOk;
+}
+
+Result ContactTable::GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) {
+  if (!List(count, entries)) return Result::kSyncInfoFailed;
+  for (std::uint32_t i = 0; i < *count; ++i) TakeTime(entries[i]);
+  return *count == 0 ? EmptyResult() : Result::kOk;
+}
+
+bool ContactTable::Read(std::span<const std::uint32_t> ids, void* records) {
+  return read_(ids.data(), static_cast<std::int32_t>(ids.size()), records) == 0;
+}
+
+bool ContactTable::LookUpForEmptying() {
+  // Without a count there is still the room that the list always had.
+  count_ = store_.Resolve<CountFunction>(entry_points_.count);
+  list_ = store_.Resolve<ListFunction>(entry_points_.list);
+  erase_ = store_.Resolve<DeleteFunction>(entry_points_.erase);
+  return list_ != nullptr && erase_ != nullptr;
+}
+
+Result ContactTable::Empty() {
+  std::int32_t counted = 0;
+  if (count_ != nullptr && count_(&counted) != 0) counted = 0;
+  std::uint32_t count = std::max(static_cast<std::uint32_t>(std::max(counted, 0)), kListRoom[number()]);
+  SyncInfoList info;
+  if (!info.Resize(count)) return Result::kNoMemory;
+  if (!List(&count, info.data())) return Result::kSyncInfoFailed;
+  info.Shrink(count);
+  info.QueueAll();
+  const std::span<const std::uint32_t> ids = info.QueuedIds();
+  if (ids.empty()) return Result::kOk;
+  return erase_(ids.data(), static_cast<std::int32_t>(ids.size())) == 0 ? Result::kOk : Result::kWipeFailed;
+}
+
+bool ContactTable::List(std::uint32_t* count, SyncInfoEntry* entries) {
+  const auto room = static_cast<std::int32_t>(*count);
+  std::int32_t listed = room;  // The store is not asked to look at it, but a careful one does.
+  if (list_(&listed, entries) != 0) return false;
+  *count = static_cast<std::uint32_t>(std::clamp(listed, 0, room));
+  return true;
+}
+
+}  // namespace qv::contacts

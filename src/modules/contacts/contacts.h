@@ -1,0 +1,126 @@
+// Module 1, the contacts: contacts in groups, each with at most one picture, kept by ContactStore.dll. Two tables as in
+// other modules, and two further ones, which have steps of their own: memberships and pictures.
+#ifndef QV_MODULES_CONTACTS_CONTACTS_H
+#define QV_MODULES_CONTACTS_CONTACTS_H
+
+#include "modules/contacts/contact_store.h"
+#include "modules/contacts/contacts_layout.h"
+#include "platform/file.h"
+#include "platform/memory.h"
+#include "sync/changes.h"
+#include "sync/exchange_directory.h"
+#include "sync/file_forms.h"
+#include "sync/form_rules.h"
+#include "sync/module_names.h"
+#include "sync/procedure.h"
+#include "sync/result_words.h"
+#include "sync/sync_mode.h"
+
+namespace qv::contacts {
+
+inline constexpr std::uint32_t kPictureTable = 2;  ///< In change lists: the contact's picture changed.
+
+inline constexpr TableNames kTables[] = {
+    {.exchange_file = u"linkman.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\linkman.log", .layout = &kContactLayout},
+    {.exchange_file = u"groupmgr.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\lkmgroup.log", .layout = &kGroupLayout},
+    {.exchange_file = u"groupattach.tbl", .layout = &kMembershipLayout},
+    {.exchange_file = u"image.tbl", .layout = &kPictureLayout},
+};
+inline constexpr const char16_t* kMembershipFile = kTables[2].exchange_file;
+inline constexpr const char16_t* kPictureFile = kTables[3].exchange_file;
+
+inline constexpr ModuleNames kNames = {
+    .store_library = u"ContactStore.dll",
+    .anchor_key = u"LINKMAN",
+    .change_list = u"lkmcmd.tbl",
+    .id_map = u"lkmmap.tbl",
+    .tables = kTables,
+};
+
+inline constexpr StepFlag kMembershipsExported{0x8000000};
+inline constexpr StepFlag kPicturesExported{0x9000000};
+inline constexpr StepFlag kContactsApplied{0x3000000};
+inline constexpr StepFlag kGroupsApplied{0x4000000};
+inline constexpr StepFlag kIdMapWritten{0x6000000};
+inline constexpr StepFlag kMembershipsApplied{0xA000000};
+inline constexpr StepFlag kPicturesApplied{0xB000000};
+
+inline constexpr StepWords kStepWords[] = {
+    {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the table's snapshot log"},
+    {Direction::kExport, Modes::kAny, StepFlag::kTable0Exported, "exporting the contacts"},
+    {Direction::kExport, Modes::kAny, StepFlag::kTable1Exported, "exporting the groups"},
+    {Direction::kExport, Modes::kAny, kMembershipsExported, "exporting who belongs to which group"},
+    {Direction::kExport, Modes::kAny, kPicturesExported, "exporting the pictures"},
+    {Direction::kExport, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
+    {Direction::kRecover, Modes::kIncremental, StepFlag::kChangeListApplied, "applying the change list's deletions"},
+    {Direction::kRecover, Modes::kAny, kPicturesApplied, "inserting the pictures"},
+    {Direction::kRecover, Modes::kAny, kGroupsApplied, "applying the groups"},
+    {Direction::kRecover, Modes::kAny, kContactsApplied, "applying the contacts"},
+    {Direction::kRecover, Modes::kAny, kMembershipsApplied, "applying who belongs to which group"},
+    {Direction::kRecover, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
+    {Direction::kRecover, Modes::kAny, kIdMapWritten, "writing the id map"},
+};
+
+/// What the fields that no table can say follow from, for those who read the forms.
+inline constexpr RuleWords kRules[] = {
+    {&kContactLayout, "first_date_mark, second_date_mark: an export writes 14; a recover does not read them."},
+    {&kContactLayout,
+     "default_number: an export looks for the first number_type above 128, writes its number (1 to 8) here, and the "
+     "type without the 128; 0 when there is none. A recover adds 128 to the type of this number or, when the field is "
+     "not 1 to 8, to that of the first number that has a text."},
+    {&kContactLayout,
+     "chosen_flag: an export that finds first_flag above 128 writes 1 here, and the flag without the 128; second_flag "
+     "travels as it is. A recover adds 128 to the first flag for 1 and to the second for 2; for anything else to the "
+     "first if text_860 is not empty, or else to the second if text_990 is not empty."},
+    {&kContactLayout,
+     "The dates: an export copies them. A recover takes neither when the first date's year is 1900, its month is 1 or "
+     "its day is 1."},
+    {&kContactLayout,
+     "The reminders: the store has 100 for on and 0 for off; an export writes 1 for anything above 0. A recover sets "
+     "each only when its date's year, month and day are not 0."},
+    {&kContactLayout,
+     "The store record also has the byte 17, the kind (1 for a contact), and the word 2548, of which an export writes "
+     "the low byte at 3516 and which a recover leaves 0."},
+    {&kGroupLayout, "The store record also has the byte 17, the kind (2 for a group)."},
+    {&kMembershipLayout, "A contact in no group has no record."},
+    {&kPictureLayout, "A picture longer than 8192 bytes is exported as 8192, and ends a recover."},
+};
+
+/// Serves one call: loads and initialises the store when it is made, takes leave of it when it goes.
+class ContactsHandler {
+ public:
+  /// Writes the tables into `directory` (UTF-16LE, any alignment). `mode` becomes kFull when an incremental export
+  /// cannot be honoured; `anchor` (kAnchorCapacity characters; null in a plain copy) receives the new anchor. Results
+  /// as in kStepWords; kFileFailed without a flag when a file cannot be created.
+  Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
+
+  /// Applies the tables in `directory`, and deletes them when all went well. Results as in kStepWords; without a flag
+  /// kEntryPointMissing, kSyncInfoFailed, kWipeFailed and kNoMemory when the store could not be emptied.
+  Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
+
+ private:
+  Result WriteSnapshots();
+
+  Result ExportTables(SyncMode mode);
+  Result ExportContacts(File* change_list, SyncInfoList& contacts, List<std::uint32_t>& pictures);
+  Result ExportGroups(File* change_list);
+  Result ExportMemberships(std::span<const std::uint32_t> contacts);
+  Result ExportPictures(std::span<const std::uint32_t> pictures);
+
+  Result EmptyStore();
+  Result ApplyTables(ApplyForm form);
+  Result ApplyChangeList();
+  Result ApplyPictures();
+  Result ApplyTable(std::uint32_t number, ApplyForm form);
+  Result ApplyMemberships(ApplyForm form);
+
+  Store store_{kNames.store_library};
+  ExchangeDirectory directory_;
+  ChangeList changes_;
+  IdMap id_map_;
+  IdMap new_pictures_;  ///< Of kPictureTable. They are no business of the desktop's, so they have a map of their own.
+};
+
+}  // namespace qv::contacts
+
+#endif  // QV_MODULES_CONTACTS_CONTACTS_H

@@ -1,0 +1,59 @@
+// Times and fields of sample records.
+#include "tools/qvdesk/sample_data.h"
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+
+#include "tools/qvdesk/field_value.h"
+
+namespace qvdesk {
+
+stores::FileTime ModifiedTime(Dice& dice) {
+  constexpr auto kSince1601 = kSampleDay - std::chrono::sys_days(std::chrono::January / 1 / 1601);
+  constexpr std::uint32_t kHalfYear = 180 * 86400;
+  const auto second = std::chrono::seconds(kSince1601).count() - 1 - dice.Roll(kHalfYear);
+  return second * stores::kSecond;
+}
+
+std::string NameByTurns(std::span<const std::string_view> names, std::uint32_t i) {
+  const std::string_view name = names[i % names.size()];
+  return i < names.size() ? std::string(name) : fmt::format("{} {}", name, i / names.size() + 1);
+}
+
+void RecordBuilder::Set(std::string_view field, std::uint32_t value) {
+  qv::layout::StoreSlot(SlotOf(field), record_.data(), value);
+}
+
+void RecordBuilder::Set(std::string_view field, std::string_view text) {
+  if (!StoreText(text, SlotOf(field), record_)) throw std::logic_error(fmt::format("{}: text too long", field));
+}
+
+void RecordBuilder::SetDate(const std::string& prefix, std::chrono::sys_days day) {
+  const std::chrono::year_month_day date(day);
+  Set(prefix + "_year", static_cast<std::uint32_t>(static_cast<int>(date.year())));
+  Set(prefix + "_month", static_cast<unsigned>(date.month()));
+  Set(prefix + "_day", static_cast<unsigned>(date.day()));
+}
+
+void RecordBuilder::SetTime(const std::string& prefix, std::uint32_t minutes) {
+  Set(prefix + "_hour", minutes / 60 % 24);
+  Set(prefix + "_minute", minutes % 60);
+}
+
+void RecordBuilder::SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice) {
+  Set(count_field, count);
+  const std::size_t begin = layout_.items[run].store_offset;
+  for (std::size_t i = 0; i < std::size_t{count} * layout_.items[run].item.size; ++i) {
+    record_[begin + i] = static_cast<std::uint8_t>(dice.Roll(256));
+  }
+}
+
+const qv::layout::Slot& RecordBuilder::SlotOf(std::string_view name) const {
+  for (const qv::layout::Field& field : layout_.fields) {
+    if (field.name == name && field.store.form != qv::layout::Form::kNone) return field.store;
+  }
+  throw std::logic_error(fmt::format("the store's {} has no field {}", layout_.name, name));
+}
+
+}  // namespace qvdesk

@@ -1,0 +1,69 @@
+// What the makers of sample data share: dice that fall the same everywhere, records that are filled by field names.
+#ifndef QV_TOOLS_QVDESK_SAMPLE_DATA_H
+#define QV_TOOLS_QVDESK_SAMPLE_DATA_H
+
+#include <chrono>
+#include <cstdint>
+#include <random>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/stores/record_store.h"
+#include "layout/record_layout.h"
+
+namespace qvdesk {
+
+/// The day on which the sample data was last touched; the schedule begins with it.
+inline constexpr auto kSampleDay = std::chrono::sys_days(std::chrono::January / 5 / 2026);
+
+/// The same numbers from the same seed with every compiler.
+class Dice {
+ public:
+  explicit Dice(std::uint32_t seed) : engine_(seed) {}
+
+  /// 0 to sides - 1.
+  std::uint32_t Roll(std::size_t sides) { return static_cast<std::uint32_t>(engine_() % sides); }
+  bool OneIn(std::size_t sides) { return Roll(sides) == 0; }
+  template <typename T>
+  const T& Pick(std::span<const T> from) {
+    return from[Roll(from.size())];
+  }
+  std::string_view Pick(std::span<const std::string_view> from) { return Pick<std::string_view>(from); }
+
+ private:
+  std::mt19937 engine_;
+};
+
+/// Some time in the half year before kSampleDay, to the second.
+stores::FileTime ModifiedTime(Dice& dice);
+
+/// The name of number `i` of things that are called by turns: what comes round again is numbered.
+std::string NameByTurns(std::span<const std::string_view> names, std::uint32_t i);
+
+/// A store record that is filled field by field, by the names of its layout.
+class RecordBuilder {
+ public:
+  explicit RecordBuilder(const qv::layout::RecordLayout& layout) : layout_(layout), record_(layout.store_size) {}
+
+  void Set(std::string_view field, std::uint32_t value);
+  /// Throws std::logic_error when the text does not fit.
+  void Set(std::string_view field, std::string_view text);
+  void SetDate(const std::string& prefix, std::chrono::sys_days day);
+  void SetTime(const std::string& prefix, std::uint32_t minutes);
+  /// Items of made-up bytes.
+  void SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice);
+
+  const std::uint8_t* data() const { return record_.data(); }
+
+ private:
+  const qv::layout::Slot& SlotOf(std::string_view name) const;
+
+  const qv::layout::RecordLayout& layout_;
+  std::vector<std::uint8_t> record_;
+};
+
+}  // namespace qvdesk
+
+#endif  // QV_TOOLS_QVDESK_SAMPLE_DATA_H

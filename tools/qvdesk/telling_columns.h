@@ -1,0 +1,27 @@
+// The columns of the table view: of all that a record holds, what tells it apart for a person.
+#ifndef QV_TOOLS_QVDESK_TELLING_COLUMNS_H
+#define QV_TOOLS_QVDESK_TELLING_COLUMNS_H
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "layout/record_layout.h"
+#include "tools/qvdesk/record_file.h"
+
+namespace qvdesk {
+
+/// Made of one or more fields.
+struct Column {
+  std::string title;
+  std::function<std::string(const RecordView&)> text;  ///< Empty where the record has nothing to say.
+  bool whole = true;                                   ///< Not to be cut.
+};
+
+/// For the records of a file in `directory`, where contacts find their pictures. The layout must outlive the columns.
+std::vector<Column> TellingColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
+
+}  // namespace qvdesk
+
+#endif  // QV_TOOLS_QVDESK_TELLING_COLUMNS_H
