@@ -38,7 +38,7 @@ inline constexpr CodeWords kCodeWords[] = {
     {Result::kUpdateFailed, Directions::kRecover, "the store refused to update a record",
      "records before it were applied; the exchange files are kept"},
     {Result::kDeleteFailed, Directions::kRecover, "the store refused to delete records",
-     "deletions of the other table may have been applied, nothing else; the exchange files are kept"},
+     "other deletions may have been applied, nothing else; the exchange files are kept"},
     {Result::kRefused502, Directions::kRecover, "the store refused to insert records, for its reason -502",
      "records before them were applied; the exchange files are kept"},
     {Result::kRefused503, Directions::kRecover, "the store refused to insert records, for its reason -503",

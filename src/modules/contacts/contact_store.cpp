@@ -73,24 +73,24 @@ bool ContactTable::Read(std::span<const std::uint32_t> ids, void* records) {
   return read_(ids.data(), static_cast<std::int32_t>(ids.size()), records) == 0;
 }
 
-bool ContactTable::LookUpForEmptying() {
-  // Without a count there is still the room that the list always had.
-  count_ = store_.Resolve<CountFunction>(entry_points_.count);
+Result ContactTable::PrepareEmptying() {
   list_ = store_.Resolve<ListFunction>(entry_points_.list);
   erase_ = store_.Resolve<DeleteFunction>(entry_points_.erase);
-  return list_ != nullptr && erase_ != nullptr;
+  if (list_ == nullptr || erase_ == nullptr) return Result::kEntryPointMissing;
+  // A store that does not count has the room that the list always had.
+  auto* const count = store_.Resolve<CountFunction>(entry_points_.count);
+  std::int32_t counted = 0;
+  if (count != nullptr && count(&counted) != 0) counted = 0;
+  const std::uint32_t room = std::max(static_cast<std::uint32_t>(std::max(counted, 0)), kListRoom[number()]);
+  return to_erase_.Resize(room) ? Result::kOk : Result::kNoMemory;
 }
 
 Result ContactTable::Empty() {
-  std::int32_t counted = 0;
-  if (count_ != nullptr && count_(&counted) != 0) counted = 0;
-  std::uint32_t count = std::max(static_cast<std::uint32_t>(std::max(counted, 0)), kListRoom[number()]);
-  SyncInfoList info;
-  if (!info.Resize(count)) return Result::kNoMemory;
-  if (!List(&count, info.data())) return Result::kSyncInfoFailed;
-  info.Shrink(count);
-  info.QueueAll();
-  const std::span<const std::uint32_t> ids = info.QueuedIds();
+  std::uint32_t count = to_erase_.size();
+  if (!List(&count, to_erase_.data())) return Result::kSyncInfoFailed;
+  to_erase_.Shrink(count);
+  to_erase_.QueueAll();
+  const std::span<const std::uint32_t> ids = to_erase_.QueuedIds();
   if (ids.empty()) return Result::kOk;
   return erase_(ids.data(), static_cast<std::int32_t>(ids.size())) == 0 ? Result::kOk : Result::kWipeFailed;
 }

@@ -76,8 +76,9 @@ class ContactTable final : public StoreTable {
   /// Fills records that the caller cleared. False when the store fails.
   [[nodiscard]] bool Read(std::span<const std::uint32_t> ids, void* records);
 
-  [[nodiscard]] bool LookUpForEmptying();
-  /// Deletes all records in one call, which is not made for none. kNoMemory, kSyncInfoFailed, kWipeFailed.
+  /// Looks up what Empty needs and makes room for the list. kEntryPointMissing, kNoMemory.
+  Result PrepareEmptying();
+  /// Deletes all records in one call, which is not made for none. kSyncInfoFailed, kWipeFailed.
   Result Empty();
 
  private:
@@ -90,6 +91,7 @@ class ContactTable final : public StoreTable {
   ListFunction* list_ = nullptr;
   ReadFunction* read_ = nullptr;
   DeleteFunction* erase_ = nullptr;
+  SyncInfoList to_erase_;
 };
 
 }  // namespace qv::contacts

@@ -91,11 +91,12 @@ class ContactsHandler {
  public:
   /// Writes the tables into `directory` (UTF-16LE, any alignment). `mode` becomes kFull when an incremental export
   /// cannot be honoured; `anchor` (kAnchorCapacity characters; null in a plain copy) receives the new anchor. Results
-  /// as in kStepWords; kFileFailed without a flag when a file cannot be created.
+  /// as in kStepWords; without a flag kStoreNotLoaded, and kFileFailed when a file cannot be created.
   Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
 
   /// Applies the tables in `directory`, and deletes them when all went well. Results as in kStepWords; without a flag
-  /// kEntryPointMissing, kSyncInfoFailed, kWipeFailed and kNoMemory when the store could not be emptied.
+  /// kStoreNotLoaded, kFileFailed for a directory that is too long, and kEntryPointMissing, kSyncInfoFailed,
+  /// kWipeFailed and kNoMemory when the store could not be emptied.
   Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
 
  private:

@@ -60,7 +60,7 @@ Result ContactsHandler::ExportContacts(File* change_list, SyncInfoList& contacts
     for (std::size_t i = 0; i < ids.size(); ++i) {
       const std::uint8_t* const record = records.data() + i * kStoreSize;
       const std::uint32_t picture = layout::LoadSlot(kStorePicture, record);
-      if (picture != 0 && !pictures.Append(picture)) return Result::kNoMemory;
+      if (picture != kNoPicture && !pictures.Append(picture)) return Result::kNoMemory;
       ContactToExchange(record, exchange.data() + i * kContactExchangeSize);
     }
     return exchange_table.Write(exchange.data(), ids.size() * kContactExchangeSize) ? Result::kOk : Result::kFileFailed;

@@ -26,6 +26,7 @@ inline constexpr std::uint32_t kNumbers = 8;  ///< Telephone numbers and the lik
 inline constexpr layout::Slot kRecordId = layout::U32(0);  ///< In all forms, on both sides.
 inline constexpr layout::Slot kStoreName = layout::Text(18, 62);
 inline constexpr layout::Slot kStorePicture = layout::U32(2284);
+inline constexpr std::uint32_t kNoPicture = 0;
 inline constexpr layout::Slot kMembershipCount = layout::U32(4);  ///< On both sides.
 inline constexpr layout::Slot kMembershipGroups = layout::Bytes(8, 4 * kMostGroupsOfContact);
 inline constexpr layout::Slot kStorePictureLength = layout::U16(4);
@@ -48,8 +49,8 @@ void PictureToExchange(const std::uint8_t* store, std::uint8_t* exchange);
 /// a record has room for are cut to the room.
 std::uint8_t* AppendMembership(const std::uint8_t* store, std::uint8_t* end);
 
-// The derived fields of a contact, in a record whose table fields are filled. A flag or type byte with its highest bit
-// set is the chosen one in the store; the exchange record says which one in a field of its own.
+// The derived fields of a contact, in a record whose table fields are filled. A flag or type byte above 128 is the
+// chosen one in the store; the exchange record says which one in a field of its own.
 
 void TakeDefaultNumber(std::uint8_t* exchange);
 void TakeChosenFlag(std::uint8_t* exchange);

@@ -79,7 +79,7 @@ class TableWriter {
   Result CountRoom(std::size_t& room) const {
     std::int32_t present = 0;
     if (count_(&present) != 0) return Result::kCountFailed;
-    room = kMostRecords[number_] - static_cast<std::uint32_t>(std::clamp(present, 0, kMostRecords[number_]));
+    room = static_cast<std::size_t>(kMostRecords[number_] - std::clamp(present, 0, kMostRecords[number_]));
     return Result::kOk;
   }
 
@@ -210,8 +210,9 @@ void TranslateGroups(const IdMap& id_map, std::uint8_t* record) {
 Result ContactsHandler::EmptyStore() {
   ContactTable groups(store_, kGroupTable, kTables[kGroupTable]);
   ContactTable contacts(store_, kMainTable, kTables[kMainTable]);
-  // Both are looked up before either is emptied: a store that lacks an entry point must not lose half of its records.
-  if (!groups.LookUpForEmptying() || !contacts.LookUpForEmptying()) return Result::kEntryPointMissing;
+  // Both are prepared before either is emptied: a store that cannot be emptied whole must not lose half of its records.
+  if (const Result prepared = groups.PrepareEmptying(); IsFailure(prepared)) return prepared;
+  if (const Result prepared = contacts.PrepareEmptying(); IsFailure(prepared)) return prepared;
   if (const Result emptied = groups.Empty(); IsFailure(emptied)) return emptied;
   return contacts.Empty();
 }
@@ -239,7 +240,7 @@ Result ContactsHandler::ApplyChangeList() {
     std::fill(contact.begin(), contact.end(), std::uint8_t{0});
     if (read_contacts(&id, 1, contact.data()) != 0) return Result::kReadFailed;
     const std::uint32_t picture = layout::LoadSlot(kStorePicture, contact.data());
-    return picture == 0 || delete_picture(picture) == 0 ? Result::kOk : Result::kDeleteFailed;
+    return picture == kNoPicture || delete_picture(picture) == 0 ? Result::kOk : Result::kDeleteFailed;
   };
 
   Deletions deletions;
@@ -282,7 +283,7 @@ Result ContactsHandler::ApplyPictures() {
     std::uint32_t new_id = 0;
     switch (load(record.data(), &new_id)) {
       case 0:
-        if (!new_pictures_.Append(kPictureTable, new_id, layout::LoadSlot(kRecordId, record.data()))) {
+        if (!new_pictures_.Append(kPictureTable, new_id, layout::LoadSlot(kRecordId, exchange.data()))) {
           return Result::kNoMemory;
         }
         break;
@@ -311,7 +312,8 @@ Result ContactsHandler::ApplyTable(std::uint32_t number, ApplyForm form) {
     if (count == 0) return read;
     const std::size_t taken = std::min(count, room);
     room -= taken;
-    // Refused groups, too, are told as contacts: desktops look for both there.
+    // Refused groups, too, are told as contacts: desktops look for both there. So the membership of a contact that
+    // comes under a refused group's id counts as a refused contact's.
     for (std::size_t i = taken; i < count; ++i) {
       const std::uint32_t id = layout::LoadSlot(kRecordId, chunk.data() + i * record_size);
       if (!id_map_.Append(kMainTable, kRefused, id)) return Result::kNoMemory;
@@ -322,7 +324,9 @@ Result ContactsHandler::ApplyTable(std::uint32_t number, ApplyForm form) {
         if (number == kGroupTable) return GroupToStore(exchange, record);
         ContactToStore(exchange, record);
         const std::uint32_t picture = layout::LoadSlot(kStorePicture, record);
-        layout::StoreSlot(kStorePicture, record, new_pictures_.Translate(kPictureTable, picture));
+        if (picture != kNoPicture) {
+          layout::StoreSlot(kStorePicture, record, new_pictures_.Translate(kPictureTable, picture));
+        }
       });
       if (IsFailure(done)) return done;
     }

@@ -108,9 +108,9 @@ class ContactsFailureTest : public FaultSweepTest {
     if (mode == 3) {
       steps.push_back({"GetProcAddressW", u"DTP_PIMDeleteGroup", 1, kChangeListApplied});
     } else if (mode != 5) {
+      steps.push_back({"GetProcAddressW", u"DTP_PIMGetAllgroupSyncid", 1, 0});
       // A store that does not count is emptied all the same.
       steps.push_back({"GetProcAddressW", u"DTP_PIMGetAllGroupNum", 1, kUnreported});
-      steps.push_back({"GetProcAddressW", u"DTP_PIMGetAllgroupSyncid", 1, 0});
       steps.push_back({"GetProcAddressW", u"DTP_PIMGetAllManNum", 1, kUnreported});
     }
     return {.name = name,
