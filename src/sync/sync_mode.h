@@ -9,7 +9,7 @@ namespace qv {
 /// Any number can come from the desktop; comparisons are signed, so that a negative mode behaves like kFull.
 enum class SyncMode : std::int32_t {
   kFull = 1,          ///< All records.
-  kReplace = 2,       ///< As kFull; a recover empties the store first.
+  kReplace = 2,       ///< As kFull; a recover empties the store first. Some modules empty it in further modes.
   kIncremental = 3,   ///< Only what changed.
   kPlainCopy = 4,     ///< This and above: all records, and nothing remembered.
   kLocalRecover = 5,  ///< What recovers asked for on the handset itself run with.

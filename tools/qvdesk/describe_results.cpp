@@ -51,11 +51,11 @@ std::string WithoutStep() {
     text += fmt::format("| {} | {} | {} |\n", NumberOf(code), NameOf(directions), when);
   };
   row(Result::kStoreNotLoaded, qv::Directions::kBoth, "the store library could not be loaded");
-  row(Result::kEntryPointMissing, qv::Directions::kRecover, "replace mode: the store cannot be asked to empty itself");
-  row(Result::kSyncInfoFailed, qv::Directions::kRecover, "replace mode: the store cannot say which records to delete");
-  row(Result::kWipeFailed, qv::Directions::kRecover, "replace mode: the store refused to empty itself");
+  row(Result::kEntryPointMissing, qv::Directions::kRecover, "emptying the store: it cannot be asked to");
+  row(Result::kSyncInfoFailed, qv::Directions::kRecover, "emptying the store: it cannot say which records to delete");
+  row(Result::kWipeFailed, qv::Directions::kRecover, "emptying the store: it refused");
   row(Result::kNoMemory, qv::Directions::kBoth, "there was no memory for the anchor");
-  row(Result::kNoMemory, qv::Directions::kRecover, "replace mode: there was no memory for the records to delete");
+  row(Result::kNoMemory, qv::Directions::kRecover, "emptying the store: there was no memory for the records to delete");
   row(Result::kFileFailed, qv::Directions::kBoth, "the exchange directory's path is too long");
   row(Result::kFileFailed, qv::Directions::kExport, "an exchange table or the change list cannot be created");
   return text + "\n";

@@ -210,7 +210,8 @@ void AddOptions(CLI::App& command, Options& options) {
       command
           .add_option(
               "--mode", options.mode,
-              "full (1): all records; replace (2): as full, and a recover empties the store first; incremental (3): "
+              "full (1): all records; replace (2): as full, and a recover empties the store first (one of contacts "
+              "does so in every mode but incremental); incremental (3): "
               "what changed since the last synchronisation; plain (4): all records, and nothing is remembered; or "
               "any other number, as a desktop may send it")
           ->capture_default_str();

@@ -34,6 +34,7 @@ Result ContactsHandler::Recover(SyncMode mode, char16_t* anchor, const void* dir
 
   if (!IsRemembered(mode)) return Result::kOk;
   if (const Result written = WriteSnapshots(); IsFailure(written)) return written;
+  // The desktop must learn which contacts were refused, and which were merged with others.
   const Result mapped = WriteIdMap(directory_ / kNames.id_map, id_map_);
   return IsFailure(mapped) ? mapped | kIdMapWritten : Result::kOk;
 }

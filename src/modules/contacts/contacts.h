@@ -18,16 +18,19 @@
 
 namespace qv::contacts {
 
-inline constexpr std::uint32_t kPictureTable = 2;  ///< In change lists: the contact's picture changed.
+/// The table that a change list names for a contact whose picture changed. Pictures have no ids of a desktop's there,
+/// and no place in kTables by this number.
+inline constexpr std::uint32_t kPictureChanges = 2;
+
+inline constexpr char16_t kMembershipFile[] = u"groupattach.tbl";
+inline constexpr char16_t kPictureFile[] = u"image.tbl";
 
 inline constexpr TableNames kTables[] = {
     {.exchange_file = u"linkman.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\linkman.log", .layout = &kContactLayout},
     {.exchange_file = u"groupmgr.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\lkmgroup.log", .layout = &kGroupLayout},
-    {.exchange_file = u"groupattach.tbl", .layout = &kMembershipLayout},
-    {.exchange_file = u"image.tbl", .layout = &kPictureLayout},
+    {.exchange_file = kMembershipFile, .layout = &kMembershipLayout},
+    {.exchange_file = kPictureFile, .layout = &kPictureLayout},
 };
-inline constexpr const char16_t* kMembershipFile = kTables[2].exchange_file;
-inline constexpr const char16_t* kPictureFile = kTables[3].exchange_file;
 
 inline constexpr ModuleNames kNames = {
     .store_library = u"ContactStore.dll",
@@ -94,7 +97,8 @@ class ContactsHandler {
   /// as in kStepWords; without a flag kStoreNotLoaded, and kFileFailed when a file cannot be created.
   Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
 
-  /// Applies the tables in `directory`, and deletes them when all went well. Results as in kStepWords; without a flag
+  /// Applies the tables in `directory`, and deletes them when all went well. Empties the store first in every mode but
+  /// kIncremental and kLocalRecover. Results as in kStepWords; without a flag
   /// kStoreNotLoaded, kFileFailed for a directory that is too long, and kEntryPointMissing, kSyncInfoFailed,
   /// kWipeFailed and kNoMemory when the store could not be emptied.
   Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
@@ -119,7 +123,8 @@ class ContactsHandler {
   ExchangeDirectory directory_;
   ChangeList changes_;
   IdMap id_map_;
-  IdMap new_pictures_;  ///< Of kPictureTable. They are no business of the desktop's, so they have a map of their own.
+  IdMap new_pictures_;  ///< Under kPictureChanges. They are no business of the desktop's, so they have a map of their
+                        ///< own.
 };
 
 }  // namespace qv::contacts

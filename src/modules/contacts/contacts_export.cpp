@@ -10,13 +10,6 @@ namespace {
 /// Records in one call of the store.
 constexpr std::size_t kBatch = 400;
 
-/// A cleared buffer for `count` records. False without memory.
-bool MakeRoom(List<std::uint8_t>& records, std::size_t count, std::size_t record_size) {
-  if (!records.Resize(count * record_size)) return false;
-  std::fill(records.begin(), records.end(), std::uint8_t{0});
-  return true;
-}
-
 void Clear(List<std::uint8_t>& records) {
   std::fill(records.begin(), records.end(), std::uint8_t{0});
 }
@@ -37,6 +30,9 @@ Result ContactsHandler::ExportTables(SyncMode mode) {
   const Result pictures_done = ExportPictures({pictures.data(), pictures.size()});
   return IsFailure(pictures_done) ? pictures_done | kPicturesExported : Result::kOk;
 }
+
+// Where a step opens its table decides which failure is told of several: contacts after the changes are known, groups
+// after they are read, memberships and pictures first.
 
 Result ContactsHandler::ExportContacts(File* change_list, SyncInfoList& contacts, List<std::uint32_t>& pictures) {
   ContactTable table(store_, kMainTable, kTables[kMainTable]);
@@ -79,8 +75,9 @@ Result ContactsHandler::ExportGroups(File* change_list) {
   // There are few groups, so they need no batches.
   List<std::uint8_t> records;
   List<std::uint8_t> exchange;
-  if (!MakeRoom(records, ids.size(), kStoreSize)) return Result::kNoMemory;
+  if (!records.Resize(ids.size() * kStoreSize)) return Result::kNoMemory;
   if (!exchange.Resize(ids.size() * kGroupExchangeSize)) return Result::kNoMemory;
+  Clear(records);
   if (!table.Read(ids, records.data())) return Result::kReadFailed;
   File exchange_table = File::CreateAlways(directory_ / table.names().exchange_file);
   if (!exchange_table.IsOpen()) return Result::kFileFailed;

@@ -220,6 +220,54 @@ void PutReminder(const Date& date, const Slot& from, const std::uint8_t* exchang
   if (IsComplete(date, exchange)) StoreSlot(to, store, LoadSlot(from, exchange) != 0 ? kReminderOn : 0);
 }
 
+// The derived fields of a contact, in a record whose table fields are filled. A flag or type byte above 128 is the
+// chosen one in the store; the exchange record says which one in a field of its own.
+
+void TakeDefaultNumber(std::uint8_t* exchange) {
+  for (std::uint32_t i = 0; i < kNumbers; ++i) {
+    const Slot type = Following(kFirstExchangeType, i);
+    if (!IsMarked(type, exchange)) continue;
+    StoreSlot(type, exchange, LoadSlot(type, exchange) % kMark);
+    StoreSlot(kDefaultNumber, exchange, i + 1);
+    return;
+  }
+}
+
+void TakeReminders(const std::uint8_t* store, std::uint8_t* exchange) {
+  StoreSlot(kExchangeFirstReminder, exchange, IsOn(kFirstReminder, store));
+  StoreSlot(kExchangeSecondReminder, exchange, IsOn(kSecondReminder, store));
+}
+
+void MarkDefaultNumber(const std::uint8_t* exchange, std::uint8_t* store) {
+  const std::uint32_t chosen = LoadSlot(kDefaultNumber, exchange);
+  if (chosen >= 1 && chosen <= kNumbers) return AddMark(Following(kFirstStoreType, chosen - 1), store);
+  for (std::uint32_t i = 0; i < kNumbers; ++i) {
+    if (!IsEmpty(Following(kFirstNumber, i), store)) return AddMark(Following(kFirstStoreType, i), store);
+  }
+}
+
+void MarkChosenFlag(const std::uint8_t* exchange, std::uint8_t* store) {
+  const std::uint32_t chosen = LoadSlot(kChosenFlag, exchange);
+  if (chosen == 1) return AddMark(kFirstFlag, store);
+  if (chosen == 2) return AddMark(kSecondFlag, store);
+  if (!IsEmpty(kFirstFlagText, store)) return AddMark(kFirstFlag, store);
+  if (!IsEmpty(kSecondFlagText, store)) return AddMark(kSecondFlag, store);
+}
+
+void DropUnwantedDates(const std::uint8_t* exchange, std::uint8_t* store) {
+  // The first date decides about both, and one in January or on the first of a month is not taken: desktops send such
+  // dates for "none", and handsets have always read them so.
+  constexpr std::uint32_t kNoYear = 1900;
+  const bool wanted = LoadSlot(kFirstDate.year, exchange) != kNoYear && LoadSlot(kFirstDate.month, exchange) != 1 &&
+                      LoadSlot(kFirstDate.day, exchange) != 1;
+  if (!wanted) std::fill_n(store + kStoreDates.offset, kStoreDates.size, std::uint8_t{0});
+}
+
+void PutReminders(const std::uint8_t* exchange, std::uint8_t* store) {
+  PutReminder(kFirstDate, kExchangeFirstReminder, exchange, kFirstReminder, store);
+  PutReminder(kSecondDate, kExchangeSecondReminder, exchange, kSecondReminder, store);
+}
+
 }  // namespace
 
 constinit const RecordLayout kContactLayout = {"contact", kStoreSize, kContactExchangeSize, kContactFields};
@@ -271,16 +319,6 @@ std::uint8_t* AppendMembership(const std::uint8_t* store, std::uint8_t* end) {
   return std::copy_n(store + kMembershipGroups.offset, 4 * groups, end + kMembershipExchangeSize);
 }
 
-void TakeDefaultNumber(std::uint8_t* exchange) {
-  for (std::uint32_t i = 0; i < kNumbers; ++i) {
-    const Slot type = Following(kFirstExchangeType, i);
-    if (!IsMarked(type, exchange)) continue;
-    StoreSlot(type, exchange, LoadSlot(type, exchange) % kMark);
-    StoreSlot(kDefaultNumber, exchange, i + 1);
-    return;
-  }
-}
-
 void TakeChosenFlag(std::uint8_t* exchange) {
   const std::uint32_t first = LoadSlot(kExchangeFirstFlag, exchange);
   if (IsMarked(kExchangeFirstFlag, exchange)) {
@@ -292,41 +330,6 @@ void TakeChosenFlag(std::uint8_t* exchange) {
     StoreSlot(kExchangeSecondFlag, exchange, first % kMark);
     StoreSlot(kChosenFlag, exchange, 2);
   }
-}
-
-void TakeReminders(const std::uint8_t* store, std::uint8_t* exchange) {
-  StoreSlot(kExchangeFirstReminder, exchange, IsOn(kFirstReminder, store));
-  StoreSlot(kExchangeSecondReminder, exchange, IsOn(kSecondReminder, store));
-}
-
-void MarkDefaultNumber(const std::uint8_t* exchange, std::uint8_t* store) {
-  const std::uint32_t chosen = LoadSlot(kDefaultNumber, exchange);
-  if (chosen >= 1 && chosen <= kNumbers) return AddMark(Following(kFirstStoreType, chosen - 1), store);
-  for (std::uint32_t i = 0; i < kNumbers; ++i) {
-    if (!IsEmpty(Following(kFirstNumber, i), store)) return AddMark(Following(kFirstStoreType, i), store);
-  }
-}
-
-void MarkChosenFlag(const std::uint8_t* exchange, std::uint8_t* store) {
-  const std::uint32_t chosen = LoadSlot(kChosenFlag, exchange);
-  if (chosen == 1) return AddMark(kFirstFlag, store);
-  if (chosen == 2) return AddMark(kSecondFlag, store);
-  if (!IsEmpty(kFirstFlagText, store)) return AddMark(kFirstFlag, store);
-  if (!IsEmpty(kSecondFlagText, store)) return AddMark(kSecondFlag, store);
-}
-
-void DropUnwantedDates(const std::uint8_t* exchange, std::uint8_t* store) {
-  // The first date decides about both, and one in January or on the first of a month is not taken: desktops send such
-  // dates for "none", and handsets have always read them so.
-  constexpr std::uint32_t kNoYear = 1900;
-  const bool wanted = LoadSlot(kFirstDate.year, exchange) != kNoYear && LoadSlot(kFirstDate.month, exchange) != 1 &&
-                      LoadSlot(kFirstDate.day, exchange) != 1;
-  if (!wanted) std::fill_n(store + kStoreDates.offset, kStoreDates.size, std::uint8_t{0});
-}
-
-void PutReminders(const std::uint8_t* exchange, std::uint8_t* store) {
-  PutReminder(kFirstDate, kExchangeFirstReminder, exchange, kFirstReminder, store);
-  PutReminder(kSecondDate, kExchangeSecondReminder, exchange, kSecondReminder, store);
 }
 
 }  // namespace qv::contacts

@@ -49,16 +49,9 @@ void PictureToExchange(const std::uint8_t* store, std::uint8_t* exchange);
 /// a record has room for are cut to the room.
 std::uint8_t* AppendMembership(const std::uint8_t* store, std::uint8_t* end);
 
-// The derived fields of a contact, in a record whose table fields are filled. A flag or type byte above 128 is the
-// chosen one in the store; the exchange record says which one in a field of its own.
-
-void TakeDefaultNumber(std::uint8_t* exchange);
+/// The chosen flag of an exported contact whose table fields are filled. Its second case cannot arise in an export,
+/// which clears the byte that it looks at; it is declared for its test.
 void TakeChosenFlag(std::uint8_t* exchange);
-void TakeReminders(const std::uint8_t* store, std::uint8_t* exchange);
-void MarkDefaultNumber(const std::uint8_t* exchange, std::uint8_t* store);
-void MarkChosenFlag(const std::uint8_t* exchange, std::uint8_t* store);
-void DropUnwantedDates(const std::uint8_t* exchange, std::uint8_t* store);
-void PutReminders(const std::uint8_t* exchange, std::uint8_t* store);
 
 }  // namespace qv::contacts
 

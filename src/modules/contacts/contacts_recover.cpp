@@ -249,7 +249,7 @@ Result ContactsHandler::ApplyChangeList() {
       case Operation::kNew:
       case Operation::kModified:
         if (!changes_.Append(change)) return Result::kNoMemory;
-        return change.table == kPictureTable ? delete_picture_of(change.id) : Result::kOk;
+        return change.table == kPictureChanges ? delete_picture_of(change.id) : Result::kOk;
       case Operation::kDeleted:
         if (change.table >= std::size(deletions)) return Result::kOk;
         if (!deletions[change.table].Append(change.id)) return Result::kNoMemory;
@@ -283,7 +283,7 @@ Result ContactsHandler::ApplyPictures() {
     std::uint32_t new_id = 0;
     switch (load(record.data(), &new_id)) {
       case 0:
-        if (!new_pictures_.Append(kPictureTable, new_id, layout::LoadSlot(kRecordId, exchange.data()))) {
+        if (!new_pictures_.Append(kPictureChanges, new_id, layout::LoadSlot(kRecordId, exchange.data()))) {
           return Result::kNoMemory;
         }
         break;
@@ -325,7 +325,7 @@ Result ContactsHandler::ApplyTable(std::uint32_t number, ApplyForm form) {
         ContactToStore(exchange, record);
         const std::uint32_t picture = layout::LoadSlot(kStorePicture, record);
         if (picture != kNoPicture) {
-          layout::StoreSlot(kStorePicture, record, new_pictures_.Translate(kPictureTable, picture));
+          layout::StoreSlot(kStorePicture, record, new_pictures_.Translate(kPictureChanges, picture));
         }
       });
       if (IsFailure(done)) return done;
