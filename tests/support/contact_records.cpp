@@ -109,6 +109,19 @@ Bytes PlainContact(std::uint32_t id) {
   return r;
 }
 
+Bytes ExchangeMembership(std::uint32_t contact, const std::vector<std::uint32_t>& groups) {
+  Bytes r = Words({contact, static_cast<std::uint32_t>(groups.size())});
+  for (const std::uint32_t group : groups) Append(r, Words({group}));
+  return r;
+}
+
+Bytes ExchangePicture(std::uint32_t id, std::uint32_t length, const Bytes& data) {
+  Bytes r = Words({id, length});
+  Append(r, data);
+  r.resize(8236);
+  return r;
+}
+
 std::u16string FullText(std::size_t size) {
   std::u16string text;
   for (std::size_t i = 0; i < size / 2; ++i) text += static_cast<char16_t>(0x4E00 + i);

@@ -12,6 +12,7 @@ constexpr char16_t kContactTable[] = u"\\sync\\linkman.tbl";
 constexpr char16_t kContactGroupTable[] = u"\\sync\\groupmgr.tbl";
 constexpr char16_t kMembershipTable[] = u"\\sync\\groupattach.tbl";
 constexpr char16_t kPictureTable[] = u"\\sync\\image.tbl";
+constexpr const char16_t* kContactTables[] = {kContactTable, kContactGroupTable, kMembershipTable, kPictureTable};
 constexpr char16_t kContactChanges[] = u"\\sync\\lkmcmd.tbl";
 constexpr char16_t kContactIdMap[] = u"\\sync\\lkmmap.tbl";
 constexpr char16_t kContactLog[] = u"\\dbdata\\sysconfig\\linkman.log";
@@ -92,6 +93,12 @@ Bytes ExchangeContactGroup();
 
 /// What an export writes of a contact that is empty but for its id: the constants.
 Bytes PlainContact(std::uint32_t id);
+
+/// A contact's membership in groups as it travels.
+Bytes ExchangeMembership(std::uint32_t contact, const std::vector<std::uint32_t>& groups);
+
+/// A picture as it travels, zero behind its data.
+Bytes ExchangePicture(std::uint32_t id, std::uint32_t length, const Bytes& data);
 
 /// A text that fills `size` bytes and has no NUL.
 std::u16string FullText(std::size_t size);

@@ -43,12 +43,6 @@ Bytes Numbered(Bytes (*make)(std::uint32_t, std::u16string_view), std::uint32_t 
   return records;
 }
 
-Bytes Membership(std::uint32_t contact, const std::vector<std::uint32_t>& groups) {
-  Bytes r = Words({contact, static_cast<std::uint32_t>(groups.size())});
-  for (const std::uint32_t group : groups) Append(r, Words({group}));
-  return r;
-}
-
 Bytes PictureData(std::uint16_t length) {
   Bytes data(length);
   for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<std::uint8_t>(1 + i % 251);
@@ -183,21 +177,14 @@ Bytes NamedGroups(std::uint32_t first, std::uint32_t count) {
   return Numbered(&NamedGroup, first, count);
 }
 
-Bytes IncomingMembership(std::uint32_t contact, const std::vector<std::uint32_t>& groups) {
-  return Membership(contact, groups);
-}
-
 Bytes ReceivedMembership(std::uint32_t contact, const std::vector<std::uint32_t>& groups) {
-  Bytes r = Membership(contact, groups);
+  Bytes r = ExchangeMembership(contact, groups);
   r.resize(408);
   return r;
 }
 
 Bytes IncomingPicture(std::uint32_t id, std::uint16_t length) {
-  Bytes r = Words({id, length});
-  Append(r, PictureData(length));
-  r.resize(8236);
-  return r;
+  return ExchangePicture(id, length, PictureData(length));
 }
 
 Bytes ReceivedPicture(std::uint32_t id, std::uint16_t length) {

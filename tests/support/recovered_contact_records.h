@@ -65,8 +65,7 @@ Bytes ReceivedNamedGroup(std::uint32_t id, std::u16string_view name = u"");
 Bytes NamedContacts(std::uint32_t first, std::uint32_t count);
 Bytes NamedGroups(std::uint32_t first, std::uint32_t count);
 
-/// A contact's membership in groups as it travels, and the 408 bytes that say so to the store.
-Bytes IncomingMembership(std::uint32_t contact, const std::vector<std::uint32_t>& groups);
+/// A contact's membership in groups as the 408 bytes that say so to the store.
 Bytes ReceivedMembership(std::uint32_t contact, const std::vector<std::uint32_t>& groups);
 
 /// A picture of which only the first `length` bytes are not zero, and the 8200 bytes that the store receives for it.

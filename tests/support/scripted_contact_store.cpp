@@ -65,6 +65,14 @@ std::u16string TextAt(const void* text, std::size_t most = std::u16string::npos)
   return read;
 }
 
+/// Blocks must lie where a handset's processor can read whole words of them, texts where it can read characters.
+template <typename... Blocks>
+void ExpectAligned(std::size_t alignment, const Blocks*... blocks) {
+  for (const void* const block : {static_cast<const void*>(blocks)...}) {
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0u) << "of a block handed to the contact store";
+  }
+}
+
 std::string Plain(const std::u16string& text) {
   std::string plain;
   for (const char16_t character : text) plain += character < 0x80 ? static_cast<char>(character) : '?';
@@ -82,6 +90,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Count(std::int32_t* count) noexcept {
+    ExpectAligned(4, count);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].count); status != 0) return status;
     *count = g_store->claimed_count[kTable].value_or(static_cast<std::int32_t>(g_store->tables[kTable].size()));
     return 0;
@@ -89,6 +98,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t List(std::int32_t* count, std::uint8_t* entries) noexcept {
+    ExpectAligned(4, count, entries);
     g_store->offered_rooms[kTable].push_back(*count);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].list); status != 0) return status;
     const auto& records = g_store->tables[kTable];
@@ -104,6 +114,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Read(const std::uint32_t* ids, std::int32_t count, std::uint8_t* records) noexcept {
+    ExpectAligned(4, ids, records);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].read, IdList(count, ids)); status != 0) return status;
     if (g_store->fills_nothing.contains(kNames[kTable].read)) return 0;
     for (std::int32_t i = 0; i < count; ++i, records += ScriptedContactStore::kRecordSize) {
@@ -116,6 +127,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Delete(const std::uint32_t* ids, std::int32_t count) noexcept {
+    ExpectAligned(4, ids);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].erase, IdList(count, ids)); status != 0) {
       return status;
     }
@@ -126,13 +138,14 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Add(const void* records, std::int32_t count, std::uint32_t* new_ids) noexcept {
+    ExpectAligned(4, records, new_ids);
     const std::vector<Bytes> added = Split(records, count, ScriptedContactStore::kRecordSize);
     Append(g_store->added[kTable], added);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].add, std::to_string(count)); status != 0) {
       return status;
     }
     for (const Bytes& bytes : added) {
-      *new_ids++ = g_store->next_id;
+      if (!g_store->fills_nothing.contains(kNames[kTable].add)) *new_ids++ = g_store->next_id;
       g_store->Add(kTable, g_store->next_id++, ScriptedContactStore::kNewTime, bytes);
     }
     return 0;
@@ -140,6 +153,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Update(const std::uint32_t* ids, std::int32_t count, const void* records) noexcept {
+    ExpectAligned(4, ids, records);
     const std::vector<Bytes> updated = Split(records, count, ScriptedContactStore::kRecordSize);
     Append(g_store->updated[kTable], updated);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].update, IdList(count, ids)); status != 0) {
@@ -155,8 +169,11 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t FindByName(const void* name, std::int32_t* found, std::uint32_t* id) noexcept {
+    ExpectAligned(2, name);
+    ExpectAligned(4, found, id);
     const std::u16string wanted = TextAt(name);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].find, Plain(wanted)); status != 0) return status;
+    if (g_store->fills_nothing.contains(kNames[kTable].find)) return 0;
     *found = 0;
     for (const auto& record : g_store->tables[kTable]) {
       if (TextAt(record.bytes.data() + kName, kNameLength) != wanted) continue;
@@ -168,6 +185,7 @@ struct ContactEntryPoints {
   }
 
   static std::int32_t QueryMemberships(std::int32_t count, std::uint8_t* records) noexcept {
+    ExpectAligned(4, records);
     const std::int32_t status =
         g_store->Begin("QueryManAttachGroup", IdList(count, records, ScriptedContactStore::kMembershipSize));
     if (status != 0 || g_store->fills_nothing.contains("QueryManAttachGroup")) return status;
@@ -183,6 +201,8 @@ struct ContactEntryPoints {
       const auto claimed = g_store->claimed_group_counts.find(contact);
       const std::uint32_t said = claimed == g_store->claimed_group_counts.end() ? filled : claimed->second;
       std::memcpy(records + 4, &said, 4);
+      const auto renamed = g_store->renamed_contacts.find(contact);
+      if (renamed != g_store->renamed_contacts.end()) std::memcpy(records, &renamed->second, 4);
     }
     return 0;
   }
@@ -196,6 +216,7 @@ struct ContactEntryPoints {
   }
 
   static std::int32_t DownloadPicture(std::uint32_t id, std::uint8_t* picture) noexcept {
+    ExpectAligned(4, picture);
     if (const std::int32_t status = g_store->Begin("DownloadingImage", std::to_string(id)); status != 0) return status;
     if (g_store->fills_nothing.contains("DownloadingImage")) return 0;
     const auto known = g_store->pictures.find(id);
@@ -209,14 +230,17 @@ struct ContactEntryPoints {
     return 0;
   }
 
-  static std::int32_t LoadPicture(const std::uint8_t* picture, std::uint32_t* new_id) noexcept {
+  static std::int32_t LoadPicture(std::uint8_t* picture, std::uint32_t* new_id) noexcept {
+    ExpectAligned(4, picture, new_id);
     const Bytes bytes(picture, picture + ScriptedContactStore::kPictureSize);
     g_store->loaded_pictures.push_back(bytes);
     const std::int32_t status = g_store->Begin("LoadingImage", std::to_string(Get32(bytes, 0)));
     if (status != 0) return status;
-    *new_id = g_store->next_picture_id++;
+    std::memset(picture, 0xEE, ScriptedContactStore::kPictureSize);  // A store may work in the caller's buffer.
     const auto length = static_cast<std::uint16_t>(Get32(bytes, 4));
-    g_store->pictures[*new_id] = {length, Bytes(bytes.begin() + 6, bytes.end() - 2)};
+    g_store->pictures[g_store->next_picture_id] = {length, Bytes(bytes.begin() + 6, bytes.end() - 2)};
+    if (!g_store->fills_nothing.contains("LoadingImage")) *new_id = g_store->next_picture_id;
+    ++g_store->next_picture_id;
     return 0;
   }
 
@@ -228,6 +252,7 @@ struct ContactEntryPoints {
  private:
   static std::int32_t Apply(const char* entry_point, std::int32_t count, const void* records, bool replaces,
                             std::vector<Bytes>& handed_over) noexcept {
+    ExpectAligned(4, records);
     const std::vector<Bytes> memberships = Split(records, count, ScriptedContactStore::kMembershipSize);
     Append(handed_over, memberships);
     if (const std::int32_t status = g_store->Begin(entry_point, std::to_string(count)); status != 0) return status;

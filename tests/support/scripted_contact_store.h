@@ -61,6 +61,11 @@ class ScriptedContactStore final : public ScriptedStore {
   static constexpr Time kOldTime = {2006, 1, 2, 3, 4, 5};
   /// The time of records that the agent adds or updates.
   static constexpr Time kNewTime = {2006, 12, 11, 7, 2, 10};
+  // The FILETIMEs that these are, low word and high word.
+  static constexpr std::uint32_t kOldLow = 0x30A84080;
+  static constexpr std::uint32_t kOldHigh = 0x01C60F49;
+  static constexpr std::uint32_t kNewLow = 0x46DE8500;
+  static constexpr std::uint32_t kNewHigh = 0x01C71CF2;
   /// The ids of what is added next.
   std::uint32_t next_id = 1000;
   std::uint32_t next_picture_id = 5000;
@@ -92,13 +97,15 @@ class ScriptedContactStore final : public ScriptedStore {
   /// Single calls that do: refusals["LoadingImage"][2] is for the second one.
   std::map<std::string, std::map<unsigned, std::int32_t>> refusals;
 
-  /// Entry points that answer success and leave alone what they were to fill.
+  /// Entry points that answer success, do their work, and leave alone what they were to fill.
   std::set<std::string> fills_nothing;
   /// What it counts, by table, and how many records it says it listed.
   std::optional<std::int32_t> claimed_count[2];
   std::optional<std::int32_t> claimed_listed[2];
   /// How many groups it says a contact has; it fills those that it has.
   std::map<std::uint32_t, std::uint32_t> claimed_group_counts;
+  /// The contact id that it leaves in a membership query, by the one that it was asked for.
+  std::map<std::uint32_t, std::uint32_t> renamed_contacts;
   /// A store may list all it has without a look at the room.
   bool heeds_room = true;
   /// What a name look-up answers for "found".

@@ -20,7 +20,7 @@ struct Stamp {
   Time time;
   std::uint32_t low, high;
 };
-constexpr Stamp kOld = {ScriptedContactStore::kOldTime, 0x30A84080, 0x01C60F49};
+constexpr Stamp kOld = {ScriptedContactStore::kOldTime, ScriptedContactStore::kOldLow, ScriptedContactStore::kOldHigh};
 constexpr Stamp kOneSecondBefore = {{2006, 1, 2, 3, 4, 4}, 0x300FAA00, 0x01C60F49};
 constexpr Stamp kNewer = {{2007, 1, 31, 23, 59, 59}, 0xE9E5A980, 0x01C74593};
 constexpr Stamp kNoTime = {{}, 0, 0};
@@ -66,12 +66,6 @@ class ByteMap {
   std::vector<std::size_t> target_;
 };
 
-Bytes Membership(std::uint32_t contact, const std::vector<std::uint32_t>& groups) {
-  Bytes record = Words({contact, static_cast<std::uint32_t>(groups.size())});
-  for (const std::uint32_t group : groups) Append(record, Words({group}));
-  return record;
-}
-
 std::vector<std::uint32_t> Counting(std::uint32_t from, std::uint32_t count) {
   std::vector<std::uint32_t> numbers(count);
   std::iota(numbers.begin(), numbers.end(), from);
@@ -84,16 +78,8 @@ Bytes PictureData(std::size_t size, std::uint8_t seed) {
   return data;
 }
 
-Bytes PictureRecord(std::uint32_t id, std::uint32_t length, const Bytes& data) {
-  Bytes record = Words({id, length});
-  Append(record, data);
-  record.resize(8236);
-  return record;
-}
-
 class ContactsExportTest : public AgentTest {
  protected:
-  static constexpr const char16_t* kTables[] = {kContactTable, kContactGroupTable, kMembershipTable, kPictureTable};
   static constexpr const char16_t* kLogs[] = {kContactLog, kContactGroupLog};
 
   static void StoreAnchor() { WriteText(kAnchorIni, "[ANCHORDATE]\r\nLINKMAN = 5"); }
@@ -107,7 +93,7 @@ class ContactsExportTest : public AgentTest {
   }
 
   static void RemoveFiles() {
-    for (const auto* file : kTables) std::filesystem::remove(handset::HostPath(file));
+    for (const auto* file : kContactTables) std::filesystem::remove(handset::HostPath(file));
     std::filesystem::remove(handset::HostPath(kContactChanges));
   }
 
@@ -161,10 +147,10 @@ class ContactsExportTest : public AgentTest {
     return sizes;
   }
 
-  /// Lets the next call of `function` behind the opening of `path` fail, the `nth` of its openings.
-  static void FailBehindOpening(std::u16string_view path, unsigned nth, std::string_view function) {
-    handset::Observe([=, opened = 0u](const handset::Call& call) mutable {
-      if (call.function == "CreateFileW" && call.path == path && ++opened == nth) handset::FailCallOf(function, 1);
+  /// Lets the next call of `function` behind each opening of `path` fail.
+  static void FailBehindOpening(std::u16string_view path, std::string_view function) {
+    handset::Observe([=](const handset::Call& call) {
+      if (call.function == "CreateFileW" && call.path == path) handset::FailCallOf(function, 1);
     });
   }
 
@@ -407,9 +393,9 @@ TEST_F(ContactsExportTest, AMembershipIsAContactAndItsGroups) {
   store_.groups_of[40] = {0, 0xFFFFFFFF, 3};  // Group ids are passed on, whatever they are.
   store_.groups_of[99] = {7};                 // Of a contact that is not there.
   EXPECT_EQ(Export(1, 1).code, 0u);
-  Bytes expected = Membership(30, {7});
-  Append(expected, Membership(20, Counting(500, 100)));
-  Append(expected, Membership(40, {0, 0xFFFFFFFF, 3}));
+  Bytes expected = ExchangeMembership(30, {7});
+  Append(expected, ExchangeMembership(20, Counting(500, 100)));
+  Append(expected, ExchangeMembership(40, {0, 0xFFFFFFFF, 3}));
   EXPECT_EQ(ReadFile(kMembershipTable), expected);
 }
 
@@ -430,9 +416,9 @@ TEST_F(ContactsExportTest, AGroupCountBeyondTheRoomIsCutToTheRoom) {
   for (const std::uint32_t claimed : {101u, 0x7FFFFFFFu, 0x80000000u, 4'000'000'000u, 0xFFFFFFFFu}) {
     store_.claimed_group_counts[2] = claimed;
     EXPECT_EQ(Export(1, 1).code, 0u);
-    Bytes expected = Membership(1, groups);
-    Append(expected, Membership(2, groups));
-    Append(expected, Membership(3, groups));
+    Bytes expected = ExchangeMembership(1, groups);
+    Append(expected, ExchangeMembership(2, groups));
+    Append(expected, ExchangeMembership(3, groups));
     EXPECT_EQ(ReadFile(kMembershipTable), expected) << claimed;
   }
 }
@@ -443,7 +429,17 @@ TEST_F(ContactsExportTest, AGroupCountIsTakenAtItsWordWithinTheRoom) {
   store_.groups_of[2] = {9};
   store_.claimed_group_counts = {{1, 0}, {2, 3}};
   EXPECT_EQ(Export(1, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kMembershipTable), Membership(2, {9, 0, 0}));
+  EXPECT_EQ(ReadFile(kMembershipTable), ExchangeMembership(2, {9, 0, 0}));
+}
+
+TEST_F(ContactsExportTest, AMembershipIsWrittenAsTheStoreLeftIt) {
+  for (const std::uint32_t id : {1u, 2u, 3u}) {
+    AddContact(id);
+    store_.groups_of[id] = {7};
+  }
+  store_.renamed_contacts = {{1, 0}, {3, 99}};
+  EXPECT_EQ(Export(1, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kMembershipTable), Words({0, 1, 7, 2, 1, 7, 99, 1, 7})) << "its contact's id included";
 }
 
 TEST_F(ContactsExportTest, MembershipsOfOneBatchDoNotShineThroughTheNext) {
@@ -451,8 +447,8 @@ TEST_F(ContactsExportTest, MembershipsOfOneBatchDoNotShineThroughTheNext) {
   store_.groups_of[1] = {7, 8, 9};
   store_.claimed_group_counts[401] = 2;
   EXPECT_EQ(Export(1, 1).code, 0u);
-  Bytes expected = Membership(1, {7, 8, 9});
-  Append(expected, Membership(401, {0, 0}));
+  Bytes expected = ExchangeMembership(1, {7, 8, 9});
+  Append(expected, ExchangeMembership(401, {0, 0}));
   EXPECT_EQ(ReadFile(kMembershipTable), expected);
 }
 
@@ -469,13 +465,20 @@ TEST_F(ContactsExportTest, APictureIsItsIdItsLengthAndItsBytes) {
   store_.pictures[13] = {0, {}};
   store_.pictures[14] = {300, PictureData(300, 2)};
   EXPECT_EQ(Export(1, 1).code, 0u);
-  Bytes expected = PictureRecord(11, 8192, PictureData(8192, 1));
-  Append(expected, PictureRecord(0xFFFFFFFF, 1, {0x77}));
-  Append(expected, PictureRecord(13, 0, {}));
-  Append(expected, PictureRecord(14, 300, PictureData(300, 2)));
+  Bytes expected = ExchangePicture(11, 8192, PictureData(8192, 1));
+  Append(expected, ExchangePicture(0xFFFFFFFF, 1, {0x77}));
+  Append(expected, ExchangePicture(13, 0, {}));
+  Append(expected, ExchangePicture(14, 300, PictureData(300, 2)));
   EXPECT_EQ(ReadFile(kPictureTable), expected);
   EXPECT_THAT(store_.CallsOf("DownloadingImage"), ElementsAre("DownloadingImage 11", "DownloadingImage 4294967295",
                                                               "DownloadingImage 13", "DownloadingImage 14"));
+}
+
+TEST_F(ContactsExportTest, ThePictureDataBehindItsLengthTravelsToo) {
+  AddContact(1, kOld, 11);
+  store_.pictures[11] = {10, PictureData(8192, 1)};
+  EXPECT_EQ(Export(1, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kPictureTable), ExchangePicture(11, 10, PictureData(8192, 1)));
 }
 
 TEST_F(ContactsExportTest, APictureLongerThanItsRoomIsCutToTheRoom) {
@@ -483,7 +486,7 @@ TEST_F(ContactsExportTest, APictureLongerThanItsRoomIsCutToTheRoom) {
   for (const std::uint16_t claimed : {std::uint16_t{8193}, std::uint16_t{0x8000}, std::uint16_t{0xFFFF}}) {
     store_.pictures[11] = {claimed, PictureData(8192, 1)};
     EXPECT_EQ(Export(1, 1).code, 0u);
-    EXPECT_EQ(ReadFile(kPictureTable), PictureRecord(11, 8192, PictureData(8192, 1))) << claimed;
+    EXPECT_EQ(ReadFile(kPictureTable), ExchangePicture(11, 8192, PictureData(8192, 1))) << claimed;
   }
 }
 
@@ -493,14 +496,14 @@ TEST_F(ContactsExportTest, APictureThatTheStoreDoesNotFillIsEmpty) {
   store_.pictures[11] = {8192, PictureData(8192, 1)};
   store_.pictures[12] = {100, {}};
   EXPECT_EQ(Export(1, 1).code, 0u);
-  Bytes expected = PictureRecord(11, 8192, PictureData(8192, 1));
-  Append(expected, PictureRecord(12, 100, {}));
+  Bytes expected = ExchangePicture(11, 8192, PictureData(8192, 1));
+  Append(expected, ExchangePicture(12, 100, {}));
   EXPECT_EQ(ReadFile(kPictureTable), expected);
 
   store_.fills_nothing = {"DownloadingImage"};
   EXPECT_EQ(Export(1, 1).code, 0u);
-  expected = PictureRecord(11, 0, {});
-  Append(expected, PictureRecord(12, 0, {}));
+  expected = ExchangePicture(11, 0, {});
+  Append(expected, ExchangePicture(12, 0, {}));
   EXPECT_EQ(ReadFile(kPictureTable), expected);
 }
 
@@ -574,7 +577,7 @@ TEST_F(ContactsExportTest, ContactsAndMembershipsTravelInBatchesOf400) {
     for (std::uint32_t id = 1; id <= contacts; ++id) {
       AddContact(id);
       store_.groups_of[id] = {id};
-      Append(memberships, Membership(id, {id}));
+      Append(memberships, ExchangeMembership(id, {id}));
     }
     std::vector<std::string> reads, queries;
     std::vector<std::uint32_t> contact_writes, membership_writes;
@@ -720,11 +723,55 @@ TEST_F(ContactsExportTest, FilesAreOpenedAsTheirOtherUsersExpect) {
   EXPECT_THAT(openings, ElementsAreArray(kExpected));
 }
 
+TEST_F(ContactsExportTest, NoFileIsOpenWhenASnapshotIsRewritten) {
+  FillWithOneOfEach(store_);
+  std::vector<unsigned> open_files;
+  handset::Observe([&](const handset::Call& call) {
+    const bool is_log = call.path == kContactLog || call.path == kContactGroupLog;
+    if (call.function == "CreateFileW" && is_log && call.options[2] == 2) {
+      open_files.push_back(handset::TakeCensus().files);
+    }
+  });
+  EXPECT_EQ(ExportChanges().code, 0u);
+  handset::Observe({});
+  EXPECT_THAT(open_files, ElementsAre(0, 0));
+}
+
+TEST_F(ContactsExportTest, EachTimedStepAsksForTheTimeBeforeItAndAfterIt) {
+  FillWithOneOfEach(store_);
+  std::vector<std::string> course;
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "GetTickCount") course.push_back("time after " + store_.calls.back());
+    if (call.function == "WriteFile") course.emplace_back("write");
+  });
+  EXPECT_EQ(Export(1, 4).code, 0u);
+  handset::Observe({});
+  EXPECT_THAT(course,
+              ElementsAre("time after GetAllmanSyncid", "time after GetAllmanSyncid",  // contacts: batch, its call
+                          "time after Readman [1]", "write", "time after Readman [1]",
+                          "write",                                                 // groups are not timed
+                          "time after Readgroup [2]", "time after Readgroup [2]",  // memberships: batch, its call
+                          "time after QueryManAttachGroup [1]", "write", "time after QueryManAttachGroup [1]",
+                          "time after QueryManAttachGroup [1]", "time after QueryManAttachGroup [1]",  // picture
+                          "time after DownloadingImage 3", "write", "time after DownloadingImage 3"));
+}
+
+TEST_F(ContactsExportTest, EachBatchIsTimed) {
+  for (std::uint32_t id = 1; id <= 401; ++id) AddContact(id, kOld, id <= 3 ? id : 0);
+  for (std::uint32_t id = 1; id <= 3; ++id) store_.pictures[id] = {1, {1}};
+  // Two batches of contacts and of memberships, three pictures: each a step with a call inside it.
+  EXPECT_THAT(SizesOf("GetTickCount"), SizeIs(2 * 2 * (2 + 2 + 3)));
+  for (auto& table : store_.tables) table.clear();
+  EXPECT_THAT(SizesOf("GetTickCount"), IsEmpty());
+}
+
 // --- Full exports ---
 
 TEST_F(ContactsExportTest, FullAndReplaceExportsWriteEverythingAndRememberIt) {
-  for (const std::uint32_t mode : {1u, 2u}) {
+  for (const std::uint32_t mode : {1u, 2u, 0u, 0x80000000u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(mode);
     RemoveFiles();
+    std::filesystem::remove(handset::HostPath(kAnchorIni));
     for (const auto* log : kLogs) std::filesystem::remove(handset::HostPath(log));
     store_.tables[0].clear();
     store_.tables[1].clear();
@@ -742,10 +789,10 @@ TEST_F(ContactsExportTest, FullAndReplaceExportsWriteEverythingAndRememberIt) {
 }
 
 TEST_F(ContactsExportTest, AnEmptyStoreGivesEmptyTablesAndSnapshots) {
-  for (const auto* file : kTables) WriteText(file, "old");
+  for (const auto* file : kContactTables) WriteText(file, "old");
   for (const auto* log : kLogs) WriteText(log, "old");
   EXPECT_EQ(Export(1, 1).code, 0u);
-  for (const auto* file : kTables) EXPECT_TRUE(Exists(file) && ReadFile(file).empty());
+  for (const auto* file : kContactTables) EXPECT_TRUE(Exists(file) && ReadFile(file).empty());
   for (const auto* log : kLogs) EXPECT_TRUE(Exists(log) && ReadFile(log).empty());
 }
 
@@ -765,7 +812,7 @@ TEST_F(ContactsExportTest, WithoutGroupsContactsMembershipsAndPicturesAreExporte
   EXPECT_EQ(Export(1, 1).code, 0u);
   EXPECT_THAT(ContactIds(), ElementsAre(1));
   EXPECT_THAT(ReadFile(kContactGroupTable), IsEmpty());
-  EXPECT_EQ(ReadFile(kMembershipTable), Membership(1, {2}));
+  EXPECT_EQ(ReadFile(kMembershipTable), ExchangeMembership(1, {2}));
   EXPECT_THAT(PictureIds(), ElementsAre(3));
 }
 
@@ -787,7 +834,7 @@ TEST_F(ContactsExportTest, ALocalExportIsAPlainCopy) {
   EXPECT_EQ(LocalExport(1), 0u);
   EXPECT_THAT(ContactIds(), ElementsAre(1));
   EXPECT_THAT(GroupIds(), ElementsAre(0));
-  EXPECT_EQ(ReadFile(kMembershipTable), Membership(1, {2}));
+  EXPECT_EQ(ReadFile(kMembershipTable), ExchangeMembership(1, {2}));
   EXPECT_THAT(PictureIds(), ElementsAre(3));
   EXPECT_EQ(ReadText(kAnchorIni), "[ANCHORDATE]\r\nLINKMAN = 5");
   for (const auto* log : kLogs) EXPECT_EQ(ReadText(log), "old");
@@ -864,9 +911,9 @@ TEST_F(ContactsExportTest, ChangesAreListedNewAndModifiedInTheStoresOrderThenDel
                                               1, 10, 1, 1, 11, 2, 1, 3,  3}));
   EXPECT_THAT(ContactIds(), ElementsAre(30, 20, 40, 50, 60));
   EXPECT_THAT(GroupIds(), ElementsAre(10, 11));
-  Bytes memberships = Membership(30, {30});
-  Append(memberships, Membership(20, {20}));
-  Append(memberships, Membership(60, {60}));
+  Bytes memberships = ExchangeMembership(30, {30});
+  Append(memberships, ExchangeMembership(20, {20}));
+  Append(memberships, ExchangeMembership(60, {60}));
   EXPECT_EQ(ReadFile(kMembershipTable), memberships) << "only those of changed contacts";
   EXPECT_THAT(PictureIds(), ElementsAre(3));
   EXPECT_THAT(store_.CallsOf("QueryManAttachGroup"), ElementsAre("QueryManAttachGroup [30 20 40 50 60]"));
@@ -892,7 +939,7 @@ TEST_F(ContactsExportTest, ChangedRecordsTravelLikeAllOthers) {
 
 TEST_F(ContactsExportTest, NothingChangedGivesEmptyFilesAndReadsNoRecord) {
   FillWithOneOfEach(store_);
-  for (const auto* file : kTables) WriteText(file, "old");
+  for (const auto* file : kContactTables) WriteText(file, "old");
   WriteText(kContactChanges, "old");
   std::uint32_t largest_block = 0;
   handset::Observe([&](const handset::Call& call) {
@@ -905,7 +952,7 @@ TEST_F(ContactsExportTest, NothingChangedGivesEmptyFilesAndReadsNoRecord) {
   EXPECT_LT(largest_block, 1'097'600u) << "no room is made for contacts";
   EXPECT_EQ(answer.anchor, kNowAnchor);
   EXPECT_TRUE(Exists(kContactChanges) && ReadFile(kContactChanges).empty());
-  for (const auto* file : kTables) EXPECT_TRUE(Exists(file) && ReadFile(file).empty());
+  for (const auto* file : kContactTables) EXPECT_TRUE(Exists(file) && ReadFile(file).empty());
   EXPECT_THAT(store_.calls, ElementsAre("Initialize 0", "GetAllManNum", "GetAllmanSyncid", "GetAllgroupSyncid",
                                         "GetAllManNum", "GetAllmanSyncid", "GetAllgroupSyncid", "UnInitialize"));
 }
@@ -1046,7 +1093,7 @@ TEST_F(ContactsExportTest, AListOfNoneIsAnEmptyTable) {
   for (const std::int32_t count : {0, -1, INT32_MIN}) {
     for (auto& claimed : store_.claimed_listed) claimed = count;
     EXPECT_EQ(ExportChanges(Log({{9, kOld}}), Log({{9, kOld}})).code, 0u);
-    for (const auto* file : kTables) EXPECT_THAT(ReadFile(file), IsEmpty());
+    for (const auto* file : kContactTables) EXPECT_THAT(ReadFile(file), IsEmpty());
     EXPECT_THAT(ReadFile(kContactChanges), IsEmpty());
     for (const auto* log : kLogs) EXPECT_THAT(ReadFile(log), IsEmpty());
   }
@@ -1151,7 +1198,7 @@ TEST_F(ContactsExportTest, AMissingEntryPointIsFlaggedWithItsStep) {
       EXPECT_EQ(Export(1, 1).code, code);
       EXPECT_EQ(Export(1, 4).code, code);
       EXPECT_EQ(ExportChanges().code, code);
-      for (const auto* file : kTables) EXPECT_TRUE(Exists(file)) << "the tables were created before";
+      for (const auto* file : kContactTables) EXPECT_TRUE(Exists(file)) << "the tables were created before";
     }
   }
 }
@@ -1290,7 +1337,7 @@ TEST_F(ContactsExportTest, AnUnreadableSnapshotIsNotTakenForAnEmptyOne) {
   const std::pair<const char16_t*, std::uint32_t> kCodes[] = {{kContactLog, 0x11100200},
                                                               {kContactGroupLog, 0x12100200}};
   for (const auto& [log, code] : kCodes) {
-    FailBehindOpening(log, 1, "ReadFile");
+    FailBehindOpening(log, "ReadFile");
     EXPECT_EQ(ExportChanges().code, code);
     handset::Observe({});
     EXPECT_TRUE(handset::FaultHappened());
@@ -1302,7 +1349,7 @@ TEST_F(ContactsExportTest, AChangeListThatCannotBeWrittenIsFlaggedWithItsTable) 
   const std::pair<const char16_t*, std::uint32_t> kCodes[] = {{kContactLog, 0x11000100},
                                                               {kContactGroupLog, 0x12000100}};
   for (const auto& [log, code] : kCodes) {
-    FailBehindOpening(log, 1, "WriteFile");
+    FailBehindOpening(log, "WriteFile");
     EXPECT_EQ(ExportChanges().code, code);
     handset::Observe({});
     EXPECT_TRUE(handset::FaultHappened());
@@ -1315,7 +1362,7 @@ TEST_F(ContactsExportTest, ASnapshotThatCannotBeRewrittenIsFlagged) {
     MakeDirectory(log);
     EXPECT_EQ(Export(1, 1).code, 0x15000100u);
     std::filesystem::remove(handset::HostPath(log));
-    FailBehindOpening(log, 1, "WriteFile");
+    FailBehindOpening(log, "WriteFile");
     EXPECT_EQ(Export(1, 1).code, 0x15000100u);
     handset::Observe({});
   }

@@ -38,8 +38,8 @@ class ContactsFailureTest : public FaultSweepTest {
     Append(contacts, NamedContact(2, u"Modified"));
     Bytes groups = NamedGroup(61, u"New group");
     Append(groups, NamedGroup(1, u"Modified group"));
-    Bytes memberships = IncomingMembership(51, {61, 1});
-    Append(memberships, IncomingMembership(2, {61}));
+    Bytes memberships = ExchangeMembership(51, {61, 1});
+    Append(memberships, ExchangeMembership(2, {61}));
     WriteFile(kContactTable, contacts);
     WriteFile(kContactGroupTable, groups);
     WriteFile(kMembershipTable, memberships);

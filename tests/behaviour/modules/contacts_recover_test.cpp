@@ -2,7 +2,9 @@
 // of the files.
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <span>
+#include <tuple>
 
 #include "tests/support/recovered_contact_records.h"
 #include "tests/support/scripted_contact_store.h"
@@ -11,6 +13,7 @@ namespace qv_test {
 namespace {
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -18,12 +21,10 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr std::uint32_t kNoContact = 0xFFFFFFFF;
-/// The FILETIME of ScriptedContactStore::kNewTime, low word and high word.
-constexpr std::uint32_t kNewLow = 0x46DE8500;
-constexpr std::uint32_t kNewHigh = 0x01C71CF2;
-/// And of kOldTime.
-constexpr std::uint32_t kOldLow = 0x30A84080;
-constexpr std::uint32_t kOldHigh = 0x01C60F49;
+constexpr std::uint32_t kOldLow = ScriptedContactStore::kOldLow;
+constexpr std::uint32_t kOldHigh = ScriptedContactStore::kOldHigh;
+constexpr std::uint32_t kNewLow = ScriptedContactStore::kNewLow;
+constexpr std::uint32_t kNewHigh = ScriptedContactStore::kNewHigh;
 
 /// What a desktop places.
 struct Tables {
@@ -32,8 +33,6 @@ struct Tables {
   Bytes memberships = {};
   Bytes pictures = {};
 };
-
-constexpr const char16_t* kTableFiles[] = {kContactTable, kContactGroupTable, kMembershipTable, kPictureTable};
 
 class ContactsRecoverTest : public AgentTest {
  protected:
@@ -49,8 +48,8 @@ class ContactsRecoverTest : public AgentTest {
     Place(tables);
   }
 
-  static bool TablesAreKept() { return std::ranges::all_of(kTableFiles, &AgentTest::Exists); }
-  static bool TablesAreGone() { return std::ranges::none_of(kTableFiles, &AgentTest::Exists); }
+  static bool TablesAreKept() { return std::ranges::all_of(kContactTables, &AgentTest::Exists); }
+  static bool TablesAreGone() { return std::ranges::none_of(kContactTables, &AgentTest::Exists); }
 
   /// What the store receives for one contact.
   Bytes Received(const Bytes& contact) {
@@ -70,6 +69,14 @@ class ContactsRecoverTest : public AgentTest {
     return deeds;
   }
 
+  /// Lets entry points leave alone what they were to fill from the nth read of a file on.
+  void FillNothingFromRead(std::u16string_view file, unsigned nth, const std::set<std::string>& entry_points) {
+    reads_ = 0;
+    handset::Observe([=, this](const handset::Call& call) {
+      if (call.function == "ReadFile" && call.path == file && ++reads_ == nth) store_.fills_nothing = entry_points;
+    });
+  }
+
   /// The handset's user has a contact with a picture.
   void AddContact(std::uint32_t id, std::uint32_t picture = 0, std::u16string_view name = u"") {
     Bytes record(ScriptedContactStore::kRecordSize);
@@ -86,6 +93,9 @@ class ContactsRecoverTest : public AgentTest {
   }
 
   ScriptedContactStore store_;
+
+ private:
+  unsigned reads_ = 0;
 };
 
 /// One record with another value in one place.
@@ -110,6 +120,19 @@ Bytes Joined(const std::vector<Bytes>& parts) {
 Bytes CutTo(Bytes bytes, std::size_t size) {
   bytes.resize(size);
   return bytes;
+}
+
+/// The entries of an id map file that tell of refused records, ids first, first + 1, ...
+Bytes RefusedFrom(std::uint32_t first, std::uint32_t count) {
+  Bytes map;
+  for (std::uint32_t i = 0; i < count; ++i) Append(map, Words({0, kNoContact, first + i}));
+  return map;
+}
+
+Bytes Mapped(std::uint32_t table, std::uint32_t new_id, std::uint32_t incoming, std::uint32_t count) {
+  Bytes map;
+  for (std::uint32_t i = 0; i < count; ++i) Append(map, Words({table, new_id + i, incoming + i}));
+  return map;
 }
 
 // --- Contacts ---
@@ -440,6 +463,14 @@ TEST_F(ContactsRecoverTest, TheByteAfterAPicturesDataIsZero) {
   EXPECT_THAT(store_.loaded_pictures, ElementsAre(expected));
 }
 
+TEST_F(ContactsRecoverTest, ThePictureDataBehindItsLengthTravelsToo) {
+  Place({.pictures = With32(IncomingPicture(7, 8192), 4, 10)});
+  EXPECT_EQ(Recover(1, 4).code, 0u);
+  Bytes expected = ReceivedPicture(7, 8192);
+  Put16(expected, 4, 10);
+  EXPECT_THAT(store_.loaded_pictures, ElementsAre(expected));
+}
+
 TEST_F(ContactsRecoverTest, NothingOfAPictureIsLeftInTheOneAfterIt) {
   Place({.pictures = Joined({IncomingPicture(1, 8192), IncomingPicture(2, 10), IncomingPicture(3, 0)})});
   EXPECT_EQ(Recover(1, 4).code, 0u);
@@ -494,6 +525,45 @@ TEST_F(ContactsRecoverTest, ChangedContactsPointAtTheIdsThatTheirPicturesReceive
   EXPECT_THAT(PicturesOf(store_.added[0]), ElementsAre(5000, 9));
   EXPECT_THAT(PicturesOf(store_.updated[0]), ElementsAre(5000));
   EXPECT_EQ(ReadFile(kContactIdMap), Words({0, 1000, 1, 0, 1001, 3}));
+}
+
+TEST_F(ContactsRecoverTest, APictureOfTheIdZeroIsNobodysPicture) {
+  AddContact(2);
+  const Tables tables = {.contacts = ContactsWithPictures({0, 0, 7}),
+                         .pictures = Joined({IncomingPicture(0, 1), IncomingPicture(7, 1)})};
+  PlaceChanges(Words({0, 1, 1, 0, 2, 2, 0, 3, 1}), tables);
+  store_.found_flag = 0;
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  EXPECT_THAT(store_.CallsOf("LoadingImage"), ElementsAre("LoadingImage 0", "LoadingImage 7"));
+  EXPECT_THAT(PicturesOf(store_.added[0]), ElementsAre(0, 5001));
+  EXPECT_THAT(PicturesOf(store_.updated[0]), ElementsAre(0));
+  store_.added[0].clear();
+  Place(tables);
+  EXPECT_EQ(Recover(1, 4).code, 0u);
+  EXPECT_THAT(PicturesOf(store_.added[0]), ElementsAre(0, 0, 5003));
+}
+
+TEST_F(ContactsRecoverTest, OfTwoPicturesWithOneIdTheFirstIsPointedAt) {
+  Place({.contacts = ContactsWithPictures({7, 8}),
+         .pictures = Joined({IncomingPicture(7, 1), IncomingPicture(7, 2), IncomingPicture(8, 1)})});
+  EXPECT_EQ(Recover(1, 4).code, 0u);
+  EXPECT_THAT(store_.loaded_pictures, SizeIs(3));
+  EXPECT_THAT(PicturesOf(store_.added[0]), ElementsAre(5000, 5002));
+}
+
+TEST_F(ContactsRecoverTest, APictureKeepsItsIncomingIdWhateverTheStoreDoesToItsBuffer) {
+  // The scripted store overwrites the whole buffer, the id at its front included.
+  Place({.contacts = ContactsWithPictures({7, 0xEEEEEEEE}), .pictures = IncomingPicture(7, 1)});
+  EXPECT_EQ(Recover(1, 4).code, 0u);
+  EXPECT_THAT(PicturesOf(store_.added[0]), ElementsAre(5000, 0xEEEEEEEE));
+}
+
+TEST_F(ContactsRecoverTest, APictureWithoutANewIdHasNotThatOfTheOneBeforeIt) {
+  FillNothingFromRead(kPictureTable, 2, {"LoadingImage"});
+  Place({.contacts = ContactsWithPictures({7, 8}), .pictures = Joined({IncomingPicture(7, 1), IncomingPicture(8, 1)})});
+  EXPECT_EQ(Recover(1, 4).code, 0u);
+  handset::Observe({});
+  EXPECT_THAT(PicturesOf(store_.added[0]), ElementsAre(5000, 0));
 }
 
 TEST_F(ContactsRecoverTest, ASkippedPictureLeavesItsContactAsItIs) {
@@ -599,16 +669,39 @@ TEST_F(ContactsRecoverTest, AnEmptyTableIsNotDeletedFrom) {
 }
 
 TEST_F(ContactsRecoverTest, TheListsHaveTheirFixedRoomAtLeast) {
+  for (const std::uint32_t mode : {1u, 2u, 4u}) {
+    for (const std::int32_t claimed : {0, 1, -1, -7, INT32_MIN}) {
+      SCOPED_TRACE(testing::Message() << claimed << " in mode " << mode);
+      AddContact(11);
+      AddGroup(21);
+      for (auto& count : store_.claimed_count) count = claimed;
+      for (auto& rooms : store_.offered_rooms) rooms.clear();
+      store_.calls.clear();
+      Place({});
+      EXPECT_EQ(Recover(1, mode).code, 0u);
+      EXPECT_EQ(store_.offered_rooms[0].at(0), 3000);
+      EXPECT_EQ(store_.offered_rooms[1].at(0), 100);
+      EXPECT_THAT(Deeds(), ElementsAre("DeleteGroup [21]", "DeleteMan [11]"));
+    }
+  }
+}
+
+TEST_F(ContactsRecoverTest, AStoreThatClaimsToHoldMoreThanMemoryIsNotEmptiedAtAll) {
   AddContact(11);
   AddGroup(21);
-  store_.claimed_count[0] = 0;
-  store_.claimed_count[1] = -7;
-  Place({});
-  EXPECT_EQ(Recover(1, 4).code, 0u);
-  EXPECT_THAT(store_.offered_rooms[0], ElementsAre(3000));
-  EXPECT_THAT(store_.offered_rooms[1], ElementsAre(100));
-  EXPECT_THAT(store_.Ids(0), IsEmpty());
-  EXPECT_THAT(store_.Ids(1), IsEmpty());
+  for (const std::uint32_t mode : {1u, 2u, 4u}) {
+    for (const std::int32_t claimed : {0x10000001, INT32_MAX}) {
+      for (const std::size_t table : {0u, 1u}) {
+        SCOPED_TRACE(testing::Message() << claimed << " records in table " << table << ", mode " << mode);
+        store_.claimed_count[table] = claimed;
+        store_.claimed_count[1 - table] = std::nullopt;
+        Place({});
+        EXPECT_EQ(Recover(1, mode).code, 0x20000010u);
+        EXPECT_TRUE(TablesAreKept());
+      }
+    }
+  }
+  EXPECT_THAT(Deeds(), IsEmpty());
 }
 
 TEST_F(ContactsRecoverTest, AStoreLargerThanTheFixedRoomsIsEmptiedWhole) {
@@ -669,15 +762,18 @@ TEST_F(ContactsRecoverTest, AStoreThatCannotBeEmptiedIsReportedWithoutAStep) {
 TEST_F(ContactsRecoverTest, AMissingEntryPointDeletesNothingAtAll) {
   for (const auto* missing :
        {u"DTP_PIMDeleteMan", u"DTP_PIMDeleteGroup", u"DTP_PIMGetAllmanSyncid", u"DTP_PIMGetAllgroupSyncid"}) {
-    ScriptedContactStore lacking({missing});
-    lacking.Add(0, 11);
-    lacking.Add(1, 21);
-    for (const std::uint32_t mode : {1u, 4u}) {
-      Place({});
-      EXPECT_EQ(Recover(1, mode).code, 0x20000002u) << testing::PrintToString(std::u16string(missing));
-      EXPECT_THAT(lacking.tables[0], SizeIs(1));
-      EXPECT_THAT(lacking.tables[1], SizeIs(1));
-      EXPECT_TRUE(TablesAreKept());
+    for (const bool is_empty : {false, true}) {
+      SCOPED_TRACE(testing::PrintToString(std::u16string(missing)) + (is_empty ? ", nothing to delete" : ""));
+      ScriptedContactStore lacking({missing});
+      if (!is_empty) lacking.Add(0, 11);
+      if (!is_empty) lacking.Add(1, 21);
+      for (const std::uint32_t mode : {1u, 2u, 4u}) {
+        Place({});
+        EXPECT_EQ(Recover(1, mode).code, 0x20000002u);
+        EXPECT_TRUE(TablesAreKept());
+      }
+      // No more than the groups' count, which says how much room their list needs.
+      EXPECT_THAT(lacking.calls, Each(AnyOf("Initialize 0", "GetAllGroupNum", "UnInitialize")));
     }
   }
 }
@@ -727,7 +823,7 @@ TEST_F(ContactsRecoverTest, TheStoreIsEmptiedBeforeATableIsMissed) {
 TEST_F(ContactsRecoverTest, PicturesGoFirstThenGroupsThenContactsThenMemberships) {
   Place({.contacts = NamedContact(1),
          .groups = NamedGroup(2),
-         .memberships = IncomingMembership(1, {2}),
+         .memberships = ExchangeMembership(1, {2}),
          .pictures = IncomingPicture(7, 1)});
   EXPECT_EQ(LocalRecover(1), 0u);
   EXPECT_THAT(store_.calls, ElementsAre("Initialize 0", "LoadingImage 7", "GetAllGroupNum", "AddGroup 1",
@@ -757,7 +853,7 @@ TEST_F(ContactsRecoverTest, APlainRecoverLeavesNothingButTheRecords) {
     store_.added[0].clear();
     Place({.contacts = NamedContact(1),
            .groups = NamedGroup(2),
-           .memberships = IncomingMembership(1, {2}),
+           .memberships = ExchangeMembership(1, {2}),
            .pictures = IncomingPicture(7, 1)});
     const Answer answer = Recover(1, mode, u"77");
     EXPECT_EQ(answer.code, 0u);
@@ -823,6 +919,28 @@ TEST_F(ContactsRecoverTest, RecordsTravelInChunksOfTwoHundred) {
   }
 }
 
+TEST_F(ContactsRecoverTest, RecordsWithoutNewIdsHaveNotThoseOfTheChunkBefore) {
+  FillNothingFromRead(kContactTable, 2, {"AddManToUnGroup"});
+  Place({.contacts = NamedContacts(1, 202)});
+  EXPECT_EQ(Recover(1, 1).code, 0u);
+  handset::Observe({});
+  EXPECT_EQ(ReadFile(kContactIdMap), Joined({Mapped(0, 1000, 1, 200), Words({0, 0, 201, 0, 0, 202})}));
+
+  store_.fills_nothing = {"AddGroup"};
+  Place({.groups = NamedGroups(1, 2)});
+  EXPECT_EQ(Recover(1, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({1, 0, 1, 1, 0, 2}));
+}
+
+TEST_F(ContactsRecoverTest, OfTwoRecordsWithOneIdBothAreToldAndTheFirstIsPointedAt) {
+  Place({.contacts = Joined({NamedContact(1, u"a"), NamedContact(1, u"b")}),
+         .groups = Joined({NamedGroup(2, u"c"), NamedGroup(2, u"d")}),
+         .memberships = ExchangeMembership(1, {2})});
+  EXPECT_EQ(Recover(1, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({1, 1000, 2, 1, 1001, 2, 0, 1002, 1, 0, 1003, 1}));
+  EXPECT_THAT(store_.added_memberships, ElementsAre(ReceivedMembership(1002, {1000})));
+}
+
 TEST_F(ContactsRecoverTest, TablesAreReadAChunkAtATime) {
   for (const std::uint32_t mode : {4u, 3u}) {
     PlaceChanges({}, {.contacts = NamedContacts(1, 201), .groups = NamedGroups(1, 201)});
@@ -870,23 +988,10 @@ TEST_F(ContactsRecoverTest, ChunksBeforeARefusalStayApplied) {
 
 // --- Limits ---
 
-/// The entries of an id map file that tell of refused records, ids first, first + 1, ...
-Bytes RefusedFrom(std::uint32_t first, std::uint32_t count) {
-  Bytes map;
-  for (std::uint32_t i = 0; i < count; ++i) Append(map, Words({0, kNoContact, first + i}));
-  return map;
-}
-
-Bytes Mapped(std::uint32_t table, std::uint32_t new_id, std::uint32_t incoming, std::uint32_t count) {
-  Bytes map;
-  for (std::uint32_t i = 0; i < count; ++i) Append(map, Words({table, new_id + i, incoming + i}));
-  return map;
-}
-
 TEST_F(ContactsRecoverTest, ALocalRecoverFillsTheHandsetUpToThreeThousandContacts) {
   for (std::uint32_t id = 10001; id <= 12990; ++id) AddContact(id);
   Bytes memberships;
-  for (std::uint32_t id = 1; id <= 20; ++id) Append(memberships, IncomingMembership(id, {}));
+  for (std::uint32_t id = 1; id <= 20; ++id) Append(memberships, ExchangeMembership(id, {}));
   Place({.contacts = NamedContacts(1, 20), .memberships = memberships});
   EXPECT_EQ(LocalRecover(1), 0u);
   EXPECT_THAT(store_.CallsOf("AddManToUnGroup"), ElementsAre("AddManToUnGroup 10"));
@@ -946,6 +1051,17 @@ TEST_F(ContactsRecoverTest, AHandsetAtOrAboveItsLimitTakesNoMore) {
   EXPECT_THAT(Deeds(), IsEmpty());
 }
 
+TEST_F(ContactsRecoverTest, WhatAChangeListDeletesMakesRoomForWhatItAdds) {
+  for (std::uint32_t id = 1; id <= 100; ++id) AddGroup(id);
+  for (std::uint32_t id = 1; id <= 3000; ++id) AddContact(id);
+  PlaceChanges(Words({1, 200, 1, 1, 50, 3, 0, 4000, 1, 0, 50, 3}),
+               {.contacts = NamedContact(4000, u"a"), .groups = NamedGroup(200, u"g")});
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({1, 1000, 200, 0, 1001, 4000}));
+  EXPECT_THAT(store_.tables[1], SizeIs(100));
+  EXPECT_THAT(store_.tables[0], SizeIs(3000));
+}
+
 TEST_F(ContactsRecoverTest, ANegativeCountRaisesNoLimit) {
   for (const std::int32_t count : {-1, -100, -0x7FFFFFFF - 1}) {
     SCOPED_TRACE(count);
@@ -993,7 +1109,7 @@ TEST_F(ContactsRecoverTest, AChangeListDeletesThenAppliesEachTableInItsTurn) {
   PlaceChanges(Words({0, 60, 1, 1, 4, 3, 0, 1, 3, 1, 50, 1, 0, 2, 2, 1, 5, 2}),
                {.contacts = Joined({NamedContact(2, u"Two"), NamedContact(60, u"Sixty"), NamedContact(3, u"Three")}),
                 .groups = Joined({NamedGroup(50, u"Fifty"), NamedGroup(5, u"Five")}),
-                .memberships = IncomingMembership(60, {50}),
+                .memberships = ExchangeMembership(60, {50}),
                 .pictures = IncomingPicture(7, 1)});
   const Answer answer = Recover(1, 3);
   EXPECT_EQ(answer.code, 0u);
@@ -1066,6 +1182,38 @@ TEST_F(ContactsRecoverTest, NamesAreLookedUpBeforeTheirChunkIsAdded) {
   EXPECT_EQ(Bytes(map.end() - 12, map.end()), Words({0, 1000, 201})) << "the twin of the chunk before";
 }
 
+TEST_F(ContactsRecoverTest, AnyAnswerButZeroIsARecordFound) {
+  AddContact(5, 0, u"Anna");
+  AddGroup(6, u"Family");
+  for (const std::int32_t flag : {1, 2, -1, INT32_MIN, 0x10000}) {
+    store_.found_flag = flag;
+    PlaceChanges(Words({0, 77, 1, 1, 78, 1}),
+                 {.contacts = NamedContact(77, u"Anna"), .groups = NamedGroup(78, u"Family")});
+    EXPECT_EQ(Recover(1, 3).code, 0u);
+    EXPECT_EQ(ReadFile(kContactIdMap), Words({0, 6, 78, 0, 5, 77})) << flag;
+  }
+  EXPECT_THAT(store_.added[0], IsEmpty());
+  EXPECT_THAT(store_.added[1], IsEmpty());
+}
+
+TEST_F(ContactsRecoverTest, ALookUpWithoutAnAnswerFindsNothing) {
+  // All names are that of contact 5; of the last one the store does not say so.
+  AddContact(5);
+  FillNothingFromRead(kContactTable, 2, {"FindmanSyncidByName"});
+  PlaceChanges(Changes(0, 1, 201, 1), {.contacts = NamedContacts(1, 201)});
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  handset::Observe({});
+  Bytes map;
+  for (std::uint32_t id = 1; id <= 200; ++id) Append(map, Words({0, 5, id}));
+  EXPECT_EQ(ReadFile(kContactIdMap), Joined({map, Words({0, 1000, 201})}));
+
+  AddGroup(6);
+  store_.fills_nothing = {"FindgroupSyncidByName"};
+  PlaceChanges(Words({1, 7, 1}), {.groups = NamedGroup(7)});
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({1, 1001, 7}));
+}
+
 TEST_F(ContactsRecoverTest, AModifiedRecordIsUpdatedUnderItsOwnId) {
   AddContact(1);
   AddContact(2);
@@ -1114,6 +1262,19 @@ TEST_F(ContactsRecoverTest, RecordsWithoutAnEntryArePassedOver) {
   EXPECT_FALSE(Exists(kContactChanges));
 }
 
+TEST_F(ContactsRecoverTest, AContactOfWhichOnlyThePictureChangedIsPassedOver) {
+  AddContact(1, 70);
+  for (const std::uint32_t operation : {1u, 2u}) {
+    store_.calls.clear();
+    store_.pictures[70] = {1, {1}};
+    PlaceChanges(Words({2, 1, operation}),
+                 {.contacts = NamedContact(1, u"a"), .memberships = ExchangeMembership(1, {5})});
+    EXPECT_EQ(Recover(1, 3).code, 0u);
+    EXPECT_THAT(Deeds(), ElementsAre("Readman [1]", "DeleteImage 70")) << operation;
+    EXPECT_THAT(ReadFile(kContactIdMap), IsEmpty());
+  }
+}
+
 TEST_F(ContactsRecoverTest, TheFirstChangeOfARecordCounts) {
   AddContact(1);
   PlaceChanges(Words({0, 1, 2, 0, 1, 1, 0, 2, 1, 0, 2, 2}), {.contacts = NamedContacts(1, 2)});
@@ -1125,7 +1286,7 @@ TEST_F(ContactsRecoverTest, TheFirstChangeOfARecordCounts) {
 
 TEST_F(ContactsRecoverTest, AnEmptyChangeListChangesNothing) {
   AddContact(1);
-  PlaceChanges({}, {.contacts = NamedContact(1), .memberships = IncomingMembership(1, {2})});
+  PlaceChanges({}, {.contacts = NamedContact(1), .memberships = ExchangeMembership(1, {2})});
   EXPECT_EQ(Recover(1, 3).code, 0u);
   EXPECT_THAT(Deeds(), IsEmpty());
   EXPECT_EQ(ReadFile(kContactLog), Words({1, kOldLow, kOldHigh}));
@@ -1279,6 +1440,18 @@ TEST_F(ContactsRecoverTest, APictureThatCannotBeDeletedEndsTheDeletions) {
   }
 }
 
+TEST_F(ContactsRecoverTest, APictureThatIsGoneCannotBeDeletedAgain) {
+  for (const Bytes& changes : {Words({0, 1, 3, 0, 1, 3}), Words({2, 1, 2, 0, 1, 3})}) {
+    store_.tables[0].clear();
+    store_.calls.clear();
+    AddContact(1, 70);
+    PlaceChanges(changes);
+    EXPECT_EQ(Recover(1, 3).code, 0x20200009u);
+    EXPECT_THAT(Deeds(), ElementsAre("Readman [1]", "DeleteImage 70", "Readman [1]", "DeleteImage 70"));
+    EXPECT_THAT(store_.Ids(0), ElementsAre(1));
+  }
+}
+
 TEST_F(ContactsRecoverTest, RefusedDeletionsEndTheRecover) {
   AddContact(1);
   AddGroup(1);
@@ -1316,8 +1489,8 @@ TEST_F(ContactsRecoverTest, DeletionsNeedAllTheirEntryPointsBeforeTheList) {
 TEST_F(ContactsRecoverTest, MembershipsPointAtTheIdsThatTheirRecordsReceived) {
   Place({.contacts = NamedContacts(1, 2),
          .groups = NamedGroups(2, 2),
-         .memberships = Joined({IncomingMembership(2, {3, 2, 9}), IncomingMembership(1, {1}),
-                                IncomingMembership(3, {2}), IncomingMembership(1, {})}),
+         .memberships = Joined({ExchangeMembership(2, {3, 2, 9}), ExchangeMembership(1, {1}),
+                                ExchangeMembership(3, {2}), ExchangeMembership(1, {})}),
          .pictures = Joined({IncomingPicture(3, 1), IncomingPicture(9, 1)})});
   EXPECT_EQ(Recover(1, 4).code, 0u);
   // Groups became 1000 and 1001, contacts 1002 and 1003; a picture's id is neither a group's nor a contact's.
@@ -1335,9 +1508,9 @@ TEST_F(ContactsRecoverTest, MembershipsOfChangedContactsGoWhereTheirChangeSays) 
       Words({0, 1, 1, 0, 2, 2, 0, 6, 1, 1, 8, 1, 1, 3, 1, 2, 4, 1, 0, 4, 3, 0, 7, 0}),
       {.contacts = Joined({NamedContact(1, u"One"), NamedContact(2), NamedContact(6, u"Anna")}),
        .groups = NamedGroup(8, u"Eight"),
-       .memberships = Joined({IncomingMembership(2, {8, 9}), IncomingMembership(1, {9, 8}), IncomingMembership(3, {8}),
-                              IncomingMembership(4, {8}), IncomingMembership(6, {8}), IncomingMembership(7, {8}),
-                              IncomingMembership(2, {})})});
+       .memberships = Joined({ExchangeMembership(2, {8, 9}), ExchangeMembership(1, {9, 8}), ExchangeMembership(3, {8}),
+                              ExchangeMembership(4, {8}), ExchangeMembership(6, {8}), ExchangeMembership(7, {8}),
+                              ExchangeMembership(2, {})})});
   AddContact(4);
   EXPECT_EQ(Recover(1, 3).code, 0u);
   EXPECT_THAT(store_.CallsOf("PhoneAddToGroups"), ElementsAre("PhoneAddToGroups 2"));
@@ -1352,7 +1525,7 @@ TEST_F(ContactsRecoverTest, AModifiedContactKeepsItsIdWhateverTheMapSays) {
   store_.claimed_count[1] = 100;
   // Group 7 is refused, which the map tells as contact 7.
   PlaceChanges(Words({0, 7, 2, 1, 7, 1}),
-               {.contacts = NamedContact(7), .groups = NamedGroup(7), .memberships = IncomingMembership(7, {7})});
+               {.contacts = NamedContact(7), .groups = NamedGroup(7), .memberships = ExchangeMembership(7, {7})});
   EXPECT_EQ(Recover(1, 3).code, 0u);
   EXPECT_THAT(store_.modified_memberships, ElementsAre(ReceivedMembership(7, {7})));
   EXPECT_EQ(ReadFile(kContactIdMap), Words({0, kNoContact, 7}));
@@ -1361,7 +1534,7 @@ TEST_F(ContactsRecoverTest, AModifiedContactKeepsItsIdWhateverTheMapSays) {
 TEST_F(ContactsRecoverTest, MembershipsOfRefusedContactsAreDroppedByAChangeListOnly) {
   store_.claimed_count[0] = 2999;
   const Tables tables = {.contacts = Joined({NamedContact(1, u"a"), NamedContact(2, u"b")}),
-                         .memberships = Joined({IncomingMembership(2, {9}), IncomingMembership(1, {9})})};
+                         .memberships = Joined({ExchangeMembership(2, {9}), ExchangeMembership(1, {9})})};
   PlaceChanges(Words({0, 1, 1, 0, 2, 1}), tables);
   EXPECT_EQ(Recover(1, 3).code, 0u);
   EXPECT_THAT(store_.added_memberships, ElementsAre(ReceivedMembership(1000, {9})));
@@ -1378,10 +1551,37 @@ TEST_F(ContactsRecoverTest, AGroupThatWasRefusedOrFoundByNameIsNotTranslated) {
   PlaceChanges(Words({0, 1, 1, 1, 8, 1, 1, 9, 1}),
                {.contacts = NamedContact(1, u"a"),
                 .groups = Joined({NamedGroup(8, u"Family"), NamedGroup(9, u"Work")}),
-                .memberships = IncomingMembership(1, {8, 9})});
+                .memberships = ExchangeMembership(1, {8, 9})});
   EXPECT_EQ(Recover(1, 3).code, 0u);
   EXPECT_EQ(ReadFile(kContactIdMap), Words({0, kNoContact, 9, 0, 50, 8, 0, 1000, 1})) << "told as contacts";
   EXPECT_THAT(store_.added_memberships, ElementsAre(ReceivedMembership(1000, {8, 9})));
+}
+
+TEST_F(ContactsRecoverTest, AGroupToldAsAContactStandsBeforeTheContactOfItsId) {
+  // Contact 7 and group 7, which is found by name as group 50: what was told first counts.
+  AddGroup(50, u"Family");
+  const Tables tables = {.contacts = NamedContact(7, u"a"),
+                         .groups = NamedGroup(7, u"Family"),
+                         .memberships = ExchangeMembership(7, {7, 9})};
+  PlaceChanges(Words({0, 7, 1, 1, 7, 1}), tables);
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({0, 50, 7, 0, 1000, 7}));
+  EXPECT_THAT(store_.added_memberships, ElementsAre(ReceivedMembership(50, {7, 9})));
+
+  // Group 7 is refused: so is the membership of contact 7.
+  store_.added_memberships.clear();
+  store_.claimed_count[1] = 100;
+  store_.tables[0].clear();
+  PlaceChanges(Words({0, 7, 1, 1, 7, 1}), tables);
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({0, kNoContact, 7, 0, 1001, 7}));
+  EXPECT_THAT(store_.added_memberships, IsEmpty());
+
+  // Without a change list it is passed on.
+  Place(tables);
+  EXPECT_EQ(Recover(1, 1).code, 0u);
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({0, kNoContact, 7, 0, 1002, 7}));
+  EXPECT_THAT(store_.added_memberships, ElementsAre(ReceivedMembership(kNoContact, {7, 9})));
 }
 
 TEST_F(ContactsRecoverTest, MembershipsTravelInBatchesOfTwoHundred) {
@@ -1409,8 +1609,8 @@ TEST_F(ContactsRecoverTest, MembershipsTravelInBatchesOfTwoHundred) {
     Bytes memberships;
     Bytes changes;
     for (std::uint32_t id = 1; id <= row.count; ++id) {
-      Append(memberships, IncomingMembership(id, {id + 1, id + 2}));
-      Append(memberships, IncomingMembership(10000 + id, {id + 3}));
+      Append(memberships, ExchangeMembership(id, {id + 1, id + 2}));
+      Append(memberships, ExchangeMembership(10000 + id, {id + 3}));
       Append(changes, Words({0, id, 1, 0, 10000 + id, 2}));
     }
     PlaceChanges(changes, {.memberships = memberships});
@@ -1423,7 +1623,7 @@ TEST_F(ContactsRecoverTest, MembershipsTravelInBatchesOfTwoHundred) {
     for (std::uint32_t id = 1; id <= row.count; ++id) {
       ASSERT_EQ(store_.added_memberships[id - 1], ReceivedMembership(id, {id + 1, id + 2}));
       ASSERT_EQ(store_.modified_memberships[id - 1], ReceivedMembership(10000 + id, {id + 3}));
-      Append(memberships, IncomingMembership(id, {id}));
+      Append(memberships, ExchangeMembership(id, {id}));
     }
     store_.calls.clear();
     Place({.memberships = memberships});
@@ -1437,7 +1637,7 @@ TEST_F(ContactsRecoverTest, AMembershipHasUpToAHundredGroups) {
   std::vector<std::uint32_t> groups(100);
   std::iota(groups.begin(), groups.end(), 500u);
   Place(
-      {.memberships = Joined({IncomingMembership(1, groups), IncomingMembership(2, {}), IncomingMembership(3, {4})})});
+      {.memberships = Joined({ExchangeMembership(1, groups), ExchangeMembership(2, {}), ExchangeMembership(3, {4})})});
   EXPECT_EQ(Recover(1, 4).code, 0u);
   EXPECT_THAT(store_.added_memberships,
               ElementsAre(ReceivedMembership(1, groups), ReceivedMembership(2, {}), ReceivedMembership(3, {4})))
@@ -1447,7 +1647,7 @@ TEST_F(ContactsRecoverTest, AMembershipHasUpToAHundredGroups) {
 TEST_F(ContactsRecoverTest, AMembershipOfMoreGroupsEndsTheRecover) {
   for (const std::uint32_t count : {101u, 0x40000000u, 4'000'000'000u, 0xFFFFFFFFu}) {
     SCOPED_TRACE(count);
-    Bytes memberships = Joined({IncomingMembership(1, {5}), Words({1, count}), Bytes(404)});
+    Bytes memberships = Joined({ExchangeMembership(1, {5}), Words({1, count}), Bytes(404)});
     PlaceChanges(Words({0, 1, 1}), {.memberships = memberships});
     EXPECT_EQ(Recover(1, 4).code, 0x2A000200u);
     EXPECT_EQ(Recover(1, 3).code, 0x2A000200u);
@@ -1462,7 +1662,7 @@ TEST_F(ContactsRecoverTest, AMembershipOfMoreGroupsEndsTheRecover) {
 
 TEST_F(ContactsRecoverTest, RefusedMembershipsAreFlagged) {
   AddContact(2);
-  const Tables tables = {.memberships = Joined({IncomingMembership(1, {5}), IncomingMembership(2, {5})})};
+  const Tables tables = {.memberships = Joined({ExchangeMembership(1, {5}), ExchangeMembership(2, {5})})};
   for (const std::int32_t status : {1, -1, -502, -503, -504}) {
     store_.statuses = {{"PhoneAddToGroups", status}};
     PlaceChanges(Words({0, 1, 1, 0, 2, 2}), tables);
@@ -1479,7 +1679,7 @@ TEST_F(ContactsRecoverTest, RefusedMembershipsAreFlagged) {
 
 TEST_F(ContactsRecoverTest, ARefusedBatchEndsTheMemberships) {
   Bytes memberships;
-  for (std::uint32_t id = 1; id <= 401; ++id) Append(memberships, IncomingMembership(id, {5}));
+  for (std::uint32_t id = 1; id <= 401; ++id) Append(memberships, ExchangeMembership(id, {5}));
   for (const std::uint32_t operation : {1u, 2u}) {
     const char* const entry_point = operation == 1 ? "PhoneAddToGroups" : "ModifyManToGroup";
     store_.refusals[entry_point] = {{2, 1}};
@@ -1558,7 +1758,7 @@ TEST_F(ContactsRecoverTest, ATornHeadOfAMembershipIsUsedAsReadTheRestBeingZero) 
   for (std::size_t size = 1; size <= 8; ++size) {
     SCOPED_TRACE(size);
     store_.added_memberships.clear();
-    Place({.memberships = Joined({IncomingMembership(1, {2}), CutTo(whole, size)})});
+    Place({.memberships = Joined({ExchangeMembership(1, {2}), CutTo(whole, size)})});
     EXPECT_EQ(Recover(1, 4).code, 0u);
     EXPECT_THAT(store_.added_memberships, ElementsAre(ReceivedMembership(1, {2}), CutTo(CutTo(whole, size), 408)));
   }
@@ -1569,10 +1769,10 @@ TEST_F(ContactsRecoverTest, ATornHeadOfAMembershipIsUsedAsReadTheRestBeingZero) 
 }
 
 TEST_F(ContactsRecoverTest, AMembershipTornInItsGroupsIsNotApplied) {
-  const Bytes whole = IncomingMembership(2, {3, 4});
+  const Bytes whole = ExchangeMembership(2, {3, 4});
   for (std::size_t size = 8; size < 16; ++size) {
     SCOPED_TRACE(size);
-    PlaceChanges(Words({0, 1, 1, 0, 2, 1}), {.memberships = Joined({IncomingMembership(1, {2}), CutTo(whole, size)})});
+    PlaceChanges(Words({0, 1, 1, 0, 2, 1}), {.memberships = Joined({ExchangeMembership(1, {2}), CutTo(whole, size)})});
     EXPECT_EQ(Recover(1, 5).code, 0x2A000200u);
     EXPECT_EQ(Recover(1, 3).code, 0x2A000200u);
     EXPECT_TRUE(TablesAreKept());
@@ -1600,6 +1800,25 @@ TEST_F(ContactsRecoverTest, AnOverlongDirectoryIsRefusedBeforeTheStoreIsEmptied)
   EXPECT_EQ(answer.anchor, u"77");
   EXPECT_THAT(store_.calls, ElementsAre("Initialize 0", "UnInitialize"));
   EXPECT_THAT(AllFiles(), IsEmpty());
+}
+
+TEST_F(ContactsRecoverTest, ADirectoryOf259CharactersIsRecoveredFrom) {
+  Place({.contacts = NamedContact(1)});
+  const std::u16string sync = kSync;
+  EXPECT_EQ(Recover(1, 1, u"", std::u16string(260 - sync.size(), u'\\') + sync).code, 0x20000100u);
+  EXPECT_TRUE(TablesAreKept());
+  EXPECT_EQ(Recover(1, 1, u"", std::u16string(259 - sync.size(), u'\\') + sync).code, 0u);
+  EXPECT_TRUE(TablesAreGone());
+  EXPECT_EQ(ReadFile(kContactIdMap), Words({0, 1000, 1}));
+}
+
+TEST_F(ContactsRecoverTest, AFailedRecoverAnswersTheAnchorThatItMade) {
+  for (const std::uint32_t mode : {1u, 2u, 3u}) {
+    WriteText(kAnchorIni, "[ANCHORDATE]\r\nLINKMAN = 5");
+    EXPECT_EQ(Recover(1, mode, u"5").anchor, kNowAnchor) << "there are no tables";
+    EXPECT_EQ(ReadText(kAnchorIni), "[ANCHORDATE]\r\nLINKMAN = 200612117210");
+  }
+  EXPECT_EQ(Recover(1, 4, u"5").anchor, u"5");
 }
 
 TEST_F(ContactsRecoverTest, TheStoreIsInitialisedOnceAndLeftOnceWhateverHappens) {
@@ -1663,7 +1882,7 @@ TEST_F(ContactsRecoverTest, AMissingTableIsFlaggedWithItsStep) {
   for (const std::uint32_t mode : {1u, 3u, 4u, 5u}) {
     SCOPED_TRACE(mode);
     PlaceChanges({});
-    for (const auto* file : kTableFiles) std::filesystem::remove(handset::HostPath(file));
+    for (const auto* file : kContactTables) std::filesystem::remove(handset::HostPath(file));
     EXPECT_EQ(Recover(1, mode).code, 0x2B000100u);
     WriteFile(kPictureTable, {});
     EXPECT_EQ(Recover(1, mode).code, 0x24000100u);
@@ -1681,11 +1900,27 @@ TEST_F(ContactsRecoverTest, AMissingTableIsFlaggedWithItsStep) {
 }
 
 TEST_F(ContactsRecoverTest, TablesAreOpenedBeforeEntryPointsAreLookedUp) {
-  const ScriptedContactStore lacking(
-      {u"DTP_LoadingImage", u"DTP_PIMAddGroup", u"DTP_PIMAddManToUnGroup", u"DTP_PIMPhoneAddToGroups"});
-  EXPECT_EQ(LocalRecover(1), 0x2B000100u);
-  WriteFile(kPictureTable, {});
-  EXPECT_EQ(LocalRecover(1), 0x2B000002u);
+  struct Row {
+    const char16_t* file;
+    const char16_t* entry_point;
+    std::uint32_t flag;
+  };
+  static constexpr Row kRows[] = {
+      {kPictureTable, u"DTP_LoadingImage", 0x2B000000},
+      {kContactGroupTable, u"DTP_PIMAddGroup", 0x24000000},
+      {kContactTable, u"DTP_PIMAddManToUnGroup", 0x23000000},
+      {kMembershipTable, u"DTP_PIMPhoneAddToGroups", 0x2A000000},
+  };
+  for (const Row& row : kRows) {
+    const ScriptedContactStore lacking({row.entry_point});
+    PlaceChanges({});
+    std::filesystem::remove(handset::HostPath(row.file));
+    EXPECT_EQ(LocalRecover(1), row.flag | 0x100);
+    EXPECT_EQ(Recover(1, 3).code, row.flag | 0x100);
+    WriteFile(row.file, {});
+    EXPECT_EQ(LocalRecover(1), row.flag | 2);
+    EXPECT_EQ(Recover(1, 3).code, row.flag | 2);
+  }
 }
 
 TEST_F(ContactsRecoverTest, AnUnreadableTableIsNotTakenForItsEnd) {
@@ -1704,7 +1939,7 @@ TEST_F(ContactsRecoverTest, AnUnreadableTableIsNotTakenForItsEnd) {
         for (auto& table : store_.tables) table.clear();
         PlaceChanges(Words({0, 1, 1, 1, 1, 1}), {.contacts = NamedContact(1),
                                                  .groups = NamedGroup(1),
-                                                 .memberships = IncomingMembership(1, {1}),
+                                                 .memberships = ExchangeMembership(1, {1}),
                                                  .pictures = IncomingPicture(1, 1)});
         unsigned reads = 0;
         handset::Observe([&](const handset::Call& call) {
@@ -1718,6 +1953,24 @@ TEST_F(ContactsRecoverTest, AnUnreadableTableIsNotTakenForItsEnd) {
         EXPECT_TRUE(TablesAreKept());
         EXPECT_TRUE(Exists(kContactChanges));
       }
+    }
+  }
+}
+
+TEST_F(ContactsRecoverTest, TheStoreIsAskedForItsCountBeforeATableIsRead) {
+  const std::tuple<const char*, const char16_t*, std::uint32_t> kRows[] = {
+      {"GetAllGroupNum", kContactGroupTable, 0x24000004}, {"GetAllManNum", kContactTable, 0x23000004}};
+  for (const auto& [entry_point, file, code] : kRows) {
+    store_.statuses = {{entry_point, 1}};
+    for (const std::uint32_t mode : {5u, 3u}) {
+      PlaceChanges({}, {.contacts = NamedContact(1), .groups = NamedGroup(1)});
+      handset::Observe([table = file](const handset::Call& call) {
+        if (call.function == "CreateFileW" && call.path == table) handset::FailCallOf("ReadFile", 1);
+      });
+      EXPECT_EQ(Recover(1, mode).code, code);
+      handset::Observe({});
+      EXPECT_FALSE(handset::FaultHappened());
+      handset::FailCall(0);
     }
   }
 }
@@ -1772,6 +2025,19 @@ TEST_F(ContactsRecoverTest, FilesAreOpenedAsTheirOtherUsersExpect) {
                                     Opening(kContactGroupTable, kReader), Opening(kContactTable, kReader),
                                     Opening(kMembershipTable, kReader), Opening(kContactLog, kWriter),
                                     Opening(kContactGroupLog, kWriter), Opening(kContactIdMap, kWriter)));
+}
+
+TEST_F(ContactsRecoverTest, NoFileIsOpenWhenOneIsDeletedOrWritten) {
+  AddContact(1);
+  PlaceChanges(Words({0, 2, 1}), {.contacts = NamedContact(2, u"a"), .memberships = ExchangeMembership(2, {3})});
+  std::vector<unsigned> open_files;
+  handset::Observe([&](const handset::Call& call) {
+    const bool makes_anew = call.function == "CreateFileW" && call.options[2] == 2 && call.path != kAnchorIni;
+    if (makes_anew || call.function == "DeleteFileW") open_files.push_back(handset::TakeCensus().files);
+  });
+  EXPECT_EQ(Recover(1, 3).code, 0u);
+  handset::Observe({});
+  EXPECT_THAT(open_files, AllOf(SizeIs(8), Each(0))) << "five deletions, two snapshots, the id map";
 }
 
 TEST_F(ContactsRecoverTest, FilesAreDeletedInTheOrderOfTheirSteps) {
