@@ -40,16 +40,16 @@ bool Report(const char* what, double ratio, double bound) {
 }
 
 Desktop::Desktop(const loader::AgentLibrary& agent, std::int32_t module_id)
-    : export_(agent.Export<RapiFunction>("fnQV_ExportTabs")) {
+    : export_(agent.Export<RapiFunction>("fnQV_ExportTabs")), recover_(agent.Export<RapiFunction>("fnQV_RecovTabs")) {
   request_.module_id = module_id;
   std::copy(std::begin(kDirectory), std::end(kDirectory), request_.directory);
 }
 
-std::uint32_t Desktop::Export(std::uint32_t mode) {
+std::uint32_t Desktop::Run(RapiFunction* entry_point, std::uint32_t mode) {
   request_.mode = mode;
   std::copy(answer_.record.anchor, answer_.record.anchor + qv::kAnchorCapacity, request_.anchor);
-  export_(0, reinterpret_cast<std::uint8_t*>(&request_), nullptr, nullptr, &answer_);
-  if (answer_.record.code != 0) Die("an export failed");
+  entry_point(0, reinterpret_cast<std::uint8_t*>(&request_), nullptr, nullptr, &answer_);
+  if (answer_.record.code != 0) Die("the agent reports a failure");
   return answer_.record.mode;
 }
 

@@ -24,13 +24,14 @@ std::vector<double> Shortest(int runs, const std::vector<std::function<void()>>&
 /// Prints the ratio; false when it is above its bound.
 bool Report(const char* what, double ratio, double bound);
 
-/// Asks one module for exports.
+/// Asks one module for exports and recovers.
 class Desktop {
  public:
   Desktop(const loader::AgentLibrary& agent, std::int32_t module_id);
 
   /// Runs an export and returns the mode it came back with; the anchor is kept for the next one.
-  std::uint32_t Export(std::uint32_t mode);
+  std::uint32_t Export(std::uint32_t mode) { return Run(export_, mode); }
+  std::uint32_t Recover(std::uint32_t mode) { return Run(recover_, mode); }
 
  private:
   struct Answer final : loader::RefusingStream {
@@ -39,7 +40,10 @@ class Desktop {
     std::uint32_t QV_STDCALL Release() override { return 0; }
   };
 
+  std::uint32_t Run(RapiFunction* entry_point, std::uint32_t mode);
+
   RapiFunction* export_;
+  RapiFunction* recover_;
   qv::RequestRecord request_{};
   Answer answer_;
 };
@@ -58,6 +62,7 @@ Growth MeasureIncrementalExport(Desktop& desktop, const std::function<void(std::
 // The measurements. False when a ratio is above its bound.
 bool MeasureSchedule(const loader::AgentLibrary& agent, Growth& incremental);
 bool MeasureChangeComputation();
+bool MeasureMessages(const loader::AgentLibrary& agent);
 bool MeasureContacts(const loader::AgentLibrary& agent, const Growth& schedule);
 
 }  // namespace bench

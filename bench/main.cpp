@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     bench::Growth schedule;
     good = bench::MeasureSchedule(*agent, schedule) && good;
     good = bench::MeasureChangeComputation() && good;
+    good = bench::MeasureMessages(*agent) && good;
     good = bench::MeasureContacts(*agent, schedule) && good;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "qv_bench: %s\n", error.what());

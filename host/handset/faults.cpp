@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -15,7 +16,7 @@ namespace {
 // left behind through no fault of the agent.
 // clang-format off
 constexpr std::string_view kFallible[] = {
-    "CreateFileW", "ReadFile", "WriteFile", "DeleteFileW", "FindFirstFileW", "FindNextFileW", "GetDiskFreeSpaceExW",
+    "CreateFileW", "ReadFile", "WriteFile", "GetFileSize", "DeleteFileW", "FindFirstFileW", "FindNextFileW", "GetDiskFreeSpaceExW",
     "LoadLibraryW", "GetProcAddressW", "SystemTimeToFileTime",
     "FindWindowW", "PostMessageW", "CreateSemaphoreW", "SetSystemMemoryDivision",
     "malloc", "realloc",
@@ -34,7 +35,7 @@ struct PendingFault {
 
 PendingFault pending;
 std::string_view faulted_function;
-std::function<void(const Call&)> observer;
+std::shared_ptr<const std::function<void(const Call&)>> observer;  // Null: nobody watches.
 bool observer_runs = false;
 
 void Arm(unsigned n, std::string_view function, Fault fault) {
@@ -52,9 +53,9 @@ bool IsDue(const Call& call) {
 
 void Watch(const Call& call) {
   if (!observer || observer_runs) return;
-  const auto running = observer;  // A copy, because the observer may set another one.
+  const auto running = observer;  // Held, because the observer may set another one.
   observer_runs = true;
-  running(call);
+  (*running)(call);
   observer_runs = false;
 }
 
@@ -74,7 +75,7 @@ void ResetFaults() {
 }
 
 void Observe(std::function<void(const Call&)> new_observer) {
-  observer = std::move(new_observer);
+  observer = new_observer ? std::make_shared<const std::function<void(const Call&)>>(std::move(new_observer)) : nullptr;
 }
 
 void FailCall(unsigned n, Fault fault) {

@@ -167,6 +167,18 @@ BOOL WriteFile(HANDLE handle, const void* buffer, DWORD size, DWORD* written, vo
   return PlatformCall({"WriteFile", ObjectName(handle), size}, kFalse, write, &size);
 }
 
+DWORD GetFileSize(HANDLE handle, DWORD* high) {
+  return PlatformCall({"GetFileSize", ObjectName(handle), 0}, INVALID_FILE_SIZE, [&]() -> DWORD {
+    const auto* file = ObjectOf<File>(handle);
+    struct stat status {};
+    if (file == nullptr) return INVALID_FILE_SIZE;
+    if (fstat(file->Descriptor(), &status) != 0) return Fail(ErrorFromErrno(), INVALID_FILE_SIZE);
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    if (high != nullptr) *high = static_cast<DWORD>(size >> 32);
+    return static_cast<DWORD>(size);
+  });
+}
+
 BOOL DeleteFileW(const char16_t* name) {
   return PlatformCall({"DeleteFileW", View(name), 0}, kFalse, [&] { return Delete(View(name)); });
 }

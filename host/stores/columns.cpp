@@ -16,7 +16,8 @@ enum class Kind { kNumber, kText, kBytes };
 
 Kind KindOf(const Slot& slot) {
   if (qv::layout::IsNumeric(slot.form)) return Kind::kNumber;
-  return slot.form == Form::kText || slot.form == Form::kRawText ? Kind::kText : Kind::kBytes;
+  const bool is_text = slot.form == Form::kText || slot.form == Form::kRawText || slot.form == Form::kTimeText;
+  return is_text ? Kind::kText : Kind::kBytes;
 }
 
 std::span<const std::uint8_t> WithoutTrailingZeros(const Slot& slot, const std::uint8_t* record) {
@@ -57,12 +58,13 @@ void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int pa
 
 std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
   std::vector<Column> columns;
-  for (const qv::layout::Field& field : layout.fields.subspan(1)) {
+  for (const qv::layout::Field& field : layout.fields) {
     if (field.store.form == Form::kNone || field.store.form == Form::kUnused) continue;
-    if (field.carried == qv::layout::Carried::kExportOnly) continue;
+    if (field.carried == qv::layout::Carried::kRepeated) continue;
     columns.push_back({field.name, field.store});
   }
   for (const qv::layout::ItemRun& run : layout.items) {
+    if (run.slots == qv::layout::kAnyNumber) continue;
     const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);
     columns.push_back({run.name, qv::layout::Bytes(run.store_offset, size)});
   }

@@ -16,8 +16,8 @@ struct Column {
   qv::layout::Slot slot;
 };
 
-/// The columns in the order of the rows, without the first one, which is the record's id. Rows that only repeat others
-/// and unused room have none.
+/// The columns in the order of the rows. Rows that only repeat others, unused room, and items that do not lie in the
+/// record have none.
 std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout);
 
 /// The column's type and what it holds in a row inserted by hand that does not name it, in SQL.

@@ -29,13 +29,13 @@ std::string Placeholders(std::size_t count) {
 }
 
 /// A row that gives no time of its own, or NULL, is as of now. An id must fit a record, which has 32 bits for it.
-std::string TableSql(const std::string& table, const std::vector<Column>& columns) {
-  std::string sql = "CREATE TABLE IF NOT EXISTS " + table +
+std::string TableSql(const KindDescription& kind, const std::vector<Column>& columns) {
+  std::string sql = std::string("CREATE TABLE IF NOT EXISTS ") + kind.table +
                     " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN 1 AND 4294967295),\n"
                     "  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" +
                     kNow + ")";
   for (const Column& column : columns) sql += ",\n  " + Quoted(column.name) + " " + TypeOf(column);
-  return sql + ")";
+  return sql + kind.more_columns + ")";
 }
 
 /// A change moves the time even when the clock has not moved since the last one, or stands before it.
@@ -51,9 +51,10 @@ bool LiesIn(const qv::layout::Slot& outer, const qv::layout::Slot& slot) {
 
 std::vector<Column> CreateTable(Database& database, const KindDescription& kind) {
   std::vector<Column> columns = ColumnsOf(kind.layout);
+  if (kind.says_id) columns.erase(columns.begin());
   std::erase_if(columns, [&](const Column& column) { return LiesIn(kind.time, column.slot); });
   Transaction transaction(database);
-  database.Execute(TableSql(kind.table, columns));
+  database.Execute(TableSql(kind, columns));
   database.Execute(TriggerSql(kind.table, kind.resolution));
   transaction.Commit();
   return columns;
@@ -117,8 +118,7 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
     query.Bind(1, std::int64_t{id});
     if (!query.Step()) throw UnknownId(id);
     std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
-    const qv::layout::Slot& id_slot = kind_.layout.fields[0].store;
-    qv::layout::StoreSlot(id_slot, records, id);
+    if (kind_.says_id) qv::layout::StoreSlot(kind_.layout.fields[0].store, records, id);
     if (kind_.time.size != 0) PutTime(CalendarTimeOf(query.Number(0)), kind_.time, records);
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);

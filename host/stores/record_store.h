@@ -20,10 +20,12 @@ namespace stores {
 
 struct KindDescription {
   const char* table;                       ///< In the database.
-  const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id.
+  const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id, if it says one.
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
   qv::layout::Slot time = {};              ///< Where a record tells `modified`, a CalendarTime; no column of its own.
   FileTime resolution = 1;                 ///< A change moves `modified` by this at least: what a list can tell apart.
+  bool says_id = true;            ///< Otherwise only the row has an id, and the record's first row is a column.
+  const char* more_columns = "";  ///< In SQL, each after a comma: for those who read and write them themselves.
 };
 
 /// A call named a record that is not there.

@@ -26,6 +26,7 @@ enum Status : std::uint32_t {
   kDatabaseFailed = 4,  ///< The database cannot be opened, read or written.
   kNoSession = 5,       ///< The library wants to be initialised first.
   kOutOfBounds = 6,     ///< A count or length that is negative, or more than there can be.
+  kNoMemory = 7,        ///< No room for what the call would hand out.
 };
 
 /// Runs `call`, which may return any status, and turns what it throws into one.
@@ -44,9 +45,9 @@ class StoreLibrary {
   /// *count: in, the room in `entries`; out, how many are there.
   Status SyncInfo(std::uint32_t table, std::uint32_t* count, qv::SyncInfoEntry* entries) noexcept;
   Status Read(std::uint32_t table, std::uint32_t count, const std::uint32_t* ids, void* records) noexcept;
-  /// `argument` goes to the place in the record that the kind gives it.
-  Status Insert(std::uint32_t table, const void* record, std::uint32_t* new_id, std::uint32_t argument) noexcept;
-  Status Update(std::uint32_t table, std::uint32_t id, const void* record, std::uint32_t argument) noexcept;
+  /// `argument` goes to the place in the record that the kind gives it, if any.
+  Status Insert(std::uint32_t table, const void* record, std::uint32_t* new_id, std::uint32_t argument = 0) noexcept;
+  Status Update(std::uint32_t table, std::uint32_t id, const void* record, std::uint32_t argument = 0) noexcept;
   Status Delete(std::uint32_t table, std::uint32_t count, const std::uint32_t* ids) noexcept;
   /// Of all tables.
   Status DeleteAll() noexcept;
@@ -59,6 +60,29 @@ class StoreLibrary {
   Status OnTable(std::uint32_t table, const std::function<Status(RecordStore&)>& call) noexcept;
 
   std::span<const KindDescription> kinds_;
+  std::unique_ptr<Opened> opened_;
+};
+
+/// The same for a library that is more than tables of records: `Contents` are made on the database.
+template <typename Contents>
+class LibraryOf {
+ public:
+  /// Runs `call`, whose changes count when it answers kDone.
+  Status Call(const std::function<Status(Contents&)>& call) noexcept {
+    return StatusOf([&] {
+      if (!opened_) opened_ = std::make_unique<Opened>();
+      Transaction transaction(opened_->database);
+      const Status status = call(opened_->contents);
+      if (status == kDone) transaction.Commit();
+      return status;
+    });
+  }
+
+ private:
+  struct Opened {
+    Database database;
+    Contents contents{database};
+  };
   std::unique_ptr<Opened> opened_;
 };
 

@@ -5,6 +5,9 @@
 
 #include "modules/calendar/schedule.h"
 #include "modules/contacts/contacts.h"
+#include "modules/messaging/call_history.h"
+#include "modules/messaging/mms.h"
+#include "modules/messaging/sms.h"
 
 namespace qv {
 namespace {
@@ -39,11 +42,11 @@ constexpr Operations kOperations[] = {
     kNotBuilt<Result::kStoreNotLoaded>,  // unified mail
     kNotBuilt<Result::kOk>,              // e-mail database
     kNotBuilt<Result::kStoreNotLoaded>,  // card reader
-    kNotBuilt<Result::kStoreNotLoaded>,  // SMS
-    kNotBuilt<Result::kStoreNotLoaded>,  // call history
+    kHandledBy<sms::SmsHandler>,
+    kHandledBy<call_history::CallHistoryHandler>,
     kNotBuilt<Result::kStoreNotLoaded>,  // quick dial
     kNotBuilt<Result::kStoreNotLoaded>,  // call filter
-    kNotBuilt<Result::kStoreNotLoaded>,  // MMS
+    kHandledBy<mms::MmsHandler>,
     kNotBuilt<Result::kStoreNotLoaded>,  // graphic memo
     kNotBuilt<Result::kStoreNotLoaded>,  // personal settings
     kNotBuilt<Result::kStoreNotLoaded>,  // browser settings

@@ -21,6 +21,10 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
   if (IsNumeric(from.form)) {
     const std::uint32_t value = LoadSlot(from, source);
     StoreSlot(to, target, from.form == Form::kTruth ? value != 0 : value);
+  } else if (from.form == Form::kTimeText) {
+    PutTimeNumbers(ParseTimeText(source + from.offset), target + to.offset);
+  } else if (from.form == Form::kTimeNumbers) {
+    PutTimeText(LoadTimeNumbers(source + from.offset), target + to.offset);
   } else if (from.form == Form::kText) {
     CopyText(source + from.offset, from.size, target + to.offset, to.size);
   } else {
@@ -28,15 +32,25 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
   }
 }
 
-/// Walks the rows, carrying `from` slots of `source` to `to` slots of a zeroed `target`: those carried both ways and
-/// those carried in this direction only.
+bool IsCarried(Carried carried, bool exporting) {
+  switch (carried) {
+    case Carried::kBothWays: return true;
+    case Carried::kRepeated:
+    case Carried::kExportOnly: return exporting;
+    case Carried::kRecoverOnly: return !exporting;
+    case Carried::kByModule: return false;
+  }
+  return false;
+}
+
+/// Walks the rows, carrying `from` slots of `source` to `to` slots of a zeroed `target`.
 void Convert(std::span<const Field> fields, Slot Field::*from, const std::uint8_t* source, Slot Field::*to,
-             std::uint8_t* target, Carried one_way) {
+             std::uint8_t* target, bool exporting) {
   for (const Field& field : fields) {
     const Slot& source_slot = field.*from;
     const Slot& target_slot = field.*to;
     if (source_slot.form == Form::kNone || target_slot.form == Form::kNone) continue;
-    if (field.carried != Carried::kBothWays && field.carried != one_way) continue;
+    if (!IsCarried(field.carried, exporting)) continue;
     Carry(source_slot, source, target_slot, target);
     if (field.ends_when_zero && LoadSlot(target_slot, target) == 0) return;
   }
@@ -59,7 +73,7 @@ void StoreSlot(const Slot& slot, std::uint8_t* record, std::uint32_t value) {
 
 void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint8_t* exchange) {
   std::fill_n(exchange, layout.exchange_size, std::uint8_t{0});
-  Convert(layout.fields, &Field::store, store, &Field::exchange, exchange, Carried::kExportOnly);
+  Convert(layout.fields, &Field::store, store, &Field::exchange, exchange, true);
   for (const ItemRun& run : layout.items) {
     StoreSlot(run.count, exchange, std::min<std::uint32_t>(ItemCount(run, exchange), run.slots));
   }
@@ -67,7 +81,7 @@ void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint
 
 void ToStore(const RecordLayout& layout, const std::uint8_t* exchange, std::uint8_t* store) {
   std::fill_n(store, layout.store_size, std::uint8_t{0});
-  Convert(layout.fields, &Field::exchange, exchange, &Field::store, store, Carried::kRecoverOnly);
+  Convert(layout.fields, &Field::exchange, exchange, &Field::store, store, false);
 }
 
 }  // namespace qv::layout

@@ -8,18 +8,22 @@
 #include <cstdint>
 #include <span>
 
+#include "layout/time_text.h"
+
 namespace qv::layout {
 
 /// How a value lies in its slot.
 enum class Form : std::uint8_t {
-  kNone,     ///< The field does not exist on this side.
-  kUnused,   ///< Written as zero, never read.
-  kNumber,   ///< Unsigned little-endian number of 1 to 4 bytes; a narrower target takes its low bytes.
-  kBits,     ///< `width` bits from bit `shift` of such a number; fields may share the number.
-  kTruth,    ///< A number that carries 1 when it is not zero.
-  kText,     ///< UTF-16LE up to its NUL, zero-filled; a copy keeps the last character for the NUL.
-  kRawText,  ///< Text whose bytes are carried as they stand, those behind the NUL included.
-  kBytes,    ///< Carried as they stand.
+  kNone,         ///< The field does not exist on this side.
+  kUnused,       ///< Written as zero, never read.
+  kNumber,       ///< Unsigned little-endian number of 1 to 4 bytes; a narrower target takes its low bytes.
+  kBits,         ///< `width` bits from bit `shift` of such a number; fields may share the number.
+  kTruth,        ///< A number that carries 1 when it is not zero.
+  kText,         ///< UTF-16LE up to its NUL, zero-filled; a copy keeps the last character for the NUL.
+  kRawText,      ///< Text whose bytes are carried as they stand, those behind the NUL included.
+  kBytes,        ///< Carried as they stand.
+  kTimeText,     ///< UTF-16LE, 14 digits and a NUL: year, month, day, hour, minute, second.
+  kTimeNumbers,  ///< The same six as 32-bit numbers.
 };
 
 struct Slot {
@@ -59,6 +63,12 @@ constexpr Slot RawText(std::uint16_t offset, std::uint16_t size) {
 constexpr Slot Bytes(std::uint16_t offset, std::uint16_t size) {
   return {Form::kBytes, 0, 0, offset, size};
 }
+constexpr Slot TimeText(std::uint16_t offset) {
+  return {Form::kTimeText, 0, 0, offset, kTimeTextSize};
+}
+constexpr Slot TimeNumbers(std::uint16_t offset) {
+  return {Form::kTimeNumbers, 0, 0, offset, 4 * kTimeParts};
+}
 constexpr Slot Unused(std::uint16_t offset, std::uint16_t size) {
   return {Form::kUnused, 0, 0, offset, size};
 }
@@ -66,7 +76,8 @@ constexpr Slot Unused(std::uint16_t offset, std::uint16_t size) {
 /// Which way a row is carried.
 enum class Carried : std::uint8_t {
   kBothWays,
-  kExportOnly,   ///< The exchange side repeats what another row carries, so a recover does not read it.
+  kRepeated,     ///< The exchange side repeats what another row carries, so a recover does not read it.
+  kExportOnly,   ///< A recover leaves the store side zero.
   kRecoverOnly,  ///< An export leaves the exchange side zero.
   kByModule,     ///< By a function of the module, beside its table: the value follows from other fields.
 };
@@ -81,6 +92,9 @@ struct Field {
 
 constexpr Field Both(const char* name, Slot store, Slot exchange) {
   return {name, store, exchange};
+}
+constexpr Field Repeated(const char* name, Slot store, Slot exchange) {
+  return {name, store, exchange, Carried::kRepeated};
 }
 constexpr Field ExportOnly(const char* name, Slot store, Slot exchange) {
   return {name, store, exchange, Carried::kExportOnly};
@@ -118,8 +132,11 @@ struct ItemRun {
   Slot count;                  ///< Where the fixed part holds their count: a number.
   Slot item;                   ///< The one field of an item, at its offset 0, the same on both sides.
   std::uint16_t store_offset;  ///< Where the store record's slots begin.
-  std::uint16_t slots;         ///< How many the store record holds.
+  std::uint32_t slots;         ///< How many the store record holds; kAnyNumber: they lie elsewhere.
+  bool is_signed = false;      ///< A count below 0 is as good as 0.
 };
+
+inline constexpr std::uint32_t kAnyNumber = 0xFFFFFFFF;
 
 struct RecordLayout {
   const char* name;
@@ -151,7 +168,8 @@ void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint
 void ToStore(const RecordLayout& layout, const std::uint8_t* exchange, std::uint8_t* store);
 
 inline std::uint32_t ItemCount(const ItemRun& run, const std::uint8_t* exchange) {
-  return LoadSlot(run.count, exchange);
+  const std::uint32_t count = LoadSlot(run.count, exchange);
+  return run.is_signed && static_cast<std::int32_t>(count) < 0 ? 0 : count;
 }
 
 namespace internal {
@@ -173,10 +191,13 @@ constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
   return true;
 }
 
-/// What is carried as it stands needs the same room on both sides.
-constexpr bool FitsAsItStands(const Field& field) {
-  const bool as_it_stands = field.store.form == Form::kBytes || field.store.form == Form::kRawText;
-  return !as_it_stands || field.store.size == field.exchange.size;
+/// What is carried as it stands needs the same room on both sides, and a time text stands for six numbers.
+constexpr bool SidesFit(const Field& field) {
+  const Form store = field.store.form;
+  const Form exchange = field.exchange.form;
+  if (store == Form::kNone || exchange == Form::kNone) return true;
+  if (store == Form::kBytes || store == Form::kRawText) return field.store.size == field.exchange.size;
+  return (store == Form::kTimeText) == (exchange == Form::kTimeNumbers);
 }
 
 constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
@@ -195,8 +216,8 @@ consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> ite
   std::array<std::uint8_t, store_size> store{};
   std::array<std::uint8_t, exchange_size> exchange{};
   for (const Field& field : fields) {
-    if (field.carried != Carried::kExportOnly && !internal::Claim(field.store, store)) return false;
-    if (!internal::Claim(field.exchange, exchange) || !internal::FitsAsItStands(field)) return false;
+    if (field.carried != Carried::kRepeated && !internal::Claim(field.store, store)) return false;
+    if (!internal::Claim(field.exchange, exchange) || !internal::SidesFit(field)) return false;
   }
   for (const ItemRun& run : items) {
     const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);

@@ -34,6 +34,7 @@ inline const HWND HWND_BROADCAST = reinterpret_cast<HWND>(static_cast<std::uintp
 
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
@@ -74,6 +75,8 @@ HANDLE CreateFileW(const char16_t* name, DWORD access, DWORD share, void* securi
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, void* overlapped) COREDLL("ReadFile");
 /// 0 on failure. A full disk may show as success with *written below size.
 BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void* overlapped) COREDLL("WriteFile");
+/// The low word of the size, 0xFFFFFFFF on failure; the high one goes to `high`, which may be null.
+DWORD GetFileSize(HANDLE file, DWORD* high) COREDLL("GetFileSize");
 BOOL CloseHandle(HANDLE object) COREDLL("CloseHandle");
 BOOL DeleteFileW(const char16_t* name) COREDLL("DeleteFileW");
 /// INVALID_HANDLE_VALUE when nothing matches. The last name of the pattern may hold "*" and "?".

@@ -33,6 +33,7 @@ class File {
     return *this;
   }
 
+  void Close() { *this = File(); }
   bool IsOpen() const { return handle_ != coredll::INVALID_HANDLE_VALUE; }
 
   /// Reads `size` bytes, or as many as there are before the end of the file; `got` says how many. False when the medium
@@ -47,6 +48,13 @@ class File {
       got += read;
     }
     return true;
+  }
+
+  /// False when it cannot be told, or is more than 32 bits can say.
+  [[nodiscard]] bool Size(std::uint32_t& size) {
+    coredll::DWORD high = 0;
+    size = coredll::GetFileSize(handle_, &high);
+    return size != coredll::INVALID_FILE_SIZE && high == 0;
   }
 
   /// One write call. False unless every byte was taken.

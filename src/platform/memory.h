@@ -28,6 +28,11 @@ class List {
     return true;
   }
 
+  /// As above for `count` times `size`, which is more than there is when the product is more than a size can say.
+  [[nodiscard]] bool Resize(std::size_t count, std::size_t size) {
+    return (size == 0 || count <= std::size_t(-1) / size) && Resize(count * size);
+  }
+
   [[nodiscard]] bool Append(const T& item) { return Append(std::span<const T>(&item, 1)); }
 
   [[nodiscard]] bool Append(std::span<const T> items) {
@@ -48,6 +53,7 @@ class List {
 
   void Clear() { size_ = 0; }
 
+  std::span<const T> items() const { return {items_, size_}; }
   T* data() { return items_; }
   const T* data() const { return items_; }
   std::size_t size() const { return size_; }

@@ -25,8 +25,8 @@ Result CompareWithSnapshot(std::uint32_t table, SyncInfoList& current, const Sna
   if (!still_there.Resize(known.size())) return Result::kNoMemory;
   std::fill(still_there.begin(), still_there.end(), false);
 
-  for (std::size_t i = 0; i < current.size(); ++i) {
-    const SyncInfoEntry entry = current.entries()[i];
+  for (std::size_t i = 0; i < current.entries().size(); ++i) {
+    const SnapshotEntry entry = current.entries()[i];
     const std::size_t position = known.Find({entry.id});
     const bool is_new = position == known.kAbsent;
     if (!is_new) {

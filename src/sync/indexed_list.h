@@ -34,6 +34,8 @@ class IndexedList {
 
   std::size_t size() const { return entries_.size(); }
   const Entry& operator[](std::size_t position) const { return entries_[position]; }
+  Entry* begin() { return entries_.begin(); }  // Keys must stay what they are.
+  Entry* end() { return entries_.end(); }
   const Entry* begin() const { return entries_.begin(); }
   const Entry* end() const { return entries_.end(); }
 

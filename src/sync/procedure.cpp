@@ -16,10 +16,10 @@ Result ListRecords(StoreTable& table, SyncInfoList& info) {
   std::uint32_t count = 0;
   if (const Result counted = table.Count(&count); counted != Result::kOk) return counted;
   if (count == 0) return table.EmptyResult();
-  if (!info.Resize(count)) return Result::kNoMemory;
-  const Result listed = table.GetSyncInfo(&count, info.data());
-  info.Shrink(count);
-  return listed;
+  if (!info.Resize(count, table.form())) return Result::kNoMemory;
+  if (const Result listed = table.GetSyncInfo(&count, info.data()); listed != Result::kOk) return listed;
+  info.Take(count);
+  return Result::kOk;
 }
 
 Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info) {
@@ -34,16 +34,6 @@ Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info) {
   return CompareWithSnapshot(table.number(), info, snapshot, changes);
 }
 
-Result ExportTable(ExportedTable& table, const ExchangeDirectory& directory, File* change_list) {
-  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
-  File exchange_table = File::CreateAlways(directory / table.names().exchange_file);
-  if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  SyncInfoList info;
-  if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
-  if (const Result queued = QueueRecords(table, change_list, info); IsFailure(queued)) return queued;
-  return info.QueuedIds().empty() ? Result::kOk : table.ExportRecords(info.QueuedIds(), exchange_table);
-}
-
 Result WriteSnapshot(StoreTable& table) {
   File log = File::CreateAlways(table.names().snapshot_log);
   if (!log.IsOpen()) return Result::kFileFailed;
@@ -51,8 +41,8 @@ Result WriteSnapshot(StoreTable& table) {
   SyncInfoList info;
   if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
   EntryWriter<SnapshotEntry> writer(log);
-  for (const SyncInfoEntry& entry : info.entries()) {
-    if (!writer.Append({entry.id, entry.time_low, entry.time_high})) return Result::kFileFailed;
+  for (const SnapshotEntry& entry : info.entries()) {
+    if (!writer.Append(entry)) return Result::kFileFailed;
   }
   return writer.Flush() ? Result::kOk : Result::kFileFailed;
 }
@@ -97,13 +87,13 @@ Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const
   return Result::kOk;
 }
 
-Result WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
-                  const std::uint8_t* store) {
+bool WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
+                const std::uint8_t* store) {
   for (const layout::ItemRun& run : layout.items) {
     const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item.size};
-    if (!exchange_table.Write(store + run.store_offset, size)) return Result::kFileFailed;
+    if (!exchange_table.Write(store + run.store_offset, size)) return false;
   }
-  return Result::kOk;
+  return true;
 }
 
 Result WriteIdMap(const char16_t* path, const IdMap& map) {

@@ -24,10 +24,12 @@ class StoreTable {
  public:
   enum class Use : std::uint8_t { kList, kListAndRead };
 
-  StoreTable(std::uint32_t number, const TableNames& names) : number_(number), names_(names) {}
+  StoreTable(std::uint32_t number, const TableNames& names, const SyncInfoForm& form)
+      : number_(number), names_(names), form_(form) {}
 
   std::uint32_t number() const { return number_; }
   const TableNames& names() const { return names_; }
+  const SyncInfoForm& form() const { return form_; }
   /// What an empty table is answered with.
   Result EmptyResult() const { return number_ == kMainTable ? Result::kTable0Empty : Result::kTable1Empty; }
 
@@ -36,9 +38,9 @@ class StoreTable {
   [[nodiscard]] virtual bool LookUp(Use use) = 0;
   /// Sets *count to the records that the list must have room for, 0 for an empty table. kCountFailed.
   virtual Result Count(std::uint32_t* count) = 0;
-  /// Fills `entries`, which has room for *count, and sets *count to the records there are. kSyncInfoFailed; EmptyResult
-  /// from a store for which a list of none is an empty table.
-  virtual Result GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) = 0;
+  /// Fills `entries`, which has room for *count of them, and sets *count to the records there are. kSyncInfoFailed;
+  /// EmptyResult from a store for which a list of none is an empty table.
+  virtual Result GetSyncInfo(std::uint32_t* count, void* entries) = 0;
 
  protected:
   ~StoreTable() = default;
@@ -46,6 +48,7 @@ class StoreTable {
  private:
   std::uint32_t number_;
   const TableNames& names_;
+  const SyncInfoForm& form_;
 };
 
 /// What an export begins with: the module's tables, created empty so that a run that fails later leaves none of an
@@ -61,18 +64,6 @@ class ExportFiles {
   File change_list_;
 };
 
-/// A table whose records the common export step can write.
-class ExportedTable : public StoreTable {
- public:
-  using StoreTable::StoreTable;
-
-  /// Reads the records of these ids and appends them to the exchange table.
-  virtual Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) = 0;
-
- protected:
-  ~ExportedTable() = default;
-};
-
 /// Lists a table that was looked up. EmptyResult, kCountFailed, kNoMemory, kSyncInfoFailed.
 Result ListRecords(StoreTable& table, SyncInfoList& info);
 
@@ -80,10 +71,6 @@ Result ListRecords(StoreTable& table, SyncInfoList& info);
 /// since the table's snapshot, and appends the changes to the list. kFileFailed when it cannot be written, kNoMemory; a
 /// snapshot that cannot be loaded is flagged StepFlag::kSnapshotRead.
 Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info);
-
-/// Writes a table's records: all, or with a change list those that changed. As ListRecords and QueueRecords;
-/// kEntryPointMissing, kFileFailed, or what ExportRecords answers.
-Result ExportTable(ExportedTable& table, const ExchangeDirectory& directory, File* change_list);
 
 /// Takes ids in runs of at most `batch`, in their order. `step` is called with each run; the first failure ends it.
 template <typename Step>
@@ -94,24 +81,6 @@ Result ForEachBatch(std::span<const std::uint32_t> ids, std::size_t batch, Step 
     ids = {ids.data() + count, ids.size() - count};
   }
   return Result::kOk;
-}
-
-/// Reads records from a store in batches of at most `batch` ids, in the order of `ids`, into a buffer with room for
-/// `room` of them, and hands each to `write` with its id. `read` (count, ids, records) is true when the store answered.
-/// kNoMemory, kReadFailed, or what `write` answers.
-template <typename Read, typename Write>
-Result ForEachRecord(std::span<const std::uint32_t> ids, std::uint32_t batch, std::uint32_t room,
-                     std::uint32_t record_size, Read read, Write write) {
-  List<std::uint8_t> records;
-  if (!records.Resize(std::size_t{room} * record_size)) return Result::kNoMemory;
-  std::fill(records.begin(), records.end(), std::uint8_t{0});
-  return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
-    if (!read(static_cast<std::uint32_t>(run.size()), run.data(), records.data())) return Result::kReadFailed;
-    for (std::size_t i = 0; i < run.size(); ++i) {
-      if (const Result written = write(run[i], records.data() + i * record_size); IsFailure(written)) return written;
-    }
-    return Result::kOk;
-  });
 }
 
 /// Rewrites the table's snapshot log from the store. EmptyResult, and an empty log, for an empty table;
@@ -162,9 +131,10 @@ Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_
 Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                  std::uint8_t* store);
 
-/// Writes the items of a record whose fixed part was written, one write for each run.
-Result WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
-                  const std::uint8_t* store);
+/// Writes the items of a record whose fixed part was written, one write for each run. False when the file cannot take
+/// them.
+[[nodiscard]] bool WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
+                              const std::uint8_t* store);
 
 /// Writes the id map file. kFileFailed.
 Result WriteIdMap(const char16_t* path, const IdMap& map);

@@ -38,6 +38,9 @@ enum class StepFlag : std::uint32_t {
   kSnapshotWritten = 0x5000000,
 };
 
+/// Of a step that has none.
+inline constexpr StepFlag kNoFlag{0};
+
 constexpr Result operator|(Result result, StepFlag flag) {
   return Result{static_cast<std::uint32_t>(result) | static_cast<std::uint32_t>(flag)};
 }

@@ -205,6 +205,37 @@ TEST_F(FilesTest, FreeSpaceIsTheHostsUnlessItIsSet) {
   EXPECT_EQ(GetLastError(), 3u);
 }
 
+TEST_F(FilesTest, AnOpenFileHasASize) {
+  Put("a", "12345");
+  const auto file = Open(u"\\a");
+  Read(file, 3);
+  coredll::DWORD high = 77;
+  EXPECT_EQ(coredll::GetFileSize(file, &high), 5u) << "whatever was read of it";
+  EXPECT_EQ(high, 0u);
+  EXPECT_EQ(coredll::GetFileSize(file, nullptr), 5u);
+  const auto written = Create(u"\\b");
+  EXPECT_EQ(coredll::GetFileSize(written, nullptr), 0u);
+  Write(written, "123");
+  EXPECT_EQ(coredll::GetFileSize(written, nullptr), 3u);
+}
+
+TEST_F(FilesTest, TheSizeOfALargeFileHasAHighHalf) {
+  Put("a", "");
+  std::filesystem::resize_file(root_ / "a", 0x1'0000'0002);
+  coredll::DWORD high = 0;
+  EXPECT_EQ(coredll::GetFileSize(Open(u"\\a"), &high), 2u);
+  EXPECT_EQ(high, 1u);
+}
+
+TEST_F(FilesTest, WhatIsNoOpenFileHasNoSize) {
+  Put("a", "x");
+  const auto file = Open(u"\\a");
+  CloseHandle(file);
+  EXPECT_EQ(coredll::GetFileSize(file, nullptr), coredll::INVALID_FILE_SIZE);
+  EXPECT_EQ(GetLastError(), 6u);
+  EXPECT_EQ(coredll::GetFileSize(INVALID_HANDLE_VALUE, nullptr), coredll::INVALID_FILE_SIZE);
+}
+
 TEST_F(FilesTest, StartingAgainClosesEverything) {
   const auto file = Create(u"\\a");
   Start(root_);

@@ -122,8 +122,8 @@ TEST_F(Explain, EntryPointsThatReportNothingAreNotOffered) {
 }
 
 TEST_F(Explain, ModuleOutsideTheBuildHasTheCommonCodesOnly) {
-  EXPECT_THAT(Words({"0x10000001", "--module", "sms"}), HasSubstr("sms, export:\n    the store library"));
-  EXPECT_EQ(Run({"explain", "0x11000100", "--module", "sms"}).status, 1);
+  EXPECT_THAT(Words({"0x10000001", "--module", "agenda"}), HasSubstr("agenda, export:\n    the store library"));
+  EXPECT_EQ(Run({"explain", "0x11000100", "--module", "agenda"}).status, 1);
 }
 
 }  // namespace

@@ -21,10 +21,11 @@ TEST_F(Handset, SameSeedMakesTheSameTablesAndAnotherSeedOthers) {
   for (const char* const seed : {"5", "5", "6"}) {
     desk::fs::remove_all(Phone());
     Done({"create", Phone().string(), "--records", "20", "--contacts", "20", "--seed", seed});
-    for (const char* const module : {"schedule", "contacts"}) {
+    for (const char* const module : {"schedule", "contacts", "sms", "mms", "call-history"}) {
       EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
     }
-    for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl"}) {
+    for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl",
+                                    "mmsinfo.tbl", "callinfo.tbl"}) {
       tables[table].push_back(desk::Contents(Sync(table)));
     }
   }
@@ -49,11 +50,13 @@ TEST_F(Handset, FileInItsPlaceIsRefused) {
 }
 
 TEST_F(Handset, EmptyHandsetAndOneWithoutGroupsCanBeExported) {
-  Done({"create", Phone().string(), "--records", "0", "--groups", "0", "--contacts", "0"});
-  for (const char* const module : {"schedule", "contacts"}) {
+  Done({"create", Phone().string(), "--records", "0", "--groups", "0", "--contacts", "0", "--messages", "0", "--mms",
+        "0", "--calls", "0"});
+  for (const char* const module : {"schedule", "contacts", "sms", "mms", "call-history"}) {
     EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
   }
-  for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl"}) {
+  for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl",
+                                  "smsinfo.tbl", "mmsinfo.tbl", "callinfo.tbl"}) {
     EXPECT_EQ(desk::fs::file_size(Sync(table)), 0u) << table;
   }
 }

@@ -86,7 +86,7 @@ TEST_F(Transfer, FailedExportExitsWithOneExplainsItselfAndKeepsNoAnchor) {
 }
 
 TEST_F(Transfer, ModuleOutsideTheBuildAnswersThatItsStoreIsNotLoaded) {
-  const desk::Outcome outcome = Run({"export", "sms", "--handset", Phone().string()});
+  const desk::Outcome outcome = Run({"export", "agenda", "--handset", Phone().string()});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.out, HasSubstr("the store library could not be loaded"));
 }

@@ -1,9 +1,5 @@
-// The store libraries as files: what they export, and what their entry points answer to good and bad callers.
-#include <gmock/gmock.h>
-
+// SchedStore.dll and MailStore.dll: what their entry points answer to good and bad callers.
 #include <array>
-#include <cstdio>
-#include <sstream>
 #include <string>
 
 #include "host/stores/schedule_kinds.h"
@@ -14,45 +10,8 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::UnorderedElementsAre;
-
 constexpr std::uint32_t kEntries = 0;
 constexpr std::uint32_t kGroups = 1;
-
-std::vector<std::string> ExportsOf(const std::string& file) {
-  const std::string command = std::string(QV_NM) + " -D --defined-only --format=just-symbols '" + file + "'";
-  FILE* const pipe = popen(command.c_str(), "r");
-  std::vector<std::string> names;
-  std::array<char, 256> line;
-  while (std::fgets(line.data(), line.size(), pipe) != nullptr) {
-    names.emplace_back(line.data());
-    names.back().pop_back();
-  }
-  EXPECT_EQ(pclose(pipe), 0);
-  return names;
-}
-
-TEST(StoreExportsTest, TheScheduleStoreExportsItsSevenEntryPointsAndNothingElse) {
-  EXPECT_THAT(ExportsOf(QV_SCHED_STORE),
-              UnorderedElementsAre("SC_Sync_GetTotalNum", "SC_Sync_GetAllSyncInfo", "SC_Sync_Read", "SC_Sync_Insert",
-                                   "SC_Sync_Update", "SC_Sync_Del", "SC_Sync_DelAll"));
-}
-
-TEST(StoreExportsTest, TheContactStoreExportsItsTwentyTwoEntryPointsAndNothingElse) {
-  EXPECT_THAT(
-      ExportsOf(QV_CONTACT_STORE),
-      UnorderedElementsAre("DTP_Initialize", "DTP_UnInitialize", "DTP_PIMGetAllManNum", "DTP_PIMGetAllGroupNum",
-                           "DTP_PIMGetAllmanSyncid", "DTP_PIMGetAllgroupSyncid", "DTP_PIMReadman", "DTP_PIMReadgroup",
-                           "DTP_PIMDeleteMan", "DTP_PIMDeleteGroup", "DTP_PIMAddManToUnGroup", "DTP_PIMAddGroup",
-                           "DTP_PIMUpdateMan", "DTP_PIMUpdateGroup", "DTP_PIMFindmanSyncidByName",
-                           "DTP_PIMFindgroupSyncidByName", "DTP_PIMQueryManAttachGroup", "DTP_PIMPhoneAddToGroups",
-                           "DTP_PIMModifyManToGroup", "DTP_DownloadingImage", "DTP_LoadingImage", "DTP_DeleteImage"));
-}
-
-TEST(StoreExportsTest, TheMailStoreExportsTheMailIdOnly) {
-  EXPECT_THAT(ExportsOf(QV_MAIL_STORE), ElementsAre("GetSystemMailID"));
-}
 
 class SchedStoreTest : public StoreTest {
  protected:

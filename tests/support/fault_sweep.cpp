@@ -44,21 +44,20 @@ class StepWatcher {
 
   /// The result without the direction's flag; 0 for what is not reported.
   std::uint32_t Expected() const {
-    static const std::set<std::string> kNotExamined = {"DeleteFileW", "PostMessageW", "wcstombs", "mbstowcs",
-                                                       "SystemTimeToFileTime"};
+    // malloc is what stores allocate with, which try again.
+    static const std::set<std::string> kNotExamined = {"DeleteFileW", "PostMessageW",         "wcstombs",
+                                                       "mbstowcs",    "SystemTimeToFileTime", "malloc"};
     if (call_ == "LoadLibraryW") return 1;
     if (call_ == "realloc" && count_.at("realloc") == 1) return 16;  // The anchor's buffer.
     const bool keeps_the_anchor = run_.mode < 4 && step_ == kNoStep && !anchor_is_kept_;
     if (keeps_the_anchor || is_unreported_ || name_ == kAnchorName || kNotExamined.contains(call_)) return 0;
     if (call_ == "GetProcAddressW") return step() | 2;
-    if (call_ == "ReadFile") return step() | 512;
+    if (call_ == "ReadFile" || call_ == "GetFileSize") return step() | 512;
     if (call_ == "realloc" && step_ == kNoStep) return run_.early_allocation;
     return step() | (call_ == "realloc" ? 16 : 256);
   }
 
  private:
-  static constexpr std::uint32_t kNoStep = 0xFFFFFFFF;
-
   const FaultScript& run_;
   std::string call_;
   std::u16string name_;

@@ -27,6 +27,8 @@ struct StepBegin {
 constexpr std::uint32_t kSnapshotRead = 0x100000;
 /// In place of a flag: this very call may fail without a word, and begins nothing.
 constexpr std::uint32_t kUnreported = 0xFFFFFFFE;
+/// In place of a flag: no step from this call on until the next one begins, as at the start of a run.
+constexpr std::uint32_t kNoStep = 0xFFFFFFFF;
 
 /// One kind of run, and what each failure in it must come out as.
 struct FaultScript {
@@ -38,7 +40,7 @@ struct FaultScript {
   std::vector<StepBegin> steps;
   /// Files and entry points whose failing calls nobody hears of.
   std::set<std::u16string> unreported;
-  /// What an allocation after the anchor and before the first step comes out as.
+  /// What an allocation after the anchor and outside of all steps comes out as.
   std::uint32_t early_allocation = 0;
   /// The code of a failing store entry point in a step of this flag; 0 when it is not reported.
   std::function<std::uint32_t(const std::string& entry_point, std::uint32_t step)> store_code;

@@ -6,6 +6,9 @@
 
 #include "modules/calendar/schedule.h"
 #include "modules/contacts/contacts.h"
+#include "modules/messaging/call_history.h"
+#include "modules/messaging/mms.h"
+#include "modules/messaging/sms.h"
 #include "sync/anchor_file.h"
 #include "sync/file_forms.h"
 #include "tools/qvdesk/errors.h"
@@ -18,6 +21,17 @@ namespace {
 constexpr BuiltModule kBuiltModules[] = {
     {1, qv::contacts::kNames, qv::contacts::kStepWords, qv::contacts::kRules},
     {2, qv::schedule::kNames, qv::schedule::kStepWords},
+    {.id = 8,
+     .names = qv::sms::kNames,
+     .step_words = qv::kFlaggedTableStepWords,
+     .rules = qv::sms::kRules,
+     .config_file = qv::sms::kConfigFile,
+     .config_sections = qv::sms::kSectionLayouts},
+    {9, qv::call_history::kNames, qv::kUnflaggedTableStepWords, qv::call_history::kRules},
+    {.id = 12,
+     .names = qv::mms::kNames,
+     .step_words = qv::kUnflaggedTableStepWords,
+     .config_file = qv::mms::kConfigFile},
 };
 
 constexpr FileKind kBookkeepingKinds[] = {FileKind::kChangeList, FileKind::kIdMap, FileKind::kSnapshot,
@@ -48,6 +62,10 @@ std::vector<FileForm> CollectForms() {
     for (const qv::TableNames& table : module.names.tables) {
       if (table.exchange_file == nullptr) continue;
       AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file, table.incremental_stride);
+    }
+    if (module.config_file != nullptr) {
+      const FileKind kind = module.config_sections.empty() ? FileKind::kBlock : FileKind::kSections;
+      AddFile(forms, kind, nullptr, &module, module.config_file);
     }
     AddFile(forms, FileKind::kChangeList, &qv::kChangeLayout, &module, module.names.change_list);
     AddFile(forms, FileKind::kIdMap, &qv::kIdMapLayout, &module, module.names.id_map);
@@ -91,6 +109,8 @@ const qv::ModuleRow& ParseModule(const std::string& text) {
 std::string_view NameOf(FileKind kind) {
   switch (kind) {
     case FileKind::kTable: return "table";
+    case FileKind::kSections: return "sections";
+    case FileKind::kBlock: return "block";
     case FileKind::kChangeList: return "change-list";
     case FileKind::kIdMap: return "id-map";
     case FileKind::kSnapshot: return "snapshot";

@@ -23,6 +23,8 @@ struct BuiltModule {
   const qv::ModuleNames& names;
   std::span<const qv::StepWords> step_words;
   std::span<const qv::RuleWords> rules = {};  ///< Of its forms, as far as the layouts cannot say them.
+  const char16_t* config_file = nullptr;      ///< What travels before the tables, in the exchange directory.
+  std::span<const qv::layout::RecordLayout> config_sections = {};  ///< None: the configuration is one block.
 };
 
 std::span<const BuiltModule> BuiltModules();
@@ -33,13 +35,13 @@ const BuiltModule* FindBuiltModule(std::int32_t id);
 const qv::ModuleRow& ParseModule(const std::string& text);
 const qv::ModuleRow& RowOf(std::int32_t id);
 
-enum class FileKind : std::uint8_t { kTable, kChangeList, kIdMap, kSnapshot, kAnchors };
+enum class FileKind : std::uint8_t { kTable, kSections, kBlock, kChangeList, kIdMap, kSnapshot, kAnchors };
 
 /// One kind of file that passes between handset and desktop, or that the handset keeps.
 struct FileForm {
   std::string name;  ///< What --as and encode take.
   FileKind kind;
-  const qv::layout::RecordLayout* layout;  ///< Null for the anchor file, which is text.
+  const qv::layout::RecordLayout* layout;  ///< Null for what is not records back to back.
   const BuiltModule* module;               ///< Null for a form that is the same in all modules.
   std::string path;  ///< On the handset: absolute, or a file name in the exchange directory. Empty for such a form.
   std::uint32_t incremental_stride = 0;  ///< As in qv::TableNames.

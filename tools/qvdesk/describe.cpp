@@ -33,6 +33,8 @@ const char* NameOf(qv::layout::Form form) {
     case Form::kText: return "text";
     case Form::kRawText: return "raw text";
     case Form::kBytes: return "bytes";
+    case Form::kTimeText: return "time text";
+    case Form::kTimeNumbers: return "time";
   }
   return "unknown";
 }

@@ -6,8 +6,10 @@
 #include "qv_rapi.h"
 #include "sync/anchor_file.h"
 #include "sync/file_forms.h"
+#include "tools/qvdesk/block_value.h"
 #include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/describe.h"
+#include "tools/qvdesk/section_file.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -32,9 +34,14 @@ constexpr char kIntroduction[] =
     "| text | UTF-16LE, ends with a NUL and is filled up with zeros; what is too long for its room is cut off |\n"
     "| raw text | UTF-16LE up to its NUL, but passed on as bytes: what lies behind the NUL goes along |\n"
     "| bytes | passed on as they stand |\n"
+    "| time | six numbers of 32 bits: year, month, day, hour, minute, second. The store has them as 14 digits of text "
+    "(`YYYYMMDDhhmmss` and a NUL, UTF-16LE); a text that is shorter or has a character that is no digit gives six "
+    "zeros, "
+    "and numbers too wide for their place are cut to the 14 characters |\n"
     "| unused | written as zero and never read |\n\n"
     "Behind a type may stand\n\n"
-    "- \"not read by a recover\": it repeats what other fields say; an export writes it, a recover reads only those;\n"
+    "- \"not read by a recover\": an export writes it; what it says a recover takes from other fields, or does "
+    "without;\n"
     "- \"zero after an export\": only a recover reads it;\n"
     "- \"by a rule\": it follows from other fields, or they from it; the rules stand below the table;\n"
     "- \"when zero all after it is zero\": while this field is zero, the fields after it in the table are not passed\n"
@@ -100,6 +107,7 @@ std::string TypeOf(const Field& field) {
   }
   switch (field.carried) {
     case Carried::kBothWays: break;
+    case Carried::kRepeated:
     case Carried::kExportOnly: type += ", not read by a recover"; break;
     case Carried::kRecoverOnly: type += ", zero after an export"; break;
     case Carried::kByModule: type += ", by a rule"; break;
@@ -128,8 +136,12 @@ std::string Items(const RecordLayout& layout) {
       "| Items | Type | Bytes each | Count at | Count's width | At most | First in the store record |\n"
       "|---|---|---:|---:|---:|---:|---:|\n";
   for (const ItemRun& run : layout.items) {
-    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", run.name, NameOf(run.item.form), run.item.size,
-                        run.count.offset, run.count.size, run.slots, run.store_offset);
+    const bool any_number = run.slots == qv::layout::kAnyNumber;
+    text += fmt::format("| {} | {} | {} | {} | {}{} | {} | {} |\n", run.name,
+                        IsBlock(run) ? "one block of bytes" : NameOf(run.item.form), run.item.size, run.count.offset,
+                        run.count.size, run.is_signed ? ", signed: below 0 is as good as 0" : "",
+                        any_number ? "any number" : std::to_string(run.slots),
+                        any_number ? "" : std::to_string(run.store_offset));
   }
   return text;
 }
@@ -146,9 +158,11 @@ std::string Rules(const FileForm& form) {
 std::string Table(const FileForm& form) {
   const RecordLayout& layout = *form.layout;
   std::string text = fmt::format(
-      "### {}\n\nExchange table of \"{}\" records: back to back, without header or count. The fixed part has {} bytes, "
-      "the store's record {}.\n\n",
-      form.name, layout.name, layout.exchange_size, layout.store_size);
+      "### {}\n\nExchange table of \"{}\" records: back to back, without header or count. The fixed part has {} "
+      "bytes{}."
+      "\n\n",
+      form.name, layout.name, layout.exchange_size,
+      layout.store_size != 0 ? fmt::format(", the store's record {}", layout.store_size) : "");
   if (form.incremental_stride != 0) {
     text += fmt::format(
         "In an incremental recover each record begins {} bytes after the one before; what lies between is not "
@@ -156,6 +170,34 @@ std::string Table(const FileForm& form) {
         form.incremental_stride);
   }
   return text + FieldTable(layout) + Items(layout) + Rules(form) + "\n";
+}
+
+std::string Sections(const FileForm& form) {
+  const SectionLayouts layouts = form.module->config_sections;
+  std::string text = fmt::format(
+      "### {}\n\nThe configuration: a header of {} bytes, then the records of each section back to back, section by "
+      "section. The header has for each section 8 bytes: how many records it has, a signed number of 4 bytes, and 4 "
+      "unused. A record that is not whole ends its section; a file that is shorter than its header changes nothing.\n",
+      form.name, SectionHeaderSize(layouts));
+  for (const RecordLayout& layout : layouts) {
+    text += fmt::format("\n#### {}\n\nA record has {} bytes, the store's {}.\n\n", layout.name, layout.exchange_size,
+                        layout.store_size);
+    text += FieldTable(layout);
+  }
+  return text + "\n";
+}
+
+std::string Block(const FileForm& form) {
+  return fmt::format("### {}\n\nThe configuration, as one block: what it says only the store knows.\n\n", form.name);
+}
+
+std::string FormOf(const FileForm& form) {
+  switch (form.kind) {
+    case FileKind::kTable: return Table(form);
+    case FileKind::kSections: return Sections(form);
+    case FileKind::kBlock: return Block(form);
+    default: return "";
+  }
 }
 
 std::string Module(const BuiltModule& module) {
@@ -171,7 +213,7 @@ std::string Module(const BuiltModule& module) {
   }
   text += "\n";
   for (const FileForm& form : FileForms()) {
-    if (form.module == &module && form.kind == FileKind::kTable) text += Table(form);
+    if (form.module == &module) text += FormOf(form);
   }
   return text;
 }

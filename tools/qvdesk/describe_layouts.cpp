@@ -26,6 +26,7 @@ std::string Describe(const Field& field) {
                                  Describe(field.store), Describe(field.exchange));
   switch (field.carried) {
     case Carried::kBothWays: break;
+    case Carried::kRepeated: text += ", repeated"; break;
     case Carried::kExportOnly: text += ", export only"; break;
     case Carried::kRecoverOnly: text += ", recover only"; break;
     case Carried::kByModule: text += ", by the module"; break;
@@ -39,8 +40,12 @@ std::string Describe(const RecordLayout& layout) {
       fmt::format("{}: store {} bytes, exchange {} bytes\n", layout.name, layout.store_size, layout.exchange_size);
   for (const Field& field : layout.fields) text += Describe(field);
   for (const ItemRun& run : layout.items) {
-    text += fmt::format("  items {:<14} count {}, {} slots of {} from store {}\n", run.name, Describe(run.count),
-                        run.slots, Describe(run.item), run.store_offset);
+    const std::string slots =
+        run.slots == qv::layout::kAnyNumber
+            ? fmt::format("any number of {}", Describe(run.item))
+            : fmt::format("{} slots of {} from store {}", run.slots, Describe(run.item), run.store_offset);
+    text += fmt::format("  items {:<14} count {}{}, {}\n", run.name, run.is_signed ? "signed " : "",
+                        Describe(run.count), slots);
   }
   return text;
 }
@@ -53,6 +58,8 @@ std::string DescribeLayouts() {
   for (const FileForm& form : FileForms()) {
     const bool own = form.kind == FileKind::kTable || form.module == nullptr;
     if (own && form.layout != nullptr) text += fmt::format("\n{}", Describe(*form.layout));
+    if (form.kind != FileKind::kSections) continue;
+    for (const RecordLayout& section : form.module->config_sections) text += fmt::format("\n{}", Describe(section));
   }
   return text;
 }

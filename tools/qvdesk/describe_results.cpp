@@ -54,10 +54,22 @@ std::string WithoutStep() {
   row(Result::kEntryPointMissing, qv::Directions::kRecover, "emptying the store: it cannot be asked to");
   row(Result::kSyncInfoFailed, qv::Directions::kRecover, "emptying the store: it cannot say which records to delete");
   row(Result::kWipeFailed, qv::Directions::kRecover, "emptying the store: it refused");
-  row(Result::kNoMemory, qv::Directions::kBoth, "there was no memory for the anchor");
+  row(Result::kEntryPointMissing, qv::Directions::kBoth,
+      "messages: the store cannot be asked for its configuration, or to take one; messages and calls: it cannot list "
+      "or "
+      "read its records");
+  row(Result::kSyncInfoFailed, qv::Directions::kExport, "messages and calls: the store cannot list its records");
+  row(Result::kReadFailed, qv::Directions::kBoth,
+      "messages: the configuration cannot be read from the store; messages and calls: an export cannot read a record");
+  row(Result::kInsertFailed, qv::Directions::kRecover, "multimedia messages: the store refused the configuration");
+  row(Result::kNoMemory, qv::Directions::kBoth,
+      "there was no memory for the anchor, or for the messages' configuration");
   row(Result::kNoMemory, qv::Directions::kRecover, "emptying the store: there was no memory for the records to delete");
   row(Result::kFileFailed, qv::Directions::kBoth, "the exchange directory's path is too long");
   row(Result::kFileFailed, qv::Directions::kExport, "an exchange table or the change list cannot be created");
+  row(Result::kFileFailed, qv::Directions::kBoth,
+      "messages: the configuration cannot be opened, created or written whole");
+  row(Result::kFileUnreadable, qv::Directions::kRecover, "messages: the configuration cannot be read");
   return text + "\n";
 }
 

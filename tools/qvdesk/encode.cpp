@@ -12,6 +12,7 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/section_file.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -82,15 +83,35 @@ void WriteLines(const Json& lines, const Options& options) {
   fmt::print("{}: {} bytes\n", options.output.string(), text.size());
 }
 
+void WriteSections(const Json& sections, const FileForm& form, const Options& options) {
+  try {
+    WriteWholeFile(options.output, SectionsFromJson(sections, form.module->config_sections));
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(fmt::format("{}: {}", options.input.string(), error.what()));
+  }
+  fmt::print("{}: {} of the form \"{}\"\n", options.output.string(), CountOf(sections.size(), "section"), form.name);
+}
+
+void WriteBlock(const Json& document, const Options& options) {
+  if (!document.is_object() || !document.contains("hex") || !document["hex"].is_string()) {
+    throw std::runtime_error(
+        fmt::format("{}: expected {{\"hex\": \"…\"}}, as \"show --format json\" prints it", options.input.string()));
+  }
+  const std::vector<std::uint8_t> bytes = FromHex(document["hex"].get<std::string>());
+  WriteWholeFile(options.output, bytes);
+  fmt::print("{}: {}\n", options.output.string(), CountOf(bytes.size(), "byte"));
+}
+
 int Encode(const Options& options) {
   const FileForm& form = ParseForm(options.form);
   const std::vector<std::uint8_t> input = ReadWholeFile(options.input);
   try {
     const Json document = Parse(input, options.input);
-    if (form.layout != nullptr) {
-      WriteRecords(ListOf(document, "records", options.input), form, options);
-    } else {
-      WriteLines(ListOf(document, "lines", options.input), options);
+    switch (form.kind) {
+      case FileKind::kSections: WriteSections(ListOf(document, "sections", options.input), form, options); break;
+      case FileKind::kBlock: WriteBlock(document, options); break;
+      case FileKind::kAnchors: WriteLines(ListOf(document, "lines", options.input), options); break;
+      default: WriteRecords(ListOf(document, "records", options.input), form, options);
     }
   } catch (const Json::exception& error) {
     throw std::runtime_error(fmt::format("{}: {}", options.input.string(), error.what()));
@@ -103,8 +124,9 @@ int Encode(const Options& options) {
 void AddEncode(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "encode",
-      "Makes a file that the handset reads from JSON, the inverse of \"show --format json\": exchange tables and "
-      "change lists for a recover. Fields that are left out are zero, the counts of items follow from the items, "
+      "Makes a file that the handset reads from JSON, the inverse of \"show --format json\": exchange tables, "
+      "configurations and change lists for a recover. Fields that are left out are zero, the counts of items follow "
+      "from the items, "
       "an operation may be a word (new, modified, deleted), and what stands under \"reads\" is ignored.");
   auto options = std::make_shared<Options>();
   command->add_option("FORM", options->form, "A file name like schedule.tbl, or change-list, id-map, snapshot, anchors")

@@ -25,8 +25,9 @@ using qv::layout::StoreSlot;
 constexpr std::size_t kMostBytesShown = 256;
 
 bool IsText(Form form) {
-  return form == Form::kText || form == Form::kRawText;
+  return form == Form::kText || form == Form::kRawText || form == Form::kTimeText;
 }
+
 std::span<const std::uint8_t> BytesOf(const Slot& slot, std::span<const std::uint8_t> record) {
   return record.subspan(slot.offset, slot.size);
 }
@@ -49,6 +50,30 @@ void PutBytes(const std::string& hex, const Slot& slot, std::span<std::uint8_t> 
   std::ranges::copy(bytes, record.begin() + slot.offset);
 }
 
+Json SixNumbers(const Slot& slot, std::span<const std::uint8_t> record) {
+  return qv::layout::LoadTimeNumbers(record.data() + slot.offset);
+}
+
+void PutSixNumbers(const Json& value, const Slot& slot, std::span<std::uint8_t> record) {
+  qv::layout::TimeOfSix time;
+  const auto fits = [](const Json& part) {
+    return part.is_number_unsigned() && part.get<std::uint64_t>() <= UINT32_MAX;
+  };
+  if (!value.is_array() || value.size() != time.size() || !std::ranges::all_of(value, fits)) {
+    throw std::runtime_error("takes year, month, day, hour, minute and second as [2026, 3, 4, 10, 0, 0], not " +
+                             value.dump());
+  }
+  std::ranges::copy(value, time.begin());
+  qv::layout::PutTimeNumbers(time, &record[slot.offset]);
+}
+
+/// Nothing for the six zeros of a time that is none.
+std::string DescribeTime(const qv::layout::TimeOfSix& time) {
+  if (time == qv::layout::TimeOfSix{}) return "";
+  const auto& [year, month, day, hour, minute, second] = time;
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", year, month, day, hour, minute, second);
+}
+
 }  // namespace
 
 bool IsShown(const Slot& slot) {
@@ -67,6 +92,7 @@ bool StoreText(std::string_view utf8, const Slot& slot, std::span<std::uint8_t> 
 Json ToJson(const Slot& slot, std::span<const std::uint8_t> record) {
   const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
   if (IsNumeric(slot.form)) return LoadSlot(slot, record.data());
+  if (slot.form == Form::kTimeNumbers) return SixNumbers(slot, record);
   if (!IsText(slot.form)) return Hex(bytes);
   const std::string text = ToUtf8(TextUpToNul(bytes));
   std::vector<std::uint8_t> again(record.size());
@@ -80,6 +106,8 @@ void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> recor
     const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() <= most;
     if (!fits) throw std::runtime_error(fmt::format("takes a number from 0 to {}, not {}", most, value.dump()));
     StoreSlot(slot, record.data(), value.get<std::uint32_t>());
+  } else if (slot.form == Form::kTimeNumbers) {
+    PutSixNumbers(value, slot, record);
   } else if (!IsText(slot.form)) {
     if (!value.is_string()) throw std::runtime_error("takes a string of hexadecimal digits, not " + value.dump());
     PutBytes(value, slot, record);
@@ -94,6 +122,7 @@ void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> recor
 
 std::string ToText(const Slot& slot, std::span<const std::uint8_t> record) {
   if (IsNumeric(slot.form)) return std::to_string(LoadSlot(slot, record.data()));
+  if (slot.form == Form::kTimeNumbers) return DescribeTime(qv::layout::LoadTimeNumbers(record.data() + slot.offset));
   const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
   if (IsText(slot.form)) return ToUtf8(TextUpToNul(bytes));
   return bytes.size() > kMostBytesShown ? CountOf(bytes.size(), "byte") : Hex(bytes);

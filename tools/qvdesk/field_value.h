@@ -19,13 +19,14 @@ using Json = nlohmann::ordered_json;
 /// Whether the slot holds something that a reader may see.
 bool IsShown(const qv::layout::Slot& slot);
 
-/// Numbers as numbers, bytes as hex digits, text as a string; text that a string would not give back byte for byte as
+/// Numbers as numbers, times as arrays of six, bytes as hex digits, text as a string; text that a string would not give
+/// back byte for byte as
 /// {"hex": "…"}.
 Json ToJson(const qv::layout::Slot& slot, std::span<const std::uint8_t> record);
 /// Throws std::runtime_error that says what the slot takes.
 void FromJson(const Json& value, const qv::layout::Slot& slot, std::span<std::uint8_t> record);
 
-/// The same for people: of bytes that would fill a screen only how many they are.
+/// The same for people: times as "2026-03-04 10:00:00", of bytes that would fill a screen only how many they are.
 std::string ToText(const qv::layout::Slot& slot, std::span<const std::uint8_t> record);
 
 /// Sets a text slot, which is zero; false when the text with its NUL does not fit.

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "sync/file_forms.h"
+#include "tools/qvdesk/block_value.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -37,6 +38,16 @@ const ItemRun* FindRun(const RecordLayout& layout, std::string_view name) {
   return found == layout.items.end() ? nullptr : &*found;
 }
 
+/// Takes a block from the front of `rest`, likewise.
+std::optional<std::string> TakeBlock(const ItemRun& run, std::uint32_t size, Bytes& rest, std::vector<Bytes>& items) {
+  if (rest.size() < size) {
+    return fmt::format("the file ends inside \"{}\": {} of its {} bytes are there", run.name, rest.size(), size);
+  }
+  items.push_back(rest.first(size));
+  rest = rest.subspan(size);
+  return std::nullopt;
+}
+
 /// Takes the items of a record from the front of `rest`; gives what is wrong, if anything.
 std::optional<std::string> TakeItems(const RecordLayout& layout, Bytes& rest, RecordView& record) {
   for (const ItemRun& run : layout.items) {
@@ -47,6 +58,10 @@ std::optional<std::string> TakeItems(const RecordLayout& layout, Bytes& rest, Re
   for (const ItemRun& run : layout.items) {
     std::vector<Bytes>& items = record.items.emplace_back();
     const std::uint32_t count = ItemCount(run, record.fixed.data());
+    if (IsBlock(run)) {
+      if (auto damage = TakeBlock(run, count, rest, items)) return damage;
+      continue;
+    }
     while (items.size() < count) {
       if (rest.size() < run.item.size) {
         return fmt::format("the file ends inside item {} of {} items \"{}\": {} of its {} bytes are there",
@@ -59,11 +74,27 @@ std::optional<std::string> TakeItems(const RecordLayout& layout, Bytes& rest, Re
   return std::nullopt;
 }
 
+/// A count that was given stays when it means as many: below 0 is as good as 0.
+void PutCount(std::size_t count, const ItemRun& run, std::span<std::uint8_t> fixed) {
+  if (ItemCount(run, fixed.data()) == count) return;
+  qv::layout::StoreSlot(run.count, fixed.data(), static_cast<std::uint32_t>(count));
+}
+
+void PutBlock(const Json& value, const ItemRun& run, std::span<std::uint8_t> fixed, std::vector<std::uint8_t>& bytes) {
+  try {
+    const std::vector<std::uint8_t> block = BlockFromJson(value, run);
+    PutCount(block.size(), run, fixed);
+    bytes.insert(bytes.end(), block.begin(), block.end());
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(fmt::format("\"{}\" {}", run.name, error.what()));
+  }
+}
+
 void PutItems(const Json& value, const ItemRun& run, std::span<std::uint8_t> fixed, std::vector<std::uint8_t>& bytes) {
   if (!value.is_array() || value.size() > run.slots) {
     throw std::runtime_error(fmt::format("\"{}\" takes an array of at most {} items", run.name, run.slots));
   }
-  qv::layout::StoreSlot(run.count, fixed.data(), static_cast<std::uint32_t>(value.size()));
+  PutCount(value.size(), run, fixed);
   for (const Json& item : value) {
     bytes.resize(bytes.size() + run.item.size);
     try {
@@ -79,10 +110,11 @@ void CheckCounts(const Json& record, const RecordLayout& layout, Bytes fixed) {
   for (const ItemRun& run : layout.items) {
     for (const Field& field : layout.fields) {
       const bool counts = IsShown(field.exchange) && field.exchange.offset == run.count.offset;
-      if (!counts || !record.contains(field.name) || record[field.name] == ItemCount(run, fixed.data())) continue;
-      throw std::runtime_error(fmt::format("\"{}\" is {}, but \"{}\" has {} items; leave it out, it follows from them",
+      if (!counts || !record.contains(field.name)) continue;
+      if (record[field.name] == qv::layout::LoadSlot(run.count, fixed.data())) continue;
+      throw std::runtime_error(fmt::format("\"{}\" is {}, but \"{}\" has {} {}; leave it out, it follows from them",
                                            field.name, record[field.name].dump(), run.name,
-                                           ItemCount(run, fixed.data())));
+                                           ItemCount(run, fixed.data()), IsBlock(run) ? "bytes" : "items"));
     }
   }
 }
@@ -170,8 +202,13 @@ Json ToJson(const RecordLayout& layout, const RecordView& record) {
     }
   }
   for (std::size_t run = 0; run < record.items.size(); ++run) {
-    Json& items = json[layout.items[run].name] = Json::array();
-    for (const Bytes item : record.items[run]) items.push_back(ToJson(layout.items[run].item, item));
+    const ItemRun& items = layout.items[run];
+    if (IsBlock(items)) {
+      for (const Bytes block : record.items[run]) json[items.name] = BlockToJson(items, block);
+      continue;
+    }
+    Json& array = json[items.name] = Json::array();
+    for (const Bytes item : record.items[run]) array.push_back(ToJson(items.item, item));
   }
   for (const auto& [name, words] : ReadableOf(layout, record)) json[kReads][name] = words;
   return json;
@@ -192,7 +229,11 @@ void AppendRecord(const Json& record, const RecordLayout& layout, std::vector<st
   }
   std::vector<std::uint8_t> items;
   for (const ItemRun& run : layout.items) {
-    PutItems(record.value(run.name, Json::array()), run, fixed, items);
+    if (IsBlock(run)) {
+      PutBlock(record.value(run.name, Json("")), run, fixed, items);
+    } else {
+      PutItems(record.value(run.name, Json::array()), run, fixed, items);
+    }
   }
   CheckCounts(record, layout, fixed);
   bytes.insert(bytes.end(), fixed.begin(), fixed.end());

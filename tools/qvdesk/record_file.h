@@ -19,7 +19,7 @@ namespace qvdesk {
 /// One record where it lies in the file.
 struct RecordView {
   std::span<const std::uint8_t> fixed;  ///< Shorter than the form says when the file ends within.
-  std::vector<std::vector<std::span<const std::uint8_t>>> items;  ///< By run; those that are whole.
+  std::vector<std::vector<std::span<const std::uint8_t>>> items;  ///< By run; those that are whole. A block is one.
 
   bool Has(const qv::layout::Slot& slot) const { return std::size_t{slot.offset} + slot.size <= fixed.size(); }
 };
@@ -33,8 +33,8 @@ struct RecordFile {
 RecordFile ParseRecords(const qv::layout::RecordLayout& layout, std::span<const std::uint8_t> bytes,
                         std::uint32_t stride = 0);
 
-/// Every field by name, the items as arrays by their run's name. Under "reads", for people only: what
-/// words and dates some of the numbers mean.
+/// Every field by name, the items as arrays by their run's name, blocks as block_value.h says. Under "reads", for
+/// people only: what words and dates some of the numbers mean.
 Json ToJson(const qv::layout::RecordLayout& layout, const RecordView& record);
 /// The reverse, appended to `bytes`. Fields that are not given are zero, counts follow from the items. Throws
 /// std::runtime_error that names the field.

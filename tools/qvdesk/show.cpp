@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "tools/qvdesk/block_value.h"
 #include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/section_file.h"
 #include "tools/qvdesk/telling_columns.h"
 #include "tools/qvdesk/text.h"
 #include "tools/qvdesk/text_table.h"
@@ -57,8 +59,12 @@ std::string RenderAllFields(const RecordLayout& layout, const RecordFile& file) 
     }
     for (std::size_t run = 0; run < record.items.size(); ++run) {
       for (std::size_t item = 0; item < record.items[run].size(); ++item) {
-        line(fmt::format("{}[{}]", layout.items[run].name, item),
-             ToText(layout.items[run].item, record.items[run][item]));
+        const qv::layout::ItemRun& items = layout.items[run];
+        if (IsBlock(items)) {
+          line(items.name, BlockText(items, record.items[run][item]));
+        } else {
+          line(fmt::format("{}[{}]", items.name, item), ToText(items.item, record.items[run][item]));
+        }
       }
     }
     for (const auto& [name, words] : ReadableOf(layout, record)) line("reads: " + name, words);
@@ -94,6 +100,20 @@ void ShowAnchors(const Options& options, const FileForm& form, const std::vector
   fmt::print("{}", table.Render(TerminalWidth()));
 }
 
+/// The program's status. Throws std::runtime_error when there is damage.
+int EndWith(const std::optional<std::string>& damage, const Options& options, const FileForm& form) {
+  if (!damage) return kSuccess;
+  std::fflush(stdout);
+  throw std::runtime_error(options.file.string() + ": " + *damage +
+                           ". The file was cut off or damaged, or it is not of the form " + form.name + ".");
+}
+
+/// For people.
+std::string Render(const Options& options, const RecordLayout& layout, const RecordFile& file) {
+  if (options.all_fields) return RenderAllFields(layout, file);
+  return RenderTable(TellingColumns(layout, options.file.parent_path()), file);
+}
+
 int ShowRecords(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
   const RecordLayout& layout = *form.layout;
   const RecordFile file = ParseRecords(layout, bytes, options.for_incremental ? form.incremental_stride : 0);
@@ -102,14 +122,34 @@ int ShowRecords(const Options& options, const FileForm& form, const std::vector<
     for (const RecordView& record : file.records) records.push_back(ToJson(layout, record));
     fmt::print("{}", RenderJson(form, "records", records));
   } else {
-    fmt::print("{}", options.all_fields ? RenderAllFields(layout, file)
-                                        : RenderTable(TellingColumns(layout, options.file.parent_path()), file));
+    fmt::print("{}", Render(options, layout, file));
     fmt::print("{} of the form \"{}\"\n", CountOf(file.records.size(), "record"), form.name);
   }
-  if (!file.damage) return kSuccess;
-  std::fflush(stdout);
-  throw std::runtime_error(options.file.string() + ": " + *file.damage +
-                           ". The file was cut off or damaged, or it is not of the form " + form.name + ".");
+  return EndWith(file.damage, options, form);
+}
+
+int ShowSections(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
+  const SectionLayouts layouts = form.module->config_sections;
+  const SectionFile file = ParseSections(layouts, bytes);
+  if (options.format == "json") {
+    const Json sections = ToJson(layouts, file);
+    fmt::print("{}", RenderJson(form, "sections", {sections.begin(), sections.end()}));
+    return EndWith(file.damage, options, form);
+  }
+  for (std::size_t i = 0; i < layouts.size(); ++i) {
+    const RecordFile& section = file.sections[i];
+    fmt::print("{}: {}\n{}", layouts[i].name, CountOf(section.records.size(), "record"),
+               Render(options, layouts[i], section));
+  }
+  return EndWith(file.damage, options, form);
+}
+
+void ShowBlock(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
+  if (options.format == "json") {
+    fmt::print("{}\n", Dump({{"form", form.name}, {"hex", Hex(bytes)}}));
+  } else {
+    fmt::print("{}: {} that only the handset understands\n", form.name, CountOf(bytes.size(), "byte"));
+  }
 }
 
 int Show(const Options& options) {
@@ -121,19 +161,23 @@ int Show(const Options& options) {
   }
   const FileForm& form = recognised != nullptr ? *recognised : ParseForm(options.form);
   const std::vector<std::uint8_t> bytes = ReadWholeFile(options.file);
-  if (form.layout != nullptr) return ShowRecords(options, form, bytes);
-  ShowAnchors(options, form, bytes);
-  return kSuccess;
+  switch (form.kind) {
+    case FileKind::kSections: return ShowSections(options, form, bytes);
+    case FileKind::kBlock: ShowBlock(options, form, bytes); return kSuccess;
+    case FileKind::kAnchors: ShowAnchors(options, form, bytes); return kSuccess;
+    default: return ShowRecords(options, form, bytes);
+  }
 }
 
 }  // namespace
 
 void AddShow(CLI::App& program, int& status) {
-  CLI::App* const command = program.add_subcommand(
-      "show",
-      "Shows a file of the exchange directory or one that the handset keeps: an exchange table, a change list, an id "
-      "map, a snapshot log or the anchor file. Of a damaged file it shows what can be read, and then says where the "
-      "damage begins.");
+  CLI::App* const command = program.add_subcommand("show",
+                                                   "Shows a file of the exchange directory or one that the handset "
+                                                   "keeps: an exchange table, a configuration, a change list, "
+                                                   "an id map, a snapshot log or the anchor file. Of a damaged file it "
+                                                   "shows what can be read, and then says where the "
+                                                   "damage begins.");
   auto options = std::make_shared<Options>();
   command->add_option("FILE", options->file, "The file; its name tells the form")->required();
   command->add_option("--as", options->form,

@@ -7,6 +7,7 @@
 #include <map>
 
 #include "modules/contacts/contacts.h"
+#include "tools/qvdesk/block_value.h"
 #include "tools/qvdesk/picture_table.h"
 #include "tools/qvdesk/text.h"
 
@@ -47,9 +48,17 @@ Column FieldColumn(const Field& field) {
   return {field.name, [&field](const RecordView& record) { return TextOf(field, record); }, !is_text};
 }
 
-/// Numbers as they are; of bytes how many items there are.
+/// Numbers as they are; of bytes how many items there are; a block as its text or its length.
 Column ItemsColumn(const RecordLayout& layout, std::size_t position) {
   const qv::layout::ItemRun& run = layout.items[position];
+  if (IsBlock(run)) {
+    return {run.name,
+            [&run, position](const RecordView& record) {
+              const bool is_there = position < record.items.size() && !record.items[position].empty();
+              return is_there ? BlockText(run, record.items[position].front()) : std::string();
+            },
+            false};
+  }
   return {fmt::format("{}s", run.name),
           [&run, position](const RecordView& record) {
             if (position >= record.items.size() || record.items[position].empty()) return std::string();
@@ -83,6 +92,8 @@ std::vector<Column> ColumnsOfAnyForm(const RecordLayout& layout) {
     } else if (name.ends_with("_year")) {
       const std::string prefix = name.substr(0, name.rfind('_'));
       dates.push_back({prefix, [&layout, prefix](const RecordView& record) { return DateOf(layout, record, prefix); }});
+    } else if (field.exchange.form == Form::kTimeNumbers) {
+      dates.push_back(FieldColumn(field));
     } else if (field.exchange.form == Form::kText || field.exchange.form == Form::kRawText) {
       texts.push_back(FieldColumn(field));
     }

@@ -62,12 +62,9 @@ class ScheduleHandler {
  private:
   Result ExportTables(SyncMode mode);
   Result WriteSnapshots();
-  Result EmptyStore();
   Result InsertTables();
   Result ApplyChanges();
   Result ApplyChangeList();
-  Result ApplyGroups(ApplyForm form);
-  Result ApplyEntries(ApplyForm form);
 
   Library store_{kNames.store_library};
   ExchangeDirectory directory_;

@@ -3,34 +3,13 @@
 
 #include <algorithm>
 
-#include "layout/bytes.h"
-#include "platform/coredll.h"
-
 namespace qv::contacts {
 namespace {
 
 /// What lists of records have room for at least: of groups an export carries no more than these.
 constexpr std::uint32_t kListRoom[] = {3000, 100};
 
-/// An entry as the store fills it, where afterwards a SyncInfoEntry lies: id, then year, month, day, hour, minute and
-/// second in 16 bits each. The zero time stands for one that does not exist.
-void TakeTime(SyncInfoEntry& entry) {
-  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&entry);
-  const auto part = [&](std::size_t i) {
-    return static_cast<std::uint16_t>(layout::LoadNumber(bytes + sizeof(entry.id) + 2 * i, 2));
-  };
-  const coredll::SYSTEMTIME time = {.wYear = part(0),
-                                    .wMonth = part(1),
-                                    .wDayOfWeek = 0,
-                                    .wDay = part(2),
-                                    .wHour = part(3),
-                                    .wMinute = part(4),
-                                    .wSecond = part(5),
-                                    .wMilliseconds = 0};
-  coredll::FILETIME file_time = {};
-  if (coredll::SystemTimeToFileTime(&time, &file_time) == 0) file_time = {};
-  entry = {.id = entry.id, .unused = 0, .time_low = file_time.dwLowDateTime, .time_high = file_time.dwHighDateTime};
-}
+constexpr SyncInfoForm kSyncInfoForm = {16, 4, SyncInfoForm::Time::kSixWords};
 
 }  // namespace
 
@@ -43,7 +22,7 @@ Store::~Store() {
 }
 
 ContactTable::ContactTable(const Library& store, std::uint32_t number, const TableNames& names)
-    : StoreTable(number, names), store_(store), entry_points_(kEntryPoints[number]) {}
+    : StoreTable(number, names, kSyncInfoForm), store_(store), entry_points_(kEntryPoints[number]) {}
 
 bool ContactTable::LookUp(Use use) {
   // The groups are not counted: their list has a room of its own.
@@ -63,9 +42,10 @@ Result ContactTable::Count(std::uint32_t* count) {
   return Result::kOk;
 }
 
-Result ContactTable::GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) {
-  if (!List(count, entries)) return Result::kSyncInfoFailed;
-  for (std::uint32_t i = 0; i < *count; ++i) TakeTime(entries[i]);
+Result ContactTable::GetSyncInfo(std::uint32_t* count, void* entries) {
+  std::int32_t listed = static_cast<std::int32_t>(*count);
+  if (list_(&listed, entries) != 0) return Result::kSyncInfoFailed;
+  *count = static_cast<std::uint32_t>(std::max(listed, 0));
   return *count == 0 ? EmptyResult() : Result::kOk;
 }
 
@@ -82,25 +62,17 @@ Result ContactTable::PrepareEmptying() {
   std::int32_t counted = 0;
   if (count != nullptr && count(&counted) != 0) counted = 0;
   const std::uint32_t room = std::max(static_cast<std::uint32_t>(std::max(counted, 0)), kListRoom[number()]);
-  return to_erase_.Resize(room) ? Result::kOk : Result::kNoMemory;
+  return to_erase_.Resize(room, form()) ? Result::kOk : Result::kNoMemory;
 }
 
 Result ContactTable::Empty() {
-  std::uint32_t count = to_erase_.size();
-  if (!List(&count, to_erase_.data())) return Result::kSyncInfoFailed;
-  to_erase_.Shrink(count);
+  auto count = static_cast<std::uint32_t>(to_erase_.entries().size());
+  if (const Result listed = GetSyncInfo(&count, to_erase_.data()); IsFailure(listed)) return listed;
+  to_erase_.Take(count);
   to_erase_.QueueAll();
   const std::span<const std::uint32_t> ids = to_erase_.QueuedIds();
   if (ids.empty()) return Result::kOk;
   return erase_(ids.data(), static_cast<std::int32_t>(ids.size())) == 0 ? Result::kOk : Result::kWipeFailed;
-}
-
-bool ContactTable::List(std::uint32_t* count, SyncInfoEntry* entries) {
-  const auto room = static_cast<std::int32_t>(*count);
-  std::int32_t listed = room;  // The store is not asked to look at it, but a careful one does.
-  if (list_(&listed, entries) != 0) return false;
-  *count = static_cast<std::uint32_t>(std::clamp(listed, 0, room));
-  return true;
 }
 
 }  // namespace qv::contacts

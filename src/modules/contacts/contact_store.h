@@ -71,7 +71,7 @@ class ContactTable final : public StoreTable {
 
   bool LookUp(Use use) override;
   Result Count(std::uint32_t* count) override;
-  Result GetSyncInfo(std::uint32_t* count, SyncInfoEntry* entries) override;
+  Result GetSyncInfo(std::uint32_t* count, void* entries) override;
 
   /// Fills records that the caller cleared. False when the store fails.
   [[nodiscard]] bool Read(std::span<const std::uint32_t> ids, void* records);
@@ -82,9 +82,6 @@ class ContactTable final : public StoreTable {
   Result Empty();
 
  private:
-  /// Lists as many records as there is room for, their times as the store gives them. False when the store fails.
-  bool List(std::uint32_t* count, SyncInfoEntry* entries);
-
   const Library& store_;
   const TableEntryPoints& entry_points_;
   CountFunction* count_ = nullptr;

@@ -81,10 +81,8 @@ inline constexpr RuleWords kRules[] = {
     {&kContactLayout,
      "The reminders: the store has 100 for on and 0 for off; an export writes 1 for anything above 0. A recover sets "
      "each only when its date's year, month and day are not 0."},
-    {&kContactLayout,
-     "The store record also has the byte 17, the kind (1 for a contact), and the word 2548, of which an export writes "
-     "the low byte at 3516 and which a recover leaves 0."},
-    {&kGroupLayout, "The store record also has the byte 17, the kind (2 for a group)."},
+    {&kContactLayout, "The store record also has the byte 17, the kind: 1 for a contact."},
+    {&kGroupLayout, "The store record also has the byte 17, the kind: 2 for a group."},
     {&kMembershipLayout, "A contact in no group has no record."},
     {&kPictureLayout, "A picture longer than 8192 bytes is exported as 8192, and ends a recover."},
 };

@@ -115,9 +115,7 @@ constexpr Field kContactFields[] = {
     Both("picture_id", kStorePicture, U32(3108)),
     Both("text_3112", Text(1768, 258), Text(3112, 402)),
     Both("value_3514", U8(16), U16(3514)),
-    // Of the store's word only the low byte travels, and nothing comes back.
-    ByModule("value_2548", U32(2548), {}),
-    ExportOnly("value_3516", U8(2548), U8(3516)),
+    ExportOnly("value_3516", U32(2548), U8(3516)),
     ExchangeUnused(3517, 43),
     // A desktop tells when it changed a contact; the store tells the agent in its list of records.
     RecoverOnly("modified_year", U16(4), U32(3560)),

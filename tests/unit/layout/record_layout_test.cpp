@@ -65,7 +65,7 @@ TEST(RecordLayoutTest, RawTextAndBytesTravelAsTheyStand) {
 }
 
 TEST(RecordLayoutTest, WhatOnlyRepeatsIsExportedAndNotRead) {
-  static constexpr Field kFields[] = {Both("a", U8(0), U8(0)), ExportOnly("again", U8(0), U8(1))};
+  static constexpr Field kFields[] = {Both("a", U8(0), U8(0)), Repeated("again", U8(0), U8(1))};
   EXPECT_EQ(Exported(kFields, {7}, 2), (Record{7, 7}));
   EXPECT_EQ(Recovered(kFields, {7, 9}, 1), (Record{7}));
 }

@@ -1,0 +1,80 @@
+// Sections as whole lists of records, and the folders' ids through a change of them.
+#include "host/stores/sms_database.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+
+#include "layout/bytes.h"
+
+namespace stores {
+namespace {
+
+std::vector<std::uint32_t> IdsOf(const RecordStore& store) {
+  std::vector<qv::SyncInfoEntry> entries(store.Count());
+  entries.resize(store.SyncInfo(entries));
+  std::vector<std::uint32_t> ids;
+  for (const qv::SyncInfoEntry& entry : entries) ids.push_back(entry.id);
+  return ids;
+}
+
+std::u16string FolderNameOf(const std::uint8_t* folder) {
+  std::u16string name;
+  for (std::size_t i = 0; i < qv::sms::kFolderName.size; i += sizeof(char16_t)) {
+    const auto character = static_cast<char16_t>(qv::layout::LoadNumber(folder + qv::sms::kFolderName.offset + i, 2));
+    if (character == u'\0') break;
+    name += character;
+  }
+  return name;
+}
+
+void ForEachRecord(std::span<const std::uint8_t> records, std::size_t size, auto&& take) {
+  for (; records.size() >= size; records = records.subspan(size)) take(records.data());
+}
+
+}  // namespace
+
+SmsDatabase::SmsDatabase(Database& database) : database_(database), messages_(database, kSmsKind) {
+  for (const KindDescription& kind : kSmsSectionKinds) sections_.emplace_back(database, kind);
+}
+
+std::vector<std::uint8_t> SmsDatabase::Section(std::size_t section) const {
+  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const RecordStore& store = sections_[section];
+  const std::vector<std::uint32_t> ids = IdsOf(store);
+  std::vector<std::uint8_t> records(ids.size() * store.Kind().layout.store_size);
+  store.Read(ids, records.data());
+  return records;
+}
+
+void SmsDatabase::ReplaceSection(std::size_t section, std::span<const std::uint8_t> records) {
+  if (section == qv::sms::kFolders) return ReplaceFolders(records);
+  Transaction transaction(database_);
+  RecordStore& store = sections_[section];
+  store.DeleteAll();
+  ForEachRecord(records, store.Kind().layout.store_size, [&](const std::uint8_t* record) { store.Insert(record); });
+  transaction.Commit();
+}
+
+void SmsDatabase::ReplaceFolders(std::span<const std::uint8_t> records) {
+  Transaction transaction(database_);
+  RecordStore& store = sections_[qv::sms::kFolders];
+  const std::size_t size = store.Kind().layout.store_size;
+  std::multimap<std::u16string, std::uint32_t> present;  // Equal names keep the order of their ids.
+  ForEachRecord(Section(qv::sms::kFolders), size, [&](const std::uint8_t* folder) {
+    present.emplace(FolderNameOf(folder), qv::layout::LoadSlot(qv::sms::kFolderId, folder));
+  });
+  ForEachRecord(records, size, [&](const std::uint8_t* folder) {
+    const auto same = present.lower_bound(FolderNameOf(folder));
+    if (same == present.end() || same->first != FolderNameOf(folder)) {
+      store.Insert(folder);
+    } else {
+      store.Update(same->second, folder);
+      present.erase(same);
+    }
+  });
+  for (const auto& [name, id] : present) store.Delete({&id, 1});
+  transaction.Commit();
+}
+
+}  // namespace stores

@@ -1,0 +1,161 @@
+// The multimedia messages' export and recover around the procedure of one table.
+#include "modules/messaging/mms.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace qv::mms {
+namespace {
+
+// MmsStore.dll. Every block that it hands out is the caller's to free.
+using GetConfigFunction = std::uint32_t(std::uint8_t** block, std::uint32_t* size);
+using SetConfigFunction = std::uint32_t(const std::uint8_t* block, std::uint32_t size);
+
+/// A message as the store hands it out and takes it.
+struct StoreMessage {
+  char* text;  ///< 8 bits, with a NUL from the store and without one to it: there the block is as long as the text.
+  std::uint32_t id;
+  std::uint32_t value;
+  std::uint8_t* data;
+  std::int32_t data_length;
+};
+static_assert(sizeof(StoreMessage) == 20);
+
+constexpr std::size_t kBatch = kFacts.table.read_batch;
+
+/// The messages of one call of the store, with their blocks.
+class Batch {
+ public:
+  Batch() = default;
+  ~Batch() {
+    for (StoreMessage& message : messages_) {
+      coredll::free(message.text);
+      coredll::free(message.data);
+    }
+  }
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+
+  StoreMessage* data() { return messages_; }
+  /// What a store leaves behind when it fails is its own.
+  void Forget() { std::fill(std::begin(messages_), std::end(messages_), StoreMessage{}); }
+
+ private:
+  StoreMessage messages_[kBatch] = {};
+};
+
+Result WriteMessage(File& exchange_table, const StoreMessage& message) {
+  const std::size_t text_length = message.text != nullptr ? std::strlen(message.text) : 0;
+  const auto data_length = static_cast<std::size_t>(std::max(message.data_length, 0));
+  if (data_length != 0 && message.data == nullptr) return Result::kReadFailed;
+  std::uint8_t exchange[kExchangeSize] = {};
+  layout::StoreSlot(kTextLength, exchange, static_cast<std::uint32_t>(text_length));
+  layout::StoreSlot(kMessageId, exchange, message.id);
+  layout::StoreSlot(kValue, exchange, message.value);
+  layout::StoreSlot(kDataLength, exchange, static_cast<std::uint32_t>(message.data_length));
+  const bool written = exchange_table.Write(exchange, sizeof(exchange)) &&
+                       (text_length == 0 || exchange_table.Write(message.text, text_length)) &&
+                       (data_length == 0 || exchange_table.Write(message.data, data_length));
+  return written ? Result::kOk : Result::kFileFailed;
+}
+
+/// A part of a record: all `size` bytes of it, in a block of just that size; none for nothing. kNoMemory,
+/// kFileUnreadable.
+Result ReadPart(File& exchange_table, std::size_t size, List<std::uint8_t>& part) {
+  if (size == 0) return Result::kOk;
+  if (!part.Resize(size)) return Result::kNoMemory;
+  std::size_t got = 0;
+  return exchange_table.Read(part.data(), size, got) && got == size ? Result::kOk : Result::kFileUnreadable;
+}
+
+}  // namespace
+
+Result MmsHandler::Export(SyncMode& mode, char16_t* anchor, const void* directory) {
+  if (!store_.IsLoaded()) return Result::kStoreNotLoaded;
+  if (const Result taken = directory_.Assign(directory); IsFailure(taken)) return taken;
+  CheckAnchor(mode, kNames.anchor_key, anchor);
+  MoveAnchor(mode, kNames.anchor_key, anchor);
+
+  if (const Result exported = ExportConfig(); IsFailure(exported)) return exported;
+  return run_.Export(mode);
+}
+
+Result MmsHandler::Recover(SyncMode mode, char16_t* anchor, const void* directory) {
+  if (!store_.IsLoaded()) return Result::kStoreNotLoaded;
+  if (const Result taken = directory_.Assign(directory); IsFailure(taken)) return taken;
+  MoveAnchor(mode, kNames.anchor_key, anchor);
+
+  if (const Result applied = ApplyConfig(); IsFailure(applied)) return applied;
+  coredll::DeleteFileW(directory_ / kConfigFile);
+  return run_.Recover(mode);
+}
+
+Result MmsHandler::ExportConfig() {
+  auto* const get = store_.Resolve<GetConfigFunction>(u"mms_Sync_GetConfig");
+  if (get == nullptr) return Result::kEntryPointMissing;
+  std::uint8_t* block = nullptr;
+  std::uint32_t size = 0;
+  if (get(&block, &size) != 0 || (block == nullptr && size != 0)) return Result::kReadFailed;
+  File file = File::CreateAlways(directory_ / kConfigFile);
+  const bool written = file.IsOpen() && (size == 0 || file.Write(block, size));
+  coredll::free(block);
+  return written ? Result::kOk : Result::kFileFailed;
+}
+
+Result MmsHandler::ApplyConfig() {
+  File file = File::OpenExisting(directory_ / kConfigFile);
+  if (!file.IsOpen()) return Result::kFileFailed;
+  std::uint32_t size = 0;
+  List<std::uint8_t> block;
+  if (!file.Size(size)) return Result::kFileUnreadable;
+  if (const Result read = ReadPart(file, size, block); IsFailure(read)) return read;
+  auto* const set = store_.Resolve<SetConfigFunction>(u"mms_Sync_SetConfig");
+  if (set == nullptr) return Result::kEntryPointMissing;
+  return set(block.data(), size) == 0 ? Result::kOk : Result::kInsertFailed;
+}
+
+Result MmsHandler::Table::ExportRecords(std::span<const std::uint32_t> ids, const char16_t* path,
+                                        File& exchange_table) {
+  return ForEachBatch(ids, kBatch, [&](std::span<const std::uint32_t> run) {
+    Batch batch;
+    if (!Read(run, batch.data())) {
+      batch.Forget();
+      return Result::kReadFailed;
+    }
+    if (!exchange_table.IsOpen()) exchange_table = File::CreateAlways(path);
+    if (!exchange_table.IsOpen()) return Result::kFileFailed;
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      if (const Result done = WriteMessage(exchange_table, batch.data()[i]); IsFailure(done)) return done;
+    }
+    return Result::kOk;
+  });
+}
+
+Result MmsHandler::Table::ApplyRecord(File& exchange_table, const Applying& applying, bool& more) {
+  more = false;
+  if (!rest_is_known_ && !exchange_table.Size(rest_)) return Result::kFileUnreadable;
+  rest_is_known_ = true;
+  std::uint8_t exchange[kExchangeSize];
+  const Result read = ReadRecord(exchange_table, exchange, sizeof(exchange), sizeof(exchange), more);
+  if (!more) return read;
+  rest_ -= std::min<std::uint32_t>(rest_, sizeof(exchange));
+
+  const std::uint32_t text_length = layout::LoadSlot(kTextLength, exchange);
+  const auto said_length = static_cast<std::int32_t>(layout::LoadSlot(kDataLength, exchange));
+  const auto data_length = static_cast<std::uint32_t>(std::max(said_length, 0));
+  if (text_length > rest_ || data_length > rest_ - text_length) return Result::kFileUnreadable;
+  rest_ -= text_length + data_length;
+  List<std::uint8_t> text;
+  List<std::uint8_t> data;
+  if (const Result part = ReadPart(exchange_table, text_length, text); IsFailure(part)) return part;
+  if (const Result part = ReadPart(exchange_table, data_length, data); IsFailure(part)) return part;
+  const StoreMessage message = {.text = reinterpret_cast<char*>(text.data()),
+                                .id = layout::LoadSlot(kMessageId, exchange),
+                                .value = layout::LoadSlot(kValue, exchange),
+                                .data = data.data(),
+                                .data_length = said_length};
+  return Put(applying, message.id, &message, 0);
+}
+
+}  // namespace qv::mms

@@ -1,0 +1,67 @@
+// A store's entry points as facts: a name, and the arguments in their order. Stores do the same few things and differ
+// in what they call them, and in what they want to be told.
+#ifndef QV_SYNC_STORE_FUNCTION_H
+#define QV_SYNC_STORE_FUNCTION_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/library.h"
+
+namespace qv {
+
+/// One argument. All are words: numbers, or addresses.
+enum class Argument : std::uint8_t {
+  kNone,
+  kTable,       ///< The table's number.
+  kCount,       ///< How many records.
+  kCountPlace,  ///< Where the room is said, and the number of what is there expected.
+  kEntries,     ///< The list to fill.
+  kId,
+  kIds,
+  kRecords,  ///< One record or several.
+  kNewId,    ///< Where the id of an inserted record is expected.
+  kGroup,    ///< The group of a record, or what the store takes in its place.
+};
+
+struct EntryPoint {
+  static constexpr std::size_t kMostArguments = 4;
+  const char16_t* name;
+  std::array<Argument, kMostArguments> arguments = {};
+};
+
+/// What the arguments of one call are; those that the entry point does not take are not looked at.
+struct Arguments {
+  std::uint32_t table = 0;
+  std::uint32_t count = 0;
+  std::uint32_t* count_place = nullptr;
+  void* entries = nullptr;
+  std::uint32_t id = 0;
+  const std::uint32_t* ids = nullptr;
+  const void* records = nullptr;
+  std::uint32_t* new_id = nullptr;
+  std::uint32_t group = 0;
+};
+
+class StoreFunction {
+ public:
+  /// False when the store lacks it.
+  [[nodiscard]] bool LookUp(const Library& store, const EntryPoint& entry_point) {
+    entry_point_ = &entry_point;
+    function_ = store.Resolve<void()>(entry_point.name);
+    return function_ != nullptr;
+  }
+  bool IsThere() const { return function_ != nullptr; }
+
+  /// What the store answered.
+  std::uint32_t operator()(const Arguments& arguments) const;
+
+ private:
+  const EntryPoint* entry_point_ = nullptr;
+  void (*function_)() = nullptr;
+};
+
+}  // namespace qv
+
+#endif  // QV_SYNC_STORE_FUNCTION_H

@@ -1,0 +1,67 @@
+// The forms in which stores tell times, made one.
+#include "sync/sync_info.h"
+
+#include <algorithm>
+
+#include "layout/bytes.h"
+#include "layout/time_text.h"
+#include "platform/coredll.h"
+
+namespace qv {
+namespace {
+
+layout::TimeOfSix SixWords(const std::uint8_t* words) {
+  layout::TimeOfSix time;
+  for (std::uint32_t& part : time) {
+    part = layout::LoadNumber(words, 2);
+    words += 2;
+  }
+  return time;
+}
+
+coredll::FILETIME ToFileTime(const layout::TimeOfSix& time) {
+  const auto part = [&](std::size_t i) { return static_cast<std::uint16_t>(time[i]); };
+  const coredll::SYSTEMTIME system_time = {.wYear = part(0),
+                                           .wMonth = part(1),
+                                           .wDayOfWeek = 0,
+                                           .wDay = part(2),
+                                           .wHour = part(3),
+                                           .wMinute = part(4),
+                                           .wSecond = part(5),
+                                           .wMilliseconds = 0};
+  coredll::FILETIME file_time = {};
+  return coredll::SystemTimeToFileTime(&system_time, &file_time) != 0 ? file_time : coredll::FILETIME{};
+}
+
+coredll::FILETIME TimeOf(const std::uint8_t* entry, const SyncInfoForm& form) {
+  const std::uint8_t* const time = entry + form.time_offset;
+  switch (form.time) {
+    case SyncInfoForm::Time::kSixWords: return ToFileTime(SixWords(time));
+    case SyncInfoForm::Time::kText: return ToFileTime(layout::ParseTimeText(time));
+    case SyncInfoForm::Time::kFileTime: break;
+  }
+  return {layout::LoadNumber(time, 4), layout::LoadNumber(time + 4, 4)};
+}
+
+}  // namespace
+
+bool SyncInfoList::Resize(std::uint32_t count, const SyncInfoForm& form) {
+  if (!bytes_.Resize(count, form.entry_size)) return false;
+  std::fill(bytes_.begin(), bytes_.end(), std::uint8_t{0});
+  form_ = form;
+  count_ = count;
+  return true;
+}
+
+void SyncInfoList::Take(std::uint32_t count) {
+  static_assert(sizeof(SnapshotEntry) <= 12, "no store's entry is shorter, so none is overwritten before it is read");
+  count_ = std::min<std::size_t>(count, count_);
+  auto* const entries = reinterpret_cast<SnapshotEntry*>(bytes_.data());
+  for (std::size_t i = 0; i < count_; ++i) {
+    const std::uint8_t* const entry = bytes_.data() + i * form_.entry_size;
+    const coredll::FILETIME time = TimeOf(entry, form_);
+    entries[i] = {layout::LoadNumber(entry, 4), time.dwLowDateTime, time.dwHighDateTime};
+  }
+}
+
+}  // namespace qv

@@ -1,0 +1,70 @@
+// The store libraries as files: each exports its entry points, and no name that could meet another library's.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+std::vector<std::string> ExportsOf(const std::string& file) {
+  const std::string command = std::string(QV_NM) + " -D --defined-only --format=just-symbols '" + file + "'";
+  FILE* const pipe = popen(command.c_str(), "r");
+  std::vector<std::string> names;
+  std::array<char, 256> line;
+  while (std::fgets(line.data(), line.size(), pipe) != nullptr) {
+    names.emplace_back(line.data());
+    names.back().pop_back();
+  }
+  EXPECT_EQ(pclose(pipe), 0);
+  return names;
+}
+
+TEST(StoreExportsTest, TheScheduleStoreExportsItsSevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_SCHED_STORE),
+              UnorderedElementsAre("SC_Sync_GetTotalNum", "SC_Sync_GetAllSyncInfo", "SC_Sync_Read", "SC_Sync_Insert",
+                                   "SC_Sync_Update", "SC_Sync_Del", "SC_Sync_DelAll"));
+}
+
+TEST(StoreExportsTest, TheContactStoreExportsItsTwentyTwoEntryPointsAndNothingElse) {
+  EXPECT_THAT(
+      ExportsOf(QV_CONTACT_STORE),
+      UnorderedElementsAre("DTP_Initialize", "DTP_UnInitialize", "DTP_PIMGetAllManNum", "DTP_PIMGetAllGroupNum",
+                           "DTP_PIMGetAllmanSyncid", "DTP_PIMGetAllgroupSyncid", "DTP_PIMReadman", "DTP_PIMReadgroup",
+                           "DTP_PIMDeleteMan", "DTP_PIMDeleteGroup", "DTP_PIMAddManToUnGroup", "DTP_PIMAddGroup",
+                           "DTP_PIMUpdateMan", "DTP_PIMUpdateGroup", "DTP_PIMFindmanSyncidByName",
+                           "DTP_PIMFindgroupSyncidByName", "DTP_PIMQueryManAttachGroup", "DTP_PIMPhoneAddToGroups",
+                           "DTP_PIMModifyManToGroup", "DTP_DownloadingImage", "DTP_LoadingImage", "DTP_DeleteImage"));
+}
+
+TEST(StoreExportsTest, TheMailStoreExportsTheMailIdOnly) {
+  EXPECT_THAT(ExportsOf(QV_MAIL_STORE), ElementsAre("GetSystemMailID"));
+}
+
+TEST(StoreExportsTest, TheSmsStoreExportsItsNineEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_SMS_STORE),
+              UnorderedElementsAre("Sync_GetAllRecNum", "Sync_GetAllidTime", "Sync_Read", "Sync_Insert", "Sync_Update",
+                                   "Sync_Del", "Sync_DelAll", "Sync_GetSMSConfig", "Sync_SetSMSConfig"));
+}
+
+TEST(StoreExportsTest, TheMmsStoreExportsItsNineEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_MMS_STORE),
+              UnorderedElementsAre("mms_Sync_GetAllRecvNum", "mms_Sync_getAllidTime", "mms_Sync_Read",
+                                   "mms_Sync_Insert", "mms_Sync_Update", "mms_SC_Sync_Del", "mms_Sync_DelAll",
+                                   "mms_Sync_GetConfig", "mms_Sync_SetConfig"));
+}
+
+TEST(StoreExportsTest, TheCallLogStoreExportsItsSevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(
+      ExportsOf(QV_CALL_LOG_STORE),
+      UnorderedElementsAre("EXPCALLHISTORY_Sync_GetAllRecNum", "EXPCALLHISTORY_Sync_GetAllidTime",
+                           "EXPCALLHISTORY_Sync_Read", "EXPCALLHISTORY_Sync_Insert", "EXPCALLHISTORY_Sync_Update",
+                           "EXPCALLHISTORY_Sync_Del", "EXPCALLHISTORY_Sync_DelAll"));
+}
+
+}  // namespace
