@@ -9,6 +9,11 @@ Result OneTableRun::Export(SyncMode mode) {
 }
 
 Result OneTableRun::ExportTable(SyncMode mode) {
+  if (facts_.creates_files_first) {
+    ExportFiles files;
+    if (const Result created = files.Create(directory_, facts_.names, mode); IsFailure(created)) return created;
+    return qv::ExportTable(table_, directory_, files.ChangeList());
+  }
   if (!table_.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
   File change_list;
   const bool incremental = mode == SyncMode::kIncremental;

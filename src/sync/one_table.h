@@ -24,6 +24,9 @@ struct OneTableFacts {
   RecordTableFacts table;
   EntryPoint erase;
   EntryPoint erase_all;
+  /// An export creates its files before it looks at the store, as the modules with groups do; otherwise once the entry
+  /// points are there.
+  bool creates_files_first = false;
   /// The store has one table, so the table that an entry of a change list names is not looked at.
   bool ignores_tables_of_changes = false;
   /// What an incremental recover deletes at its end.

@@ -28,10 +28,13 @@ inline constexpr OneTableFacts kFacts = {
               .insert = {u"EXPCALLHISTORY_Sync_Insert", {Argument::kRecords, Argument::kNewId}},
               .update = {u"EXPCALLHISTORY_Sync_Update", {Argument::kId, Argument::kRecords}},
               .read_batch = 50,
+              .read_room = 100,
               .to_exchange = CallToExchange,
-              .to_store = CallToStore},
+              .to_store = CallToStore,
+              .keeps_table_open = true},
     .erase = {u"EXPCALLHISTORY_Sync_Del", {Argument::kCount, Argument::kIds}},
     .erase_all = {u"EXPCALLHISTORY_Sync_DelAll", {}},
+    .creates_files_first = true,
 };
 
 inline constexpr RuleWords kRules[] = {

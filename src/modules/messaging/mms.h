@@ -29,9 +29,11 @@ inline constexpr OneTableFacts kFacts = {
               .insert = {u"mms_Sync_Insert", {Argument::kRecords, Argument::kNewId}},
               .update = {u"mms_Sync_Update", {Argument::kId, Argument::kRecords}},
               .read_batch = 50,
+              .keeps_table_open = true,
               .incoming_id = kMessageId},
     .erase = {u"mms_SC_Sync_Del", {Argument::kCount, Argument::kIds}},
     .erase_all = {u"mms_Sync_DelAll", {}},
+    .creates_files_first = true,
     // Not mmscmd.tbl, which stays: desktops clean it away themselves, and count on the other going.
     .consumed_change_list = u"smscmd.tbl",
 };

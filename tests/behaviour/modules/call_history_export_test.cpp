@@ -247,9 +247,9 @@ TEST_F(CallHistoryExportTest, AnExportTakesItsStepsInOrder) {
   RunEvents events(store_);
   EXPECT_EQ(Export(9, 4).code, 0u);
   EXPECT_THAT(events.Take(),
-              ElementsAre("find EXPCALLHISTORY_Sync_GetAllRecNum", "find EXPCALLHISTORY_Sync_GetAllidTime",
-                          "find EXPCALLHISTORY_Sync_Read", "create callinfo.tbl", "call GetAllRecNum",
-                          "call GetAllidTime room 1", "call Read [7]", "create callinfo.tbl"));
+              ElementsAre("create callinfo.tbl", "find EXPCALLHISTORY_Sync_GetAllRecNum",
+                          "find EXPCALLHISTORY_Sync_GetAllidTime", "find EXPCALLHISTORY_Sync_Read",
+                          "create callinfo.tbl", "call GetAllRecNum", "call GetAllidTime room 1", "call Read [7]"));
 }
 
 TEST_F(CallHistoryExportTest, AnIncrementalExportTakesItsStepsInOrder) {
@@ -258,10 +258,10 @@ TEST_F(CallHistoryExportTest, AnIncrementalExportTakesItsStepsInOrder) {
   EXPECT_EQ(ExportChanges().code, 0u);
   EXPECT_THAT(events.Take(),
               ElementsAre("open qvSyncAnchor.ini", "open qvSyncAnchor.ini", "create qvSyncAnchor.ini",
-                          "find EXPCALLHISTORY_Sync_GetAllRecNum", "find EXPCALLHISTORY_Sync_GetAllidTime",
-                          "find EXPCALLHISTORY_Sync_Read", "create callcmd.tbl", "create callinfo.tbl",
-                          "call GetAllRecNum", "call GetAllidTime room 1", "open recordcall.log", "call Read [7]",
-                          "create callinfo.tbl", "create recordcall.log", "find EXPCALLHISTORY_Sync_GetAllRecNum",
+                          "create callinfo.tbl", "create callcmd.tbl", "find EXPCALLHISTORY_Sync_GetAllRecNum",
+                          "find EXPCALLHISTORY_Sync_GetAllidTime", "find EXPCALLHISTORY_Sync_Read",
+                          "create callinfo.tbl", "call GetAllRecNum", "call GetAllidTime room 1", "open recordcall.log",
+                          "call Read [7]", "create recordcall.log", "find EXPCALLHISTORY_Sync_GetAllRecNum",
                           "find EXPCALLHISTORY_Sync_GetAllidTime", "call GetAllRecNum", "call GetAllidTime room 1"));
 }
 
@@ -419,18 +419,22 @@ TEST_F(CallHistoryExportTest, AChangeListThatCannotBeWrittenCarriesNoFlag) {
   store_.Add(1);
   MakeDirectory(kCallChanges);
   EXPECT_EQ(ExportChanges().code, 0x10000100u);
-  EXPECT_FALSE(Exists(kCallTable)) << "the change list is made before the table";
+  EXPECT_THAT(ReadFile(kCallTable), IsEmpty()) << "the table is made before the change list";
 }
 
-TEST_F(CallHistoryExportTest, AMissingEntryPointLeavesAllFilesAlone) {
+TEST_F(CallHistoryExportTest, AMissingEntryPointLeavesEmptyFiles) {
   for (const auto address : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
     for (const auto* name :
          {u"EXPCALLHISTORY_Sync_GetAllRecNum", u"EXPCALLHISTORY_Sync_GetAllidTime", u"EXPCALLHISTORY_Sync_Read"}) {
       const ScriptedCallStore lacking({name}, address);
+      WriteText(kCallTable, "of an earlier run");
+      WriteText(kCallChanges, "of an earlier run");
       EXPECT_EQ(Export(9, 1).code, 0x10000002u);
+      EXPECT_THAT(ReadFile(kCallTable), IsEmpty());
       EXPECT_EQ(ExportChanges().code, 0x10000002u);
-      EXPECT_FALSE(Exists(kCallTable));
-      EXPECT_FALSE(Exists(kCallChanges));
+      EXPECT_THAT(ReadFile(kCallTable), IsEmpty());
+      EXPECT_THAT(ReadFile(kCallChanges), IsEmpty());
+      EXPECT_EQ(Export(9, 1, u"", u"\\nowhere").code, 0x10000100u) << "the files come first";
       EXPECT_THAT(lacking.calls, IsEmpty());
     }
   }

@@ -39,7 +39,7 @@ class CallHistoryFailureTest : public FaultSweepTest {
 
   static FaultScript Exporting(const char* name, std::uint32_t mode) {
     std::vector<StepBegin> steps = {
-        {"GetProcAddressW", u"EXPCALLHISTORY_Sync_GetAllRecNum", 1, 0},
+        {"CreateFileW", u"callinfo.tbl", 1, 0},
         {"CreateFileW", u"recordcall.log", mode == 3 ? 2u : 1u, kSnapshotWritten},
     };
     if (mode == 3) steps.push_back({"CreateFileW", u"recordcall.log", 1, kSnapshotRead});

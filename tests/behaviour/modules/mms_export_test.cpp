@@ -243,24 +243,23 @@ TEST_F(MmsExportTest, AnExportTakesItsStepsInOrder) {
   store_.Add(7);
   RunEvents events(store_);
   EXPECT_EQ(Export(12, 4).code, 0u);
-  EXPECT_THAT(events.Take(), ElementsAre("find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl",
-                                         "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime",
-                                         "find mms_Sync_Read", "create mmsinfo.tbl", "call GetAllRecvNum",
-                                         "call GetAllidTime room 1", "call Read [7]", "create mmsinfo.tbl"));
+  EXPECT_THAT(events.Take(),
+              ElementsAre("find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "create mmsinfo.tbl",
+                          "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "find mms_Sync_Read",
+                          "create mmsinfo.tbl", "call GetAllRecvNum", "call GetAllidTime room 1", "call Read [7]"));
 }
 
 TEST_F(MmsExportTest, AnIncrementalExportTakesItsStepsInOrder) {
   store_.Add(7);
   RunEvents events(store_);
   EXPECT_EQ(ExportChanges().code, 0u);
-  EXPECT_THAT(
-      events.Take(),
-      ElementsAre("open qvSyncAnchor.ini", "open qvSyncAnchor.ini", "create qvSyncAnchor.ini",
-                  "find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "find mms_Sync_GetAllRecvNum",
-                  "find mms_Sync_getAllidTime", "find mms_Sync_Read", "create mmscmd.tbl", "create mmsinfo.tbl",
-                  "call GetAllRecvNum", "call GetAllidTime room 1", "open mmsinfo.log", "call Read [7]",
-                  "create mmsinfo.tbl", "create mmsinfo.log", "find mms_Sync_GetAllRecvNum",
-                  "find mms_Sync_getAllidTime", "call GetAllRecvNum", "call GetAllidTime room 1"));
+  EXPECT_THAT(events.Take(),
+              ElementsAre("open qvSyncAnchor.ini", "open qvSyncAnchor.ini", "create qvSyncAnchor.ini",
+                          "find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "create mmsinfo.tbl",
+                          "create mmscmd.tbl", "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime",
+                          "find mms_Sync_Read", "create mmsinfo.tbl", "call GetAllRecvNum", "call GetAllidTime room 1",
+                          "open mmsinfo.log", "call Read [7]", "create mmsinfo.log", "find mms_Sync_GetAllRecvNum",
+                          "find mms_Sync_getAllidTime", "call GetAllRecvNum", "call GetAllidTime room 1"));
 }
 
 TEST_F(MmsExportTest, FilesAreOpenedAsTheirOtherUsersExpect) {
@@ -402,17 +401,20 @@ TEST_F(MmsExportTest, AChangeListThatCannotBeWrittenCarriesNoFlag) {
   store_.Add(1);
   MakeDirectory(kMmsChanges);
   EXPECT_EQ(ExportChanges().code, 0x10000100u);
-  EXPECT_FALSE(Exists(kMmsTable)) << "the change list is made before the table";
+  EXPECT_THAT(ReadFile(kMmsTable), IsEmpty()) << "the table is made before the change list";
 }
 
-TEST_F(MmsExportTest, AMissingEntryPointLeavesTheTableAlone) {
+TEST_F(MmsExportTest, AMissingEntryPointLeavesEmptyFiles) {
   for (const auto address : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
     for (const auto* name : {u"mms_Sync_GetAllRecvNum", u"mms_Sync_getAllidTime", u"mms_Sync_Read"}) {
       const ScriptedMmsStore lacking({name}, address);
+      WriteText(kMmsTable, "of an earlier run");
+      WriteText(kMmsChanges, "of an earlier run");
       EXPECT_EQ(Export(12, 1).code, 0x10000002u);
+      EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
       EXPECT_EQ(ExportChanges().code, 0x10000002u);
-      EXPECT_FALSE(Exists(kMmsTable));
-      EXPECT_FALSE(Exists(kMmsChanges));
+      EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
+      EXPECT_THAT(ReadFile(kMmsChanges), IsEmpty());
       EXPECT_TRUE(Exists(kMmsConfig));
     }
   }
