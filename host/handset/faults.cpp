@@ -17,7 +17,7 @@ namespace {
 // clang-format off
 constexpr std::string_view kFallible[] = {
     "CreateFileW", "ReadFile", "WriteFile", "GetFileSize", "DeleteFileW", "FindFirstFileW", "FindNextFileW", "GetDiskFreeSpaceExW",
-    "LoadLibraryW", "GetProcAddressW", "SystemTimeToFileTime",
+    "LoadLibraryW", "GetProcAddressW", "SystemTimeToFileTime", "FileTimeToSystemTime",
     "FindWindowW", "PostMessageW", "CreateSemaphoreW", "SetSystemMemoryDivision",
     "malloc", "realloc",
     "wcstombs", "mbstowcs"};

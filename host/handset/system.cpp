@@ -56,6 +56,8 @@ coredll::SYSTEMTIME HostLocalTime() {
           word(local.tm_hour),        word(local.tm_min),     word(local.tm_sec),  word(now.tv_nsec / 1'000'000)};
 }
 
+constexpr std::uint64_t kTicksPerMillisecond = 10'000;
+
 // 100 ns since 1601, for a time that there is and that a FILETIME can hold.
 std::optional<std::uint64_t> FileTimeTicks(const coredll::SYSTEMTIME& time) {
   using namespace std::chrono;
@@ -66,8 +68,21 @@ std::optional<std::uint64_t> FileTimeTicks(const coredll::SYSTEMTIME& time) {
   if (time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 || time.wMilliseconds > 999) return std::nullopt;
   const auto since_1601 = sys_days(date) - sys_days(year(kFirstYear) / January / 1) + hours(time.wHour) +
                           minutes(time.wMinute) + seconds(time.wSecond) + milliseconds(time.wMilliseconds);
-  constexpr std::uint64_t kTicksPerMillisecond = 10'000;
   return static_cast<std::uint64_t>(duration_cast<milliseconds>(since_1601).count()) * kTicksPerMillisecond;
+}
+
+coredll::SYSTEMTIME FromFileTimeTicks(std::uint64_t ticks) {
+  using namespace std::chrono;
+  const auto passed = milliseconds(static_cast<std::int64_t>(ticks / kTicksPerMillisecond));
+  const auto days_passed = floor<days>(passed);
+  const sys_days day = sys_days(year(1601) / January / 1) + days_passed;
+  const year_month_day date(day);
+  const hh_mm_ss clock(passed - days_passed);
+  const auto word = [](auto value) { return static_cast<std::uint16_t>(value); };
+  return {word(static_cast<int>(date.year())), word(static_cast<unsigned>(date.month())),
+          word(weekday(day).c_encoding()),     word(static_cast<unsigned>(date.day())),
+          word(clock.hours().count()),         word(clock.minutes().count()),
+          word(clock.seconds().count()),       word(clock.subseconds().count())};
 }
 
 // A date that there is not keeps the day of the week it was given with.
@@ -134,6 +149,16 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* file_time) {
     const std::optional<std::uint64_t> ticks = FileTimeTicks(*time);
     if (!ticks) return Fail(Error::kInvalidParameter, kFalse);
     *file_time = {static_cast<DWORD>(*ticks), static_cast<DWORD>(*ticks >> 32)};
+    return kTrue;
+  });
+}
+
+BOOL FileTimeToSystemTime(const FILETIME* file_time, SYSTEMTIME* time) {
+  return PlatformCall({"FileTimeToSystemTime", {}, 0}, kFalse, [&] {
+    const std::uint64_t ticks = std::uint64_t{file_time->dwHighDateTime} << 32 | file_time->dwLowDateTime;
+    // The platform takes the highest bit for a sign.
+    if (ticks >> 63 != 0) return Fail(Error::kInvalidParameter, kFalse);
+    *time = FromFileTimeTicks(ticks);
     return kTrue;
   });
 }

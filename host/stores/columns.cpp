@@ -12,12 +12,24 @@ namespace {
 using qv::layout::Form;
 using qv::layout::Slot;
 
-enum class Kind { kNumber, kText, kBytes };
+enum class Kind { kNumber, kTime, kText, kBytes };
 
 Kind KindOf(const Slot& slot) {
   if (qv::layout::IsNumeric(slot.form)) return Kind::kNumber;
+  if (slot.form == Form::kFileTime) return Kind::kTime;
   const bool is_text = slot.form == Form::kText || slot.form == Form::kRawText || slot.form == Form::kTimeText;
   return is_text ? Kind::kText : Kind::kBytes;
+}
+
+/// A FILETIME as one number.
+std::int64_t LoadTime(const Slot& slot, const std::uint8_t* record) {
+  std::int64_t time = 0;
+  std::memcpy(&time, record + slot.offset, sizeof(time));
+  return time;
+}
+
+void StoreTime(std::int64_t time, const Slot& slot, std::uint8_t* record) {
+  std::memcpy(record + slot.offset, &time, sizeof(time));
 }
 
 std::span<const std::uint8_t> WithoutTrailingZeros(const Slot& slot, const std::uint8_t* record) {
@@ -73,7 +85,8 @@ std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
 
 std::string TypeOf(const Column& column) {
   switch (KindOf(column.slot)) {
-    case Kind::kNumber: return "INTEGER NOT NULL DEFAULT 0";
+    case Kind::kNumber:
+    case Kind::kTime: return "INTEGER NOT NULL DEFAULT 0";
     case Kind::kText: return "TEXT NOT NULL DEFAULT ''";
     case Kind::kBytes: break;
   }
@@ -83,6 +96,7 @@ std::string TypeOf(const Column& column) {
 void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   switch (KindOf(slot)) {
     case Kind::kNumber: return query.Bind(parameter, std::int64_t{qv::layout::LoadSlot(slot, record)});
+    case Kind::kTime: return query.Bind(parameter, LoadTime(slot, record));
     case Kind::kText: return BindText(slot, record, query, parameter);
     case Kind::kBytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
   }
@@ -91,6 +105,8 @@ void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int 
 void ReadColumn(const Query& query, int column, const Slot& slot, std::uint8_t* record) {
   if (KindOf(slot) == Kind::kNumber) {
     qv::layout::StoreSlot(slot, record, static_cast<std::uint32_t>(query.Number(column)));
+  } else if (KindOf(slot) == Kind::kTime) {
+    StoreTime(query.Number(column), slot, record);
   } else if (KindOf(slot) == Kind::kText && !query.IsBlob(column)) {
     PutText(handset::Utf16(query.Text(column)), slot, record);
   } else {

@@ -20,11 +20,24 @@ struct Operations {
   RecoverFunction* recover_data;
 };
 
-template <typename Handler>
+/// A module whose handler is made for one call, within which its store stays loaded.
+template <const ModuleNames& names, typename Handler, const auto&... facts>
 constexpr Operations kHandledBy = {
-    [](SyncMode& mode, char16_t* anchor, const void* directory) { return Handler().Export(mode, anchor, directory); },
-    [](SyncMode mode, char16_t* anchor, const void* directory) { return Handler().Recover(mode, anchor, directory); },
+    [](SyncMode& mode, char16_t* anchor, const void* directory) {
+      ModuleCall call(names);
+      if (const Result begun = call.Begin(directory); IsFailure(begun)) return begun;
+      return Handler(facts..., call).Export(mode, anchor);
+    },
+    [](SyncMode mode, char16_t* anchor, const void* directory) {
+      ModuleCall call(names);
+      if (const Result begun = call.Begin(directory); IsFailure(begun)) return begun;
+      return Handler(facts..., call).Recover(mode, anchor);
+    },
 };
+
+/// A module that is its facts.
+template <const ModuleFacts& facts>
+constexpr Operations kPlain = kHandledBy<facts.names, PlainHandler, facts>;
 
 /// A module that this build lacks answers like one whose store library does not load.
 template <Result not_loaded>
@@ -35,18 +48,18 @@ constexpr Operations kNotBuilt = {
 
 /// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
 constexpr Operations kOperations[] = {
-    kHandledBy<contacts::ContactsHandler>,
-    kHandledBy<schedule::ScheduleHandler>,
+    kHandledBy<contacts::kNames, contacts::ContactsHandler>,
+    kPlain<schedule::kFacts>,
     kNotBuilt<Result::kOk>,              // tasks
     kNotBuilt<Result::kStoreNotLoaded>,  // agenda
     kNotBuilt<Result::kStoreNotLoaded>,  // unified mail
     kNotBuilt<Result::kOk>,              // e-mail database
     kNotBuilt<Result::kStoreNotLoaded>,  // card reader
-    kHandledBy<sms::SmsHandler>,
-    kHandledBy<call_history::CallHistoryHandler>,
+    kHandledBy<sms::kNames, sms::SmsHandler>,
+    kPlain<call_history::kFacts>,
     kNotBuilt<Result::kStoreNotLoaded>,  // quick dial
     kNotBuilt<Result::kStoreNotLoaded>,  // call filter
-    kHandledBy<mms::MmsHandler>,
+    kHandledBy<mms::kNames, mms::MmsHandler>,
     kNotBuilt<Result::kStoreNotLoaded>,  // graphic memo
     kNotBuilt<Result::kStoreNotLoaded>,  // personal settings
     kNotBuilt<Result::kStoreNotLoaded>,  // browser settings

@@ -23,6 +23,10 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
     StoreSlot(to, target, from.form == Form::kTruth ? value != 0 : value);
   } else if (from.form == Form::kTimeText) {
     PutTimeNumbers(ParseTimeText(source + from.offset), target + to.offset);
+  } else if (from.form == Form::kFileTime) {
+    PutFileTimeNumbers(source + from.offset, target + to.offset, to.size);
+  } else if (to.form == Form::kFileTime) {
+    PutFileTime(source + from.offset, from.size, target + to.offset);
   } else if (from.form == Form::kTimeNumbers) {
     PutTimeText(LoadTimeNumbers(source + from.offset), target + to.offset);
   } else if (from.form == Form::kText) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 
+#include "layout/file_time.h"
 #include "layout/time_text.h"
 
 namespace qv::layout {
@@ -23,7 +24,8 @@ enum class Form : std::uint8_t {
   kRawText,      ///< Text whose bytes are carried as they stand, those behind the NUL included.
   kBytes,        ///< Carried as they stand.
   kTimeText,     ///< UTF-16LE, 14 digits and a NUL: year, month, day, hour, minute, second.
-  kTimeNumbers,  ///< The same six as 32-bit numbers.
+  kFileTime,     ///< A FILETIME: two words, the low one first.
+  kTimeNumbers,  ///< The same six as 32-bit numbers, or seven: the last are the milliseconds of a FILETIME.
 };
 
 struct Slot {
@@ -66,8 +68,15 @@ constexpr Slot Bytes(std::uint16_t offset, std::uint16_t size) {
 constexpr Slot TimeText(std::uint16_t offset) {
   return {Form::kTimeText, 0, 0, offset, kTimeTextSize};
 }
+constexpr Slot FileTime(std::uint16_t offset) {
+  return {Form::kFileTime, 0, 0, offset, kFileTimeSize};
+}
 constexpr Slot TimeNumbers(std::uint16_t offset) {
   return {Form::kTimeNumbers, 0, 0, offset, 4 * kTimeParts};
+}
+/// With milliseconds.
+constexpr Slot TimeOfSeven(std::uint16_t offset) {
+  return {Form::kTimeNumbers, 0, 0, offset, 4 * (kTimeParts + 1)};
 }
 constexpr Slot Unused(std::uint16_t offset, std::uint16_t size) {
   return {Form::kUnused, 0, 0, offset, size};
@@ -191,13 +200,15 @@ constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
   return true;
 }
 
-/// What is carried as it stands needs the same room on both sides, and a time text stands for six numbers.
+/// What is carried as it stands needs the same room on both sides, and times are numbers in exchange files, six for a
+/// text.
 constexpr bool SidesFit(const Field& field) {
   const Form store = field.store.form;
   const Form exchange = field.exchange.form;
   if (store == Form::kNone || exchange == Form::kNone) return true;
   if (store == Form::kBytes || store == Form::kRawText) return field.store.size == field.exchange.size;
-  return (store == Form::kTimeText) == (exchange == Form::kTimeNumbers);
+  if (store == Form::kTimeText && field.exchange.size != 4 * kTimeParts) return false;
+  return (store == Form::kTimeText || store == Form::kFileTime) == (exchange == Form::kTimeNumbers);
 }
 
 constexpr bool IsFull(std::span<const std::uint8_t> claimed) {

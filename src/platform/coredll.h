@@ -92,6 +92,8 @@ BOOL GetDiskFreeSpaceExW(const char16_t* directory, ULARGE_INTEGER* free_to_call
 void GetLocalTime(SYSTEMTIME* now) COREDLL("GetLocalTime");
 /// 0 for a time that does not exist; `file_time` is then left alone. The day of the week is not looked at.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* file_time) COREDLL("SystemTimeToFileTime");
+/// 0 for a time that no date can tell; `time` is then left alone.
+BOOL FileTimeToSystemTime(const FILETIME* file_time, SYSTEMTIME* time) COREDLL("FileTimeToSystemTime");
 /// Milliseconds since some moment; wraps around.
 DWORD GetTickCount() COREDLL("GetTickCount");
 

@@ -52,6 +52,7 @@ class List {
   }
 
   void Clear() { size_ = 0; }
+  void Zero() { std::fill(begin(), end(), T{}); }
 
   std::span<const T> items() const { return {items_, size_}; }
   T* data() { return items_; }

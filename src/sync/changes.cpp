@@ -6,16 +6,8 @@
 namespace qv {
 
 Result Snapshot::Load(const char16_t* path) {
-  using Reader = EntryReader<SnapshotEntry>;
-  File file = File::OpenExisting(path);
-  if (!file.IsOpen()) return Result::kFileFailed;
-  Reader reader(file);
-  SnapshotEntry entry;
-  Reader::Outcome outcome;
-  while ((outcome = reader.Next(entry)) == Reader::Outcome::kEntry) {
-    if (!Append(entry)) return Result::kNoMemory;
-  }
-  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
+  return ForEachEntry<SnapshotEntry>(
+      path, [&](const SnapshotEntry& entry) { return Append(entry) ? Result::kOk : Result::kNoMemory; });
 }
 
 Result CompareWithSnapshot(std::uint32_t table, SyncInfoList& current, const Snapshot& snapshot,

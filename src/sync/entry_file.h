@@ -5,9 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <type_traits>
 
 #include "platform/file.h"
+#include "sync/result.h"
 
 namespace qv {
 
@@ -68,6 +70,32 @@ class EntryReader : EntryBuffer<Entry> {
   std::size_t count_ = 0;
   std::size_t next_ = 0;
 };
+
+/// Hands each entry of a file to `take`, which answers a Result, until one fails. kFileFailed when there is no file,
+/// kFileUnreadable, or what `take` answers.
+template <typename Entry, typename Take>
+Result ForEachEntry(const char16_t* path, Take take) {
+  using Reader = EntryReader<Entry>;
+  File file = File::OpenExisting(path);
+  if (!file.IsOpen()) return Result::kFileFailed;
+  Reader reader(file);
+  Entry entry;
+  typename Reader::Outcome outcome;
+  while ((outcome = reader.Next(entry)) == Reader::Outcome::kEntry) {
+    if (const Result taken = take(entry); IsFailure(taken)) return taken;
+  }
+  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
+}
+
+/// Writes a file of these entries. kFileFailed.
+template <typename Entries>
+Result WriteEntries(File& file, const Entries& entries) {
+  EntryWriter<std::remove_cvref_t<decltype(*std::begin(entries))>> writer(file);
+  for (const auto& entry : entries) {
+    if (!writer.Append(entry)) return Result::kFileFailed;
+  }
+  return writer.Flush() ? Result::kOk : Result::kFileFailed;
+}
 
 }  // namespace qv
 

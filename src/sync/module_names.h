@@ -30,6 +30,9 @@ struct ModuleNames {
   /// By table number, in the order in which an export creates them and a recover deletes them. Those with a snapshot
   /// log come first.
   std::span<const TableNames> tables;
+  // What the store's session is begun and ended with; null for a store that has none.
+  const char16_t* initialize = nullptr;
+  const char16_t* uninitialize = nullptr;
 };
 
 }  // namespace qv

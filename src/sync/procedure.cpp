@@ -1,109 +1,168 @@
-// The shared steps of export and recover.
+// Export and recover, step by step.
 #include "sync/procedure.h"
 
+#include "sync/entry_file.h"
+
 namespace qv {
+namespace {
 
-Result ExportFiles::Create(const ExchangeDirectory& directory, const ModuleNames& names, SyncMode mode) {
-  for (const TableNames& table : names.tables) {
-    if (!File::CreateAlways(directory / table.exchange_file).IsOpen()) return Result::kFileFailed;
+/// Record ids to delete, by table.
+using Deletions = List<std::uint32_t>[2];
+
+/// Deletes records, each table's in one call, which is not made for none.
+Result DeleteRecords(const Library& store, const EntryPoint& erase, const Deletions& deletions) {
+  StoreFunction function;
+  if (!function.LookUp(store, erase)) return Result::kEntryPointMissing;
+  std::uint32_t table = 0;
+  for (const List<std::uint32_t>& ids : deletions) {
+    const auto count = static_cast<std::uint32_t>(ids.size());
+    if (count != 0 && !function({.table = table, .count = count, .ids = ids.data()})) return Result::kDeleteFailed;
+    ++table;
   }
+  return Result::kOk;
+}
+
+/// The change as it counts, its table put right.
+ChangeRecord AsItCounts(ChangeRecord change, TablesOfChanges tables) {
+  const bool deletes = change.operation == Operation::kDeleted;
+  switch (tables) {
+    case TablesOfChanges::kOnlyOne: change.table = kMainTable; break;
+    case TablesOfChanges::kOnlyOneToDelete:
+      if (deletes) change.table = kMainTable;
+      break;
+    case TablesOfChanges::kLowByteToDelete:
+      if (deletes) change.table = (change.table & 0xFF) == 0 ? kMainTable : kGroupTable;
+      break;
+    case TablesOfChanges::kNamed: break;
+  }
+  return change;
+}
+
+}  // namespace
+
+void Procedure::BeginExport(SyncMode& mode, char16_t* anchor) {
+  call_.CheckAndMoveAnchor(mode, anchor);
+  if (facts_.deletes_table_first) call_.Delete(main_.names().exchange_file);
+}
+
+Result Procedure::Export(SyncMode mode) {
+  if (const Result exported = ExportTables(mode); IsFailure(exported)) return exported;
+  return WriteSnapshots(mode);
+}
+
+Result Procedure::CreateFiles(SyncMode mode, File& change_list) {
+  if (facts_.creates_tables_first) {
+    for (const TableNames& table : facts_.names.tables) {
+      if (!File::CreateAlways(call_.PathOf(table.exchange_file)).IsOpen()) return Result::kFileFailed;
+    }
+  }
+  if (facts_.looks_up_first && !main_.LookUp(RecordTable::Use::kListAndRead)) return Result::kEntryPointMissing;
   if (mode != SyncMode::kIncremental) return Result::kOk;
-  change_list_ = File::CreateAlways(directory / names.change_list);
-  return change_list_.IsOpen() ? Result::kOk : Result::kFileFailed;
+  change_list = File::CreateAlways(call_.PathOf(facts_.names.change_list));
+  return change_list.IsOpen() ? Result::kOk : Result::kFileFailed;
 }
 
-Result ListRecords(StoreTable& table, SyncInfoList& info) {
-  std::uint32_t count = 0;
-  if (const Result counted = table.Count(&count); counted != Result::kOk) return counted;
-  if (count == 0) return table.EmptyResult();
-  if (!info.Resize(count, table.form())) return Result::kNoMemory;
-  if (const Result listed = table.GetSyncInfo(&count, info.data()); listed != Result::kOk) return listed;
-  info.Take(count);
+Result Procedure::ExportTables(SyncMode mode) {
+  File change_list;
+  if (const Result created = CreateFiles(mode, change_list); IsFailure(created)) return created;
+  File* const changes = change_list.IsOpen() ? &change_list : nullptr;
+  if (const Result exported = ExportOne(main_, changes); IsFailure(exported)) return exported;
+  return groups_ != nullptr ? ExportOne(*groups_, changes) : Result::kOk;
+}
+
+Result Procedure::ExportOne(RecordTable& table, File* change_list) {
+  const bool found = facts_.looks_up_first || table.LookUp(RecordTable::Use::kListAndRead);
+  const Result exported =
+      found ? ExportTable(table, call_.PathOf(table.names().exchange_file), change_list) : Result::kEntryPointMissing;
+  return IsFailure(exported) ? exported | table.facts().exported : Result::kOk;
+}
+
+Result Procedure::WriteSnapshots(SyncMode mode) {
+  if (!IsRemembered(mode)) return Result::kOk;
+  if (const Result written = WriteSnapshotOf(main_); IsFailure(written)) return written;
+  return groups_ != nullptr ? WriteSnapshotOf(*groups_) : Result::kOk;
+}
+
+Result Procedure::WriteSnapshotOf(RecordTable& table) {
+  const Result written = WriteSnapshot(table);
+  return IsFailure(written) ? written | StepFlag::kSnapshotWritten : Result::kOk;
+}
+
+Result Procedure::Recover(SyncMode mode) {
+  if (const Result emptied = EmptyStore(mode); IsFailure(emptied)) return emptied;
+  if (const Result applied = ApplyTables(mode); IsFailure(applied)) return applied;
+  return Finish(mode);
+}
+
+Result Procedure::EmptyStore(SyncMode mode) {
+  if (!IsEmptied(facts_.emptied_by, mode)) return Result::kOk;
+  StoreFunction erase_all;
+  if (!erase_all.LookUp(call_.store(), facts_.erase_all)) return Result::kEntryPointMissing;
+  return erase_all({}) ? Result::kOk : Result::kWipeFailed;
+}
+
+Result Procedure::ApplyTables(SyncMode mode) {
+  const bool incremental = mode == SyncMode::kIncremental;
+  if (incremental) {
+    if (const Result applied = ApplyChangeList(); IsFailure(applied)) return applied | StepFlag::kChangeListApplied;
+  }
+  const Applying applying = {incremental ? ApplyForm::kInsertOrUpdate : ApplyForm::kInsertOnly, changes_, id_map_};
+  if (groups_ != nullptr) {
+    if (const Result applied = ApplyOne(*groups_, applying); IsFailure(applied)) return applied;
+  }
+  if (const Result applied = ApplyOne(main_, applying); IsFailure(applied)) return applied;
+  if (incremental) call_.Delete(facts_.consumed_change_list);
   return Result::kOk;
 }
 
-Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info) {
-  if (change_list == nullptr) {
-    info.QueueAll();
-    return Result::kOk;
-  }
-  Snapshot snapshot;
-  const Result loaded = snapshot.Load(table.names().snapshot_log);
-  if (IsFailure(loaded)) return loaded | StepFlag::kSnapshotRead;
-  EntryWriter<ChangeRecord> changes(*change_list);
-  return CompareWithSnapshot(table.number(), info, snapshot, changes);
+Result Procedure::ApplyOne(RecordTable& table, const Applying& applying) {
+  const Result applied = ApplyTable(table, call_.PathOf(table.names().exchange_file), applying);
+  if (!IsFailure(applied)) return Result::kOk;
+  return applied | (applying.form == ApplyForm::kInsertOnly ? table.facts().inserted : table.facts().applied);
 }
 
-Result WriteSnapshot(StoreTable& table) {
-  File log = File::CreateAlways(table.names().snapshot_log);
-  if (!log.IsOpen()) return Result::kFileFailed;
-  if (!table.LookUp(StoreTable::Use::kList)) return Result::kEntryPointMissing;
-  SyncInfoList info;
-  if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
-  EntryWriter<SnapshotEntry> writer(log);
-  for (const SnapshotEntry& entry : info.entries()) {
-    if (!writer.Append(entry)) return Result::kFileFailed;
-  }
-  return writer.Flush() ? Result::kOk : Result::kFileFailed;
-}
-
-Result ReadChangeList(const char16_t* path, ChangeList& changes, Deletions& deletions) {
-  return ForEachChange(path, [&](const ChangeRecord& change) {
-    if (change.operation != Operation::kDeleted) return changes.Append(change) ? Result::kOk : Result::kNoMemory;
-    if (change.table >= std::size(deletions)) return Result::kOk;
+Result Procedure::ApplyChangeList() {
+  Deletions deletions;
+  if (!changes_.Create()) return Result::kNoChangeList;
+  const auto take = [&](const ChangeRecord& read) {
+    const ChangeRecord change = AsItCounts(read, facts_.tables_of_changes);
+    if (change.operation != Operation::kDeleted) {
+      const bool passed_over = facts_.passes_over_operation_0 && change.operation == Operation::kNone;
+      return passed_over || changes_.Append(change) ? Result::kOk : Result::kNoMemory;
+    }
+    if (change.table >= facts_.tables.size()) return Result::kOk;
     return deletions[change.table].Append(change.id) ? Result::kOk : Result::kNoMemory;
-  });
+  };
+  const Result read = ForEachEntry<ChangeRecord>(call_.PathOf(facts_.names.change_list), take);
+  return IsFailure(read) ? read : DeleteRecords(call_.store(), facts_.erase, deletions);
 }
 
-Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request,
-                  bool& more) {
-  std::fill_n(record, record_size, std::uint8_t{0});
-  more = false;
-  std::size_t got = 0;
-  if (!exchange_table.Read(record, request, got)) return Result::kFileUnreadable;
-  more = got != 0;
-  return Result::kOk;
+Result Procedure::Finish(SyncMode mode) {
+  for (const TableNames& table : facts_.names.tables) call_.Delete(table.exchange_file);
+  if (!IsRemembered(mode)) return Result::kOk;
+  if (const Result written = WriteSnapshots(mode); IsFailure(written)) return written;
+  File file = File::CreateAlways(call_.PathOf(facts_.names.id_map));
+  const Result mapped = file.IsOpen() ? WriteEntries(file, id_map_) : Result::kFileFailed;
+  return IsFailure(mapped) && facts_.id_map_written != kNoFlag ? mapped | facts_.id_map_written : Result::kOk;
 }
 
-Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count) {
-  count = 0;
-  std::size_t got = 0;
-  if (!exchange_table.Read(records.data(), records.size(), got)) return Result::kFileUnreadable;
-  std::fill(records.begin() + got, records.end(), std::uint8_t{0});
-  count = (got + record_size - 1) / record_size;
-  return Result::kOk;
+PlainHandler::PlainHandler(const ModuleFacts& facts, const ModuleCall& call)
+    : call_(call),
+      main_(call.store(), kMainTable, facts.names.tables[kMainTable], facts.tables[kMainTable]),
+      procedure_(facts, call, main_, facts.tables.size() > kGroupTable ? &MakeGroups(facts) : nullptr) {}
+
+PlainTable& PlainHandler::MakeGroups(const ModuleFacts& facts) {
+  return groups_.emplace(call_.store(), kGroupTable, facts.names.tables[kGroupTable], facts.tables[kGroupTable]);
 }
 
-Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
-                 std::uint8_t* store) {
-  for (const layout::ItemRun& run : layout.items) {
-    if (ItemCount(run, exchange) > run.slots) return Result::kFileUnreadable;
-  }
-  for (const layout::ItemRun& run : layout.items) {
-    const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item.size};
-    std::size_t got = 0;
-    if (!exchange_table.Read(store + run.store_offset, size, got) || got < size) return Result::kFileUnreadable;
-  }
-  return Result::kOk;
+Result PlainHandler::Export(SyncMode& mode, char16_t* anchor) {
+  procedure_.BeginExport(mode, anchor);
+  return procedure_.Export(mode);
 }
 
-bool WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
-                const std::uint8_t* store) {
-  for (const layout::ItemRun& run : layout.items) {
-    const std::size_t size = ItemCount(run, exchange) * std::size_t{run.item.size};
-    if (!exchange_table.Write(store + run.store_offset, size)) return false;
-  }
-  return true;
-}
-
-Result WriteIdMap(const char16_t* path, const IdMap& map) {
-  File file = File::CreateAlways(path);
-  if (!file.IsOpen()) return Result::kFileFailed;
-  EntryWriter<IdMapEntry> writer(file);
-  for (const IdMapEntry& entry : map) {
-    if (!writer.Append(entry)) return Result::kFileFailed;
-  }
-  return writer.Flush() ? Result::kOk : Result::kFileFailed;
+Result PlainHandler::Recover(SyncMode mode, char16_t* anchor) {
+  call_.MoveAnchor(mode, anchor);
+  return procedure_.Recover(mode);
 }
 
 }  // namespace qv

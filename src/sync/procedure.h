@@ -1,143 +1,147 @@
-// The steps that record modules share. A module's Export and Recover compose them, and name their own files, flags and
-// departures where they happen.
+// The procedure of the record modules, for one table or two: export and recover as named steps, which a module's facts
+// steer. A module with steps of its own composes these around them; a module without any is its facts.
 #ifndef QV_SYNC_PROCEDURE_H
 #define QV_SYNC_PROCEDURE_H
 
-#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 
-#include "platform/file.h"
-#include "platform/library.h"
-#include "sync/changes.h"
-#include "sync/entry_file.h"
-#include "sync/exchange_directory.h"
 #include "sync/file_forms.h"
+#include "sync/module_call.h"
 #include "sync/module_names.h"
+#include "sync/record_table.h"
 #include "sync/result.h"
+#include "sync/result_words.h"
+#include "sync/store_function.h"
 #include "sync/sync_mode.h"
 
 namespace qv {
 
-/// One table of a module's store, as the steps that list it see it.
-class StoreTable {
- public:
-  enum class Use : std::uint8_t { kList, kListAndRead };
-
-  StoreTable(std::uint32_t number, const TableNames& names, const SyncInfoForm& form)
-      : number_(number), names_(names), form_(form) {}
-
-  std::uint32_t number() const { return number_; }
-  const TableNames& names() const { return names_; }
-  const SyncInfoForm& form() const { return form_; }
-  /// What an empty table is answered with.
-  Result EmptyResult() const { return number_ == kMainTable ? Result::kTable0Empty : Result::kTable1Empty; }
-
-  /// Looks up the entry points that the step about to begin needs: those that count and list records, and for an export
-  /// the one that reads them. False when one is missing.
-  [[nodiscard]] virtual bool LookUp(Use use) = 0;
-  /// Sets *count to the records that the list must have room for, 0 for an empty table. kCountFailed.
-  virtual Result Count(std::uint32_t* count) = 0;
-  /// Fills `entries`, which has room for *count of them, and sets *count to the records there are. kSyncInfoFailed;
-  /// EmptyResult from a store for which a list of none is an empty table.
-  virtual Result GetSyncInfo(std::uint32_t* count, void* entries) = 0;
-
- protected:
-  ~StoreTable() = default;
-
- private:
-  std::uint32_t number_;
-  const TableNames& names_;
-  const SyncInfoForm& form_;
+/// Which recovers empty the store before they apply the tables.
+enum class EmptiedBy : std::uint8_t {
+  kReplace,       ///< SyncMode::kReplace.
+  kAllButAdding,  ///< All but kIncremental and kLocalRecover.
 };
 
-/// What an export begins with: the module's tables, created empty so that a run that fails later leaves none of an
-/// earlier one, and in an incremental run its change list.
-class ExportFiles {
- public:
-  /// kFileFailed.
-  Result Create(const ExchangeDirectory& directory, const ModuleNames& names, SyncMode mode);
-  /// Null in a run that is not incremental.
-  File* ChangeList() { return change_list_.IsOpen() ? &change_list_ : nullptr; }
+constexpr bool IsEmptied(EmptiedBy emptied_by, SyncMode mode) {
+  const bool adds = mode == SyncMode::kIncremental || mode == SyncMode::kLocalRecover;
+  return emptied_by == EmptiedBy::kReplace ? mode == SyncMode::kReplace : !adds;
+}
 
- private:
-  File change_list_;
+/// What the table that an entry of a change list names is good for.
+enum class TablesOfChanges : std::uint8_t {
+  kNamed,            ///< It is the entry's table; a deletion from another than the module's is passed over.
+  kOnlyOne,          ///< Nothing: the store has one table.
+  kOnlyOneToDelete,  ///< As kOnlyOne for deletions; other entries are about the table that they name.
+  kLowByteToDelete,  ///< Of a deletion the low byte counts: 0 is the main table, anything else the groups.
 };
 
-/// Lists a table that was looked up. EmptyResult, kCountFailed, kNoMemory, kSyncInfoFailed.
-Result ListRecords(StoreTable& table, SyncInfoList& info);
+struct ModuleFacts {
+  const ModuleNames& names;
+  std::span<const RecordTableFacts> tables;  ///< Of the first tables in `names`: the main table, and the groups if any.
+  EntryPoint erase;                          ///< Deletes records.
+  EntryPoint erase_all;                      ///< Empties the store.
+  EmptiedBy emptied_by = EmptiedBy::kReplace;
 
-/// Queues the ids to export: all of them without a change list; otherwise those of the records that are new or changed
-/// since the table's snapshot, and appends the changes to the list. kFileFailed when it cannot be written, kNoMemory; a
-/// snapshot that cannot be loaded is flagged StepFlag::kSnapshotRead.
-Result QueueRecords(StoreTable& table, File* change_list, SyncInfoList& info);
+  /// An export begins by deleting the main exchange table: one that fails early leaves none.
+  bool deletes_table_first = false;
+  /// An export creates all its tables empty before it looks at the store: one that fails later leaves none of an
+  /// earlier run.
+  bool creates_tables_first = false;
+  /// An export looks the entry points up before it creates the change list.
+  bool looks_up_first = false;
 
-/// Takes ids in runs of at most `batch`, in their order. `step` is called with each run; the first failure ends it.
-template <typename Step>
-Result ForEachBatch(std::span<const std::uint32_t> ids, std::size_t batch, Step step) {
-  while (!ids.empty()) {
-    const std::size_t count = std::min(ids.size(), batch);
-    if (const Result done = step(std::span(ids.data(), count)); IsFailure(done)) return done;
-    ids = {ids.data() + count, ids.size() - count};
-  }
-  return Result::kOk;
-}
+  TablesOfChanges tables_of_changes = TablesOfChanges::kNamed;
+  bool passes_over_operation_0 = false;  ///< Of an entry of a change list; otherwise it stands before later ones.
+  const char16_t* consumed_change_list = names.change_list;  ///< What an incremental recover deletes at its end.
+  /// What an id map that cannot be written is flagged with; kNoFlag: it is not reported, the map is a kindness, and
+  /// without it the desktop asks for a full export.
+  StepFlag id_map_written = kNoFlag;
+};
 
-/// Rewrites the table's snapshot log from the store. EmptyResult, and an empty log, for an empty table;
-/// kEntryPointMissing, kFileFailed, or as ListRecords.
-Result WriteSnapshot(StoreTable& table);
+/// One run over a module's tables.
+class Procedure {
+ public:
+  /// All must outlive the procedure. `groups` is null for a module with one table.
+  Procedure(const ModuleFacts& facts, const ModuleCall& call, RecordTable& main, RecordTable* groups = nullptr)
+      : facts_(facts), call_(call), main_(main), groups_(groups) {}
 
-/// Hands each entry of a change list to `take`, until one fails. kFileFailed when there is no list, kFileUnreadable, or
-/// what `take` answers.
-template <typename Take>
-Result ForEachChange(const char16_t* path, Take take) {
-  using Reader = EntryReader<ChangeRecord>;
-  File file = File::OpenExisting(path);
-  if (!file.IsOpen()) return Result::kFileFailed;
-  Reader reader(file);
-  ChangeRecord change;
-  Reader::Outcome outcome;
-  while ((outcome = reader.Next(change)) == Reader::Outcome::kEntry) {
-    if (const Result taken = take(change); IsFailure(taken)) return taken;
-  }
-  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
-}
+  /// Checks and moves the anchor; see ModuleCall.
+  void BeginExport(SyncMode& mode, char16_t* anchor);
+  /// What follows on that, of a module without steps in between.
+  Result Export(SyncMode mode);
+  /// Creates what the facts say comes first, and in an incremental run the change list, which stays open. kFileFailed,
+  /// and with looks_up_first kEntryPointMissing.
+  Result CreateFiles(SyncMode mode, File& change_list);
+  /// CreateFiles, and writes the tables and the change list. The tables' flags.
+  Result ExportTables(SyncMode mode);
+  /// Rewrites the snapshot logs in a run that is remembered. StepFlag::kSnapshotWritten.
+  Result WriteSnapshots(SyncMode mode);
 
-/// Record ids to delete, by table.
-using Deletions = List<std::uint32_t>[2];
+  /// All of a recover behind the anchor, of a module without steps in between.
+  Result Recover(SyncMode mode);
+  /// Deletes all that the store holds, in the modes that begin so. kEntryPointMissing, kWipeFailed.
+  Result EmptyStore(SyncMode mode);
+  /// Applies the tables, groups first: the main records are pointed at the ids that these receive. An incremental run
+  /// applies the change list's deletions before and deletes the list behind. StepFlag::kChangeListApplied, and the
+  /// tables' flags.
+  Result ApplyTables(SyncMode mode);
+  /// Which handset id each record received so far.
+  IdMap& id_map() { return id_map_; }
+  /// Deletes the exchange tables, rewrites the snapshot logs and writes the id map.
+  Result Finish(SyncMode mode);
 
-/// Reads a change list: deletions of the two tables go to `deletions`, all that is not a deletion to `changes`.
-/// kFileFailed when there is none, kFileUnreadable, kNoMemory.
-Result ReadChangeList(const char16_t* path, ChangeList& changes, Deletions& deletions);
+ private:
+  Result ExportOne(RecordTable& table, File* change_list);
+  Result WriteSnapshotOf(RecordTable& table);
+  Result ApplyOne(RecordTable& table, const Applying& applying);
+  Result ApplyChangeList();
 
-/// How a table from the desktop is applied.
-enum class ApplyForm : std::uint8_t { kInsertOnly, kInsertOrUpdate };
+  const ModuleFacts& facts_;
+  const ModuleCall& call_;
+  RecordTable& main_;
+  RecordTable* groups_;
+  ChangeList changes_;
+  IdMap id_map_;
+};
 
-/// What is to be done with a record of an exchange table: kNew, kModified, or anything else to pass it over.
-inline Operation WantedOperation(ApplyForm form, const ChangeList& changes, std::uint32_t table, std::uint32_t id) {
-  return form == ApplyForm::kInsertOnly ? Operation::kNew : changes.Lookup(table, id);
-}
+/// The handler of a module that is its facts.
+class PlainHandler {
+ public:
+  PlainHandler(const ModuleFacts& facts, const ModuleCall& call);
 
-/// Reads the fixed part of the next record: the first bytes of a request of `request` bytes, at least record_size. What
-/// the end of the file cuts off reads as zero. `more` is false at the end, and after a failure: kFileUnreadable.
-Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request, bool& more);
+  // As every module's, within a call that has begun: see entry/dispatch.h. Results are told in words in the module's
+  // StepWords; those without a flag are kFileFailed of an export and kEntryPointMissing and kWipeFailed of a recover.
+  Result Export(SyncMode& mode, char16_t* anchor);
+  Result Recover(SyncMode mode, char16_t* anchor);
 
-/// Reads the next records of a table whose records are all fixed parts: as many as `records` has room for, which
-/// receives them; what the end of the file cuts off reads as zero. `count` is 0 at the end. kFileUnreadable.
-Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count);
+ private:
+  PlainTable& MakeGroups(const ModuleFacts& facts);
 
-/// Reads the items that follow a fixed part into the slots of its store record. kFileUnreadable also when the counts
-/// exceed the slots or the file ends before the last item: nothing of such a record may be applied.
-Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
-                 std::uint8_t* store);
+  const ModuleCall& call_;
+  PlainTable main_;
+  std::optional<PlainTable> groups_;
+  Procedure procedure_;
+};
 
-/// Writes the items of a record whose fixed part was written, one write for each run. False when the file cannot take
-/// them.
-[[nodiscard]] bool WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
-                              const std::uint8_t* store);
+// What a module with one table, and no groups, flags.
 
-/// Writes the id map file. kFileFailed.
-Result WriteIdMap(const char16_t* path, const IdMap& map);
+/// A recover applies the one table under this flag in every mode.
+inline constexpr StepFlag kTableApplied{0x3000000};
+
+inline constexpr StepWords kFlaggedTableStepWords[] = {
+    {Direction::kExport, Modes::kAny, StepFlag::kTable0Exported, "writing the records"},
+    {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the snapshot log"},
+    {Direction::kExport, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot log"},
+    {Direction::kRecover, Modes::kIncremental, StepFlag::kChangeListApplied, "applying the change list's deletions"},
+    {Direction::kRecover, Modes::kAny, kTableApplied, "applying the records"},
+    {Direction::kRecover, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot log"},
+};
+
+/// Of a module whose table is written without a flag.
+inline constexpr std::span<const StepWords> kUnflaggedTableStepWords =
+    std::span<const StepWords>(kFlaggedTableStepWords).subspan(1);
 
 }  // namespace qv
 

@@ -1,78 +1,138 @@
 // The steps on one table, by its facts.
 #include "sync/record_table.h"
 
-#include <algorithm>
+#include "sync/changes.h"
+#include "sync/entry_file.h"
+#include "sync/exchange_table.h"
 
 namespace qv {
+namespace {
 
-bool RecordTable::LookUp(Use use) {
-  if (!count_.LookUp(store_, facts_.count) || !list_.LookUp(store_, facts_.list)) return false;
-  return use == Use::kList || read_.LookUp(store_, facts_.read);
+bool Exists(const layout::Slot& slot) {
+  return slot.form != layout::Form::kNone;
 }
 
-Result RecordTable::Count(std::uint32_t* count) {
-  *count = count_({.table = number()});
+bool IsStatus(const EntryPoint& count) {
+  return std::find(count.arguments.begin(), count.arguments.end(), Argument::kCountPlace) != count.arguments.end();
+}
+
+}  // namespace
+
+bool RecordTable::LookUp(Use use) {
+  if (IsCounted() && !count_.LookUp(store_, facts_.calls.count)) return false;
+  if (!list_.LookUp(store_, facts_.calls.list)) return false;
+  return use == Use::kList || read_.LookUp(store_, facts_.calls.read);
+}
+
+bool RecordTable::LookUpForApplying(ApplyForm form) {
+  if (!insert_.LookUp(store_, facts_.calls.insert)) return false;
+  if (form == ApplyForm::kInsertOnly) return true;
+  return LookUpUpdate() &&
+         (facts_.needed_for_changes == nullptr || store_.Resolve<void()>(facts_.needed_for_changes) != nullptr);
+}
+
+Result RecordTable::Count(std::uint32_t& count) const {
+  if (!IsCounted()) {
+    count = facts_.uncounted_room;
+  } else if (!IsStatus(facts_.calls.count)) {
+    count = count_.Answer({.table = number_});
+  } else {
+    count = 0;
+    if (!count_({.table = number_, .count_place = &count})) return Result::kCountFailed;
+  }
   return Result::kOk;
 }
 
-Result RecordTable::GetSyncInfo(std::uint32_t* count, void* entries) {
-  const bool listed = list_({.table = number(), .count_place = count, .entries = entries}) == 0;
-  return listed ? Result::kOk : Result::kSyncInfoFailed;
+Result RecordTable::ListRecords(SyncInfoList& info) {
+  const auto is_none = [&](std::uint32_t number) {
+    return number == 0 || (facts_.counts_are_signed && static_cast<std::int32_t>(number) < 0);
+  };
+  std::uint32_t count = 0;
+  if (const Result counted = Count(count); counted != Result::kOk) return counted;
+  if (is_none(count)) return EmptyResult();
+  if (!info.Resize(count, facts_.sync_info)) return Result::kNoMemory;
+  if (!list_({.table = number_, .count_place = &count, .entries = info.data()})) return Result::kSyncInfoFailed;
+  const bool listed_none = is_none(count);
+  info.Take(listed_none ? 0 : count);
+  return listed_none && facts_.is_empty_when_unlisted ? EmptyResult() : Result::kOk;
 }
 
 bool RecordTable::Read(std::span<const std::uint32_t> ids, void* records) const {
   const auto count = static_cast<std::uint32_t>(ids.size());
-  return read_({.table = number(), .count = count, .ids = ids.data(), .records = records}) == 0;
+  return read_({.table = number_, .count = count, .ids = ids.data(), .records = records});
 }
 
 Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, const char16_t* path, File& exchange_table) {
-  const layout::RecordLayout& layout = *names().layout;
+  const layout::RecordLayout& layout = *names_.layout;
   const std::size_t batch = facts_.read_batch != 0 ? facts_.read_batch : ids.size();
   List<std::uint8_t> records;
   if (!records.Resize(std::max<std::size_t>(batch, facts_.read_room), layout.store_size)) return Result::kNoMemory;
-  std::fill(records.begin(), records.end(), std::uint8_t{0});
-  if (!exchange_record_.Resize(layout.exchange_size)) return Result::kNoMemory;
+  records.Zero();
+  if (!exchange_records_.Resize(layout.exchange_size)) return Result::kNoMemory;
   return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
     if (!Read(run, records.data())) return Result::kReadFailed;
     if (!exchange_table.IsOpen()) exchange_table = File::CreateAlways(path);
-    if (!exchange_table.IsOpen()) return Result::kFileFailed | facts_.table_written;
+    if (!exchange_table.IsOpen()) return Result::kFileFailed | facts_.written;
     for (std::size_t i = 0; i < run.size(); ++i) {
       const std::uint8_t* const record = records.data() + i * layout.store_size;
-      if (!WriteRecord(exchange_table, run[i], record)) return Result::kFileFailed | facts_.table_written;
+      if (!WriteRecord(exchange_table, run[i], record)) return Result::kFileFailed | facts_.written;
     }
     return Result::kOk;
   });
 }
 
 bool RecordTable::WriteRecord(File& exchange_table, std::uint32_t id, const std::uint8_t* record) {
-  const layout::RecordLayout& layout = *names().layout;
-  std::uint8_t* const exchange = exchange_record_.data();
+  const layout::RecordLayout& layout = *names_.layout;
+  std::uint8_t* const exchange = exchange_records_.data();
   if (facts_.to_exchange != nullptr) {
     facts_.to_exchange(record, exchange);
   } else {
     layout::ToExchange(layout, record, exchange);
   }
-  if (facts_.listed_id.form != layout::Form::kNone) layout::StoreSlot(facts_.listed_id, exchange, id);
+  if (Exists(facts_.listed_id)) layout::StoreSlot(facts_.listed_id, exchange, id);
   return exchange_table.Write(exchange, layout.exchange_size) && WriteItems(exchange_table, layout, exchange, record);
 }
 
-bool RecordTable::LookUpForApplying(ApplyForm form) {
-  return insert_.LookUp(store_, facts_.insert) &&
-         (form == ApplyForm::kInsertOnly || update_.LookUp(store_, facts_.update));
+Result RecordTable::NextRecord(File& exchange_table, ApplyForm form, const std::uint8_t*& record) {
+  if (form == ApplyForm::kInsertOnly && facts_.insert_chunk != 0) return NextOfChunk(exchange_table, record);
+  // Of each request that an incremental recover reads only the first record is applied. Desktops lay such a table out
+  // so.
+  const std::size_t size = names_.layout->exchange_size;
+  const bool strides = form == ApplyForm::kInsertOrUpdate && names_.incremental_stride != 0;
+  const std::size_t request = strides ? names_.incremental_stride : size;
+  if (!exchange_records_.Resize(request)) return Result::kNoMemory;
+  bool more = false;
+  const Result read = ReadRecord(exchange_table, exchange_records_.data(), size, request, more);
+  record = more ? exchange_records_.data() : nullptr;
+  return read;
+}
+
+Result RecordTable::NextOfChunk(File& exchange_table, const std::uint8_t*& record) {
+  const std::size_t size = names_.layout->exchange_size;
+  record = nullptr;
+  if (next_of_chunk_ == exchange_records_.size()) {
+    if (has_read_chunk_ && facts_.inserts_one_chunk) return Result::kOk;
+    if (!exchange_records_.Resize(facts_.insert_chunk * size)) return Result::kNoMemory;
+    std::size_t got = 0;
+    if (!exchange_table.Read(exchange_records_.data(), exchange_records_.size(), got)) return Result::kFileUnreadable;
+    (void)exchange_records_.Resize(got - got % size);
+    has_read_chunk_ = true;
+    next_of_chunk_ = 0;
+    if (exchange_records_.empty()) return Result::kOk;
+  }
+  record = exchange_records_.data() + next_of_chunk_;
+  next_of_chunk_ += size;
+  return Result::kOk;
 }
 
 Result RecordTable::ApplyRecord(File& exchange_table, const Applying& applying, bool& more) {
-  const layout::RecordLayout& layout = *names().layout;
-  // Of each request that an incremental recover reads only the first record is applied. Desktops lay such a table out
-  // so.
-  const bool strides = applying.form == ApplyForm::kInsertOrUpdate && names().incremental_stride != 0;
-  const std::size_t request = strides ? names().incremental_stride : layout.exchange_size;
-  more = false;
-  if (!exchange_record_.Resize(request) || !store_record_.Resize(layout.store_size)) return Result::kNoMemory;
-  std::uint8_t* const exchange = exchange_record_.data();
-  std::uint8_t* const record = store_record_.data();
-  const Result read = ReadRecord(exchange_table, exchange, layout.exchange_size, request, more);
+  const layout::RecordLayout& layout = *names_.layout;
+  const std::uint8_t* exchange = nullptr;
+  const Result read = NextRecord(exchange_table, applying.form, exchange);
+  more = exchange != nullptr;
   if (!more) return read;
+  if (!store_record_.Resize(layout.store_size)) return Result::kNoMemory;
+  std::uint8_t* const record = store_record_.data();
   if (facts_.to_store != nullptr) {
     facts_.to_store(exchange, record);
   } else {
@@ -80,72 +140,91 @@ Result RecordTable::ApplyRecord(File& exchange_table, const Applying& applying, 
   }
   if (const Result items = ReadItems(exchange_table, layout, exchange, record); IsFailure(items)) return items;
   Repoint(record, applying.id_map);
-  const std::uint32_t group = facts_.group.form != layout::Form::kNone ? layout::LoadSlot(facts_.group, record) : 0;
+  const std::uint32_t group = Exists(facts_.group_argument) ? layout::LoadSlot(facts_.group_argument, record) : 0;
   return Put(applying, layout::LoadSlot(facts_.incoming_id, exchange), record, group);
 }
 
+void RecordTable::Repoint(std::uint8_t* store_record, const IdMap& id_map) const {
+  if (!Exists(facts_.group_reference)) return;
+  const std::uint32_t group = layout::LoadSlot(facts_.group_reference, store_record);
+  layout::StoreSlot(facts_.group_reference, store_record, id_map.Translate(kGroupTable, group));
+}
+
 Result RecordTable::Put(const Applying& applying, std::uint32_t id, const void* record, std::uint32_t group) {
-  switch (WantedOperation(applying.form, applying.changes, number(), id)) {
-    case Operation::kNew: {
-      std::uint32_t new_id = 0;
-      if (insert_({.table = number(), .records = record, .new_id = &new_id, .group = group}) != 0) {
-        return Result::kInsertFailed;
-      }
-      return applying.id_map.Append(number(), new_id, id) ? Result::kOk : Result::kNoMemory;
-    }
-    case Operation::kModified: {
-      const bool updated = update_({.table = number(), .id = id, .records = record, .group = group}) == 0;
-      return updated ? Result::kOk : Result::kUpdateFailed;
-    }
+  const Arguments arguments = {.table = number_, .id = id, .records = record, .group = group};
+  switch (applying.Wanted(number_, id)) {
+    case Operation::kNew: return Insert(applying, arguments);
+    case Operation::kModified: return update_(arguments) ? Result::kOk : Result::kUpdateFailed;
     default: return Result::kOk;
   }
 }
 
-Result ExportListed(RecordTable& table, const ExchangeDirectory& directory, File* change_list) {
-  const ExchangeDirectory::Path path = directory / table.names().exchange_file;
-  File exchange_table = File::CreateAlways(path);
-  if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  if (!table.KeepsTableOpen()) exchange_table.Close();
-  SyncInfoList info;
-  if (const Result listed = ListRecords(table, info); listed != Result::kOk) return listed;
-  if (const Result queued = QueueRecords(table, change_list, info); IsFailure(queued)) return queued;
-  return info.QueuedIds().empty() ? Result::kOk : table.ExportRecords(info.QueuedIds(), path, exchange_table);
+Result RecordTable::Insert(const Applying& applying, Arguments arguments) {
+  std::uint32_t new_id = 0;
+  arguments.new_id = &new_id;
+  if (!insert_(arguments)) return Result::kInsertFailed;
+  return applying.id_map.Append(number_, new_id, arguments.id) ? Result::kOk : Result::kNoMemory;
 }
 
-Result ExportTable(RecordTable& table, const ExchangeDirectory& directory, File* change_list) {
-  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
-  return ExportListed(table, directory, change_list);
-}
-
-Result DeleteRecords(const Library& store, const EntryPoint& erase, std::span<const List<std::uint32_t>> deletions) {
-  StoreFunction function;
-  if (!function.LookUp(store, erase)) return Result::kEntryPointMissing;
-  for (std::size_t table = 0; table < deletions.size(); ++table) {
-    const List<std::uint32_t>& ids = deletions[table];
-    if (ids.empty()) continue;
-    const Arguments arguments = {
-        .table = static_cast<std::uint32_t>(table), .count = static_cast<std::uint32_t>(ids.size()), .ids = ids.data()};
-    if (function(arguments) != 0) return Result::kDeleteFailed;
+Result QueueRecords(const RecordTable& table, File* change_list, SyncInfoList& info) {
+  if (change_list == nullptr) {
+    info.QueueAll();
+    return Result::kOk;
   }
-  return Result::kOk;
+  Snapshot snapshot;
+  const Result loaded = snapshot.Load(table.names().snapshot_log);
+  if (IsFailure(loaded)) return loaded | StepFlag::kSnapshotRead;
+  EntryWriter<ChangeRecord> changes(*change_list);
+  return CompareWithSnapshot(table.number(), info, snapshot, changes);
 }
 
-Result EmptyStore(const Library& store, const EntryPoint& erase_all) {
-  StoreFunction function;
-  if (!function.LookUp(store, erase_all)) return Result::kEntryPointMissing;
-  return function({}) == 0 ? Result::kOk : Result::kWipeFailed;
+Result ExportTable(RecordTable& table, const char16_t* path, File* change_list) {
+  const RecordTableFacts& facts = table.facts();
+  const TableCreated created = change_list != nullptr ? facts.created_incrementally : facts.created;
+  File exchange_table;
+  if (created == TableCreated::kFirst || created == TableCreated::kFirstAndAnew) {
+    exchange_table = File::CreateAlways(path);
+    if (!exchange_table.IsOpen()) return Result::kFileFailed;
+    if (created == TableCreated::kFirstAndAnew) exchange_table.Close();
+  }
+  const auto leave_empty = [&](Result result) {
+    const bool is_late = created == TableCreated::kWithRecords || created == TableCreated::kUnlessEmpty;
+    return !is_late || File::CreateAlways(path).IsOpen() ? result : Result::kFileFailed;
+  };
+  SyncInfoList info;
+  if (const Result listed = table.ListRecords(info); listed != Result::kOk) {
+    return IsFailure(listed) || created == TableCreated::kUnlessEmpty ? listed : leave_empty(listed);
+  }
+  if (const Result queued = QueueRecords(table, change_list, info); IsFailure(queued)) return queued;
+  if (info.QueuedIds().empty()) return leave_empty(Result::kOk);
+  const Result exported = table.ExportRecords(info.QueuedIds(), path, exchange_table);
+  const bool lacks_memory = change_list != nullptr && exported == Result::kNoMemory;
+  return lacks_memory ? facts.no_memory_for_changes : exported;
 }
 
-Result ApplyTable(RecordTable& table, const ExchangeDirectory& directory, const Applying& applying) {
-  const bool looks_up_first = table.LooksUpFirst(applying.form);
+Result ApplyTable(RecordTable& table, const char16_t* path, const Applying& applying) {
+  const bool looks_up_first = table.facts().looks_up_first && applying.form == ApplyForm::kInsertOrUpdate;
   if (looks_up_first && !table.LookUpForApplying(applying.form)) return Result::kEntryPointMissing;
-  File exchange_table = File::OpenExisting(directory / table.names().exchange_file);
-  if (!exchange_table.IsOpen()) return Result::kFileFailed;
+  File exchange_table = File::OpenExisting(path);
+  if (!exchange_table.IsOpen()) {
+    const bool may_be_missing =
+        table.facts().may_be_missing_incrementally && applying.form == ApplyForm::kInsertOrUpdate;
+    return may_be_missing ? Result::kOk : Result::kFileFailed;
+  }
   if (!looks_up_first && !table.LookUpForApplying(applying.form)) return Result::kEntryPointMissing;
   for (bool more = true; more;) {
     if (const Result applied = table.ApplyRecord(exchange_table, applying, more); IsFailure(applied)) return applied;
   }
   return Result::kOk;
+}
+
+Result WriteSnapshot(RecordTable& table) {
+  File log = File::CreateAlways(table.names().snapshot_log);
+  if (!log.IsOpen()) return Result::kFileFailed;
+  if (!table.LookUp(RecordTable::Use::kList)) return Result::kEntryPointMissing;
+  SyncInfoList info;
+  if (const Result listed = table.ListRecords(info); listed != Result::kOk) return listed;
+  return WriteEntries(log, info.entries());
 }
 
 }  // namespace qv

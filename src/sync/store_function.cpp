@@ -21,6 +21,7 @@ Word WordOf(Argument argument, const Arguments& arguments) {
     case Argument::kRecords: return AddressOf(arguments.records);
     case Argument::kNewId: return AddressOf(arguments.new_id);
     case Argument::kGroup: return arguments.group;
+    case Argument::kZero:
     case Argument::kNone: break;
   }
   return 0;
@@ -28,7 +29,7 @@ Word WordOf(Argument argument, const Arguments& arguments) {
 
 }  // namespace
 
-std::uint32_t StoreFunction::operator()(const Arguments& arguments) const {
+std::uint32_t StoreFunction::Answer(const Arguments& arguments) const {
   // Every argument is a word, also an address, so a function is told apart by the number of its arguments alone.
   static_assert(sizeof(void*) == sizeof(Word));
   Word words[EntryPoint::kMostArguments];

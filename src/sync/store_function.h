@@ -23,12 +23,20 @@ enum class Argument : std::uint8_t {
   kRecords,  ///< One record or several.
   kNewId,    ///< Where the id of an inserted record is expected.
   kGroup,    ///< The group of a record, or what the store takes in its place.
+  kZero,     ///< A word that the store has no use for yet.
+};
+
+/// The numbers that an entry point means success by.
+struct SuccessNumbers {
+  std::uint32_t least = 0;
+  std::uint32_t most = 0;
 };
 
 struct EntryPoint {
   static constexpr std::size_t kMostArguments = 4;
-  const char16_t* name;
+  const char16_t* name = nullptr;
   std::array<Argument, kMostArguments> arguments = {};
+  SuccessNumbers success = {};
 };
 
 /// What the arguments of one call are; those that the entry point does not take are not looked at.
@@ -52,10 +60,14 @@ class StoreFunction {
     function_ = store.Resolve<void()>(entry_point.name);
     return function_ != nullptr;
   }
-  bool IsThere() const { return function_ != nullptr; }
 
   /// What the store answered.
-  std::uint32_t operator()(const Arguments& arguments) const;
+  std::uint32_t Answer(const Arguments& arguments) const;
+  /// Whether it answered with success.
+  [[nodiscard]] bool operator()(const Arguments& arguments) const {
+    const std::uint32_t answer = Answer(arguments);
+    return entry_point_->success.least <= answer && answer <= entry_point_->success.most;
+  }
 
  private:
   const EntryPoint* entry_point_ = nullptr;

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "layout/bytes.h"
+#include "layout/file_time.h"
 #include "layout/time_text.h"
 #include "platform/coredll.h"
 
@@ -19,25 +20,22 @@ layout::TimeOfSix SixWords(const std::uint8_t* words) {
   return time;
 }
 
-coredll::FILETIME ToFileTime(const layout::TimeOfSix& time) {
-  const auto part = [&](std::size_t i) { return static_cast<std::uint16_t>(time[i]); };
-  const coredll::SYSTEMTIME system_time = {.wYear = part(0),
-                                           .wMonth = part(1),
-                                           .wDayOfWeek = 0,
-                                           .wDay = part(2),
-                                           .wHour = part(3),
-                                           .wMinute = part(4),
-                                           .wSecond = part(5),
-                                           .wMilliseconds = 0};
-  coredll::FILETIME file_time = {};
-  return coredll::SystemTimeToFileTime(&system_time, &file_time) != 0 ? file_time : coredll::FILETIME{};
+layout::TimeOfSix SixOfSystemTime(const std::uint8_t* system_time) {
+  constexpr std::size_t kOffsets[layout::kTimeParts] = {
+      offsetof(coredll::SYSTEMTIME, wYear),   offsetof(coredll::SYSTEMTIME, wMonth),
+      offsetof(coredll::SYSTEMTIME, wDay),    offsetof(coredll::SYSTEMTIME, wHour),
+      offsetof(coredll::SYSTEMTIME, wMinute), offsetof(coredll::SYSTEMTIME, wSecond)};
+  layout::TimeOfSix time;
+  for (std::size_t i = 0; i < layout::kTimeParts; ++i) time[i] = layout::LoadNumber(system_time + kOffsets[i], 2);
+  return time;
 }
 
 coredll::FILETIME TimeOf(const std::uint8_t* entry, const SyncInfoForm& form) {
   const std::uint8_t* const time = entry + form.time_offset;
   switch (form.time) {
-    case SyncInfoForm::Time::kSixWords: return ToFileTime(SixWords(time));
-    case SyncInfoForm::Time::kText: return ToFileTime(layout::ParseTimeText(time));
+    case SyncInfoForm::Time::kSystemTime: return layout::ToFileTime(SixOfSystemTime(time));
+    case SyncInfoForm::Time::kSixWords: return layout::ToFileTime(SixWords(time));
+    case SyncInfoForm::Time::kText: return layout::ToFileTime(layout::ParseTimeText(time));
     case SyncInfoForm::Time::kFileTime: break;
   }
   return {layout::LoadNumber(time, 4), layout::LoadNumber(time + 4, 4)};
@@ -47,7 +45,7 @@ coredll::FILETIME TimeOf(const std::uint8_t* entry, const SyncInfoForm& form) {
 
 bool SyncInfoList::Resize(std::uint32_t count, const SyncInfoForm& form) {
   if (!bytes_.Resize(count, form.entry_size)) return false;
-  std::fill(bytes_.begin(), bytes_.end(), std::uint8_t{0});
+  bytes_.Zero();
   form_ = form;
   count_ = count;
   return true;

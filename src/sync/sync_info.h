@@ -15,9 +15,10 @@ namespace qv {
 /// How the entries of a store's list lie: the id at 0, and behind it a time.
 struct SyncInfoForm {
   enum class Time : std::uint8_t {
-    kFileTime,  ///< Two words, the low one first.
-    kSixWords,  ///< Year, month, day, hour, minute and second in 16 bits each.
-    kText,      ///< UTF-16, 14 digits of the same.
+    kFileTime,    ///< Two words, the low one first.
+    kSystemTime,  ///< A SYSTEMTIME, of which day of the week and milliseconds do not count.
+    kSixWords,    ///< Year, month, day, hour, minute and second in 16 bits each.
+    kText,        ///< UTF-16, 14 digits of the same.
   };
   std::uint16_t entry_size;
   std::uint16_t time_offset;

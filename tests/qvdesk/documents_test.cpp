@@ -14,6 +14,9 @@ class Documents : public desk::DeskTest {
 TEST_F(Documents, FormatsAreAsTheLayoutsSay) {
   ExpectCurrent("formats", "docs/FORMATS.md");
 }
+TEST_F(Documents, CallsAreAsTheFactsSay) {
+  ExpectCurrent("calls", "docs/CALLS.md");
+}
 TEST_F(Documents, ResultsAreAsTheModulesSay) {
   ExpectCurrent("results", "docs/RESULTS.md");
 }

@@ -19,17 +19,19 @@ namespace {
 
 /// In the order of their numbers. A new module is one line here.
 constexpr BuiltModule kBuiltModules[] = {
-    {1, qv::contacts::kNames, qv::contacts::kStepWords, qv::contacts::kRules},
-    {2, qv::schedule::kNames, qv::schedule::kStepWords},
+    {1, qv::contacts::kNames, &qv::contacts::kFacts, qv::contacts::kStepWords, qv::contacts::kRules},
+    {2, qv::schedule::kNames, &qv::schedule::kFacts, qv::schedule::kStepWords},
     {.id = 8,
      .names = qv::sms::kNames,
+     .facts = &qv::sms::kFacts,
      .step_words = qv::kFlaggedTableStepWords,
      .rules = qv::sms::kRules,
      .config_file = qv::sms::kConfigFile,
      .config_sections = qv::sms::kSectionLayouts},
-    {9, qv::call_history::kNames, qv::kUnflaggedTableStepWords, qv::call_history::kRules},
+    {9, qv::call_history::kNames, &qv::call_history::kFacts, qv::kUnflaggedTableStepWords, qv::call_history::kRules},
     {.id = 12,
      .names = qv::mms::kNames,
+     .facts = &qv::mms::kFacts,
      .step_words = qv::kUnflaggedTableStepWords,
      .config_file = qv::mms::kConfigFile},
 };

@@ -13,6 +13,7 @@
 #include "layout/record_layout.h"
 #include "sync/form_rules.h"
 #include "sync/module_names.h"
+#include "sync/procedure.h"
 #include "sync/result_words.h"
 
 namespace qvdesk {
@@ -21,6 +22,7 @@ namespace qvdesk {
 struct BuiltModule {
   std::int32_t id;
   const qv::ModuleNames& names;
+  const qv::ModuleFacts* facts;
   std::span<const qv::StepWords> step_words;
   std::span<const qv::RuleWords> rules = {};  ///< Of its forms, as far as the layouts cannot say them.
   const char16_t* config_file = nullptr;      ///< What travels before the tables, in the exchange directory.

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <map>
 #include <memory>
 #include <string>
 
@@ -12,11 +13,11 @@
 namespace qvdesk {
 namespace {
 
+const std::map<std::string, std::string (*)()> kDocuments = {
+    {"calls", DescribeCalls}, {"formats", DescribeFormats}, {"layouts", DescribeLayouts}, {"results", DescribeResults}};
+
 int Describe(const std::string& document) {
-  const std::string text = document == "formats"   ? DescribeFormats()
-                           : document == "results" ? DescribeResults()
-                                                   : DescribeLayouts();
-  fmt::print("{}", text);
+  fmt::print("{}", kDocuments.at(document)());
   return kSuccess;
 }
 
@@ -34,6 +35,7 @@ const char* NameOf(qv::layout::Form form) {
     case Form::kRawText: return "raw text";
     case Form::kBytes: return "bytes";
     case Form::kTimeText: return "time text";
+    case Form::kFileTime: return "file time";
     case Form::kTimeNumbers: return "time";
   }
   return "unknown";
@@ -43,12 +45,11 @@ void AddDescribe(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "describe",
       "Prints a document generated from the agent's own tables: formats (docs/FORMATS.md: every file and block, field "
-      "by field), results (docs/RESULTS.md: every result code) or layouts (tests/golden/layouts.txt: the layout tables "
+      "by field), calls (docs/CALLS.md: what each store library is asked for), results (docs/RESULTS.md: every result "
+      "code) or layouts (tests/golden/layouts.txt: the layout tables "
       "as they are, so that no layout changes unseen).");
   auto document = std::make_shared<std::string>();
-  command->add_option("DOCUMENT", *document, "Which one")
-      ->required()
-      ->check(CLI::IsMember({"formats", "results", "layouts"}));
+  command->add_option("DOCUMENT", *document, "Which one")->required()->check(CLI::IsMember(kDocuments));
   command->footer("Example:\n  qvdesk describe formats > docs/FORMATS.md");
   command->callback([document, &status] { status = Describe(*document); });
 }

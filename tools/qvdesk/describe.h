@@ -8,6 +8,7 @@
 
 namespace qvdesk {
 
+std::string DescribeCalls();    ///< docs/CALLS.md
 std::string DescribeFormats();  ///< docs/FORMATS.md
 std::string DescribeResults();  ///< docs/RESULTS.md
 std::string DescribeLayouts();  ///< tests/golden/layouts.txt

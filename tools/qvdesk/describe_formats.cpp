@@ -34,10 +34,10 @@ constexpr char kIntroduction[] =
     "| text | UTF-16LE, ends with a NUL and is filled up with zeros; what is too long for its room is cut off |\n"
     "| raw text | UTF-16LE up to its NUL, but passed on as bytes: what lies behind the NUL goes along |\n"
     "| bytes | passed on as they stand |\n"
-    "| time | six numbers of 32 bits: year, month, day, hour, minute, second. The store has them as 14 digits of text "
+    "| time | six numbers of 32 bits: year, month, day, hour, minute, second; or seven, the last the milliseconds. The "
+    "store has them as a FILETIME, which is 0 for a time that does not exist, or six as 14 digits of text "
     "(`YYYYMMDDhhmmss` and a NUL, UTF-16LE); a text that is shorter or has a character that is no digit gives six "
-    "zeros, "
-    "and numbers too wide for their place are cut to the 14 characters |\n"
+    "zeros, and numbers too wide for their place are cut to the 14 characters |\n"
     "| unused | written as zero and never read |\n\n"
     "Behind a type may stand\n\n"
     "- \"not read by a recover\": an export writes it; what it says a recover takes from other fields, or does "
@@ -49,7 +49,7 @@ constexpr char kIntroduction[] =
     "\"In the store record\" is the offset of the same value in the store library's record, and its bits where the\n"
     "value shares a number with others.\n\n";
 
-/// A member of a structure of include/qv_rapi.h or sync/file_forms.h, whose place the compiler says.
+/// A member of a structure of include/qv_rapi.h, whose place the compiler says.
 #define QV_MEMBER(structure, member, type, meaning)                                                                  \
   fmt::format("| {} | {} | {} | {} | {} |\n", offsetof(structure, member), sizeof(structure::member), type, #member, \
               meaning)
@@ -60,7 +60,6 @@ std::string Blocks() {
   using qv::RequestRecord;
   using qv::ResultRecord;
   using qv::RunningRecord;
-  using qv::SyncInfoEntry;
   std::string text =
       "## Blocks of a call\n\n### Request\n\nWhat the desktop hands to `fnQV_ExportTabs` and `fnQV_RecovTabs`.\n\n";
   text += kMemberHeader;
@@ -81,12 +80,6 @@ std::string Blocks() {
   text += kMemberHeader;
   text += QV_MEMBER(RunningRecord, running, "number", "1 when the program runs, else 0");
   text += QV_MEMBER(RunningRecord, reserved, "unused", "");
-  text += "\n### Sync-info entry\n\nWhat a store library tells of one record. It lies in no file.\n\n";
-  text += kMemberHeader;
-  text += QV_MEMBER(SyncInfoEntry, id, "number", "the record's id");
-  text += QV_MEMBER(SyncInfoEntry, unused, "unused", "");
-  text += QV_MEMBER(SyncInfoEntry, time_low, "number", "last modification, the low half: 100 ns since 1601, UTC");
-  text += QV_MEMBER(SyncInfoEntry, time_high, "number", "its high half");
   return text + "\n";
 }
 
@@ -147,10 +140,10 @@ std::string Items(const RecordLayout& layout) {
 }
 
 /// What the fields' table refers to by "by a rule", and what else no table says.
-std::string Rules(const FileForm& form) {
+std::string Rules(const BuiltModule& module, const RecordLayout* layout) {
   std::string text;
-  for (const qv::RuleWords& rule : form.module->rules) {
-    if (rule.layout == form.layout) text += fmt::format("- {}\n", rule.rule);
+  for (const qv::RuleWords& rule : module.rules) {
+    if (rule.layout == layout) text += fmt::format("- {}\n", rule.rule);
   }
   return text.empty() ? "" : "\nRules:\n\n" + text;
 }
@@ -169,7 +162,7 @@ std::string Table(const FileForm& form) {
         "read.\n\n",
         form.incremental_stride);
   }
-  return text + FieldTable(layout) + Items(layout) + Rules(form) + "\n";
+  return text + FieldTable(layout) + Items(layout) + Rules(*form.module, form.layout) + "\n";
 }
 
 std::string Sections(const FileForm& form) {
@@ -196,6 +189,12 @@ std::string FormOf(const FileForm& form) {
     case FileKind::kTable: return Table(form);
     case FileKind::kSections: return Sections(form);
     case FileKind::kBlock: return Block(form);
+    // Their form is every module's; here stands what this one makes of it.
+    case FileKind::kChangeList:
+    case FileKind::kIdMap: {
+      const std::string rules = Rules(*form.module, form.layout);
+      return rules.empty() ? "" : fmt::format("### {}\n{}\n", form.name, rules);
+    }
     default: return "";
   }
 }
@@ -222,14 +221,11 @@ const char* Purpose(FileKind kind) {
   switch (kind) {
     case FileKind::kChangeList:
       return "What changed, in an incremental export, or what is to be done, in an incremental recover. Table 0 holds "
-             "a module's records, table 1 their groups; in a recover of contacts an entry of table 2, new or modified, "
-             "says that the picture of the contact of this id changed. The operation is 1 new, 2 modified, 3 deleted. "
+             "a module's records, table 1 their groups. The operation is 1 new, 2 modified, 3 deleted. "
              "An entry that is not whole is ignored.";
     case FileKind::kIdMap:
       return "Under which id a recover put each record that it inserted, in the order of insertion; tables are "
-             "numbered as in change lists. The desktop must from then on use the handset's ids. Of contacts, pictures "
-             "are not listed; a contact or group stands under table 0 also when the handset did not insert it: with "
-             "the id of the record that already had its name, or with 4294967295 when the handset is full.";
+             "numbered as in change lists. The desktop must from then on use the handset's ids.";
     case FileKind::kSnapshot:
       return "What a table of the store held at the end of the last synchronisation, in the store's order. Only the "
              "handset reads it. The time is a FILETIME: 100 ns since 1601, UTC.";

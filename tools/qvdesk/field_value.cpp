@@ -50,28 +50,36 @@ void PutBytes(const std::string& hex, const Slot& slot, std::span<std::uint8_t> 
   std::ranges::copy(bytes, record.begin() + slot.offset);
 }
 
-Json SixNumbers(const Slot& slot, std::span<const std::uint8_t> record) {
-  return qv::layout::LoadTimeNumbers(record.data() + slot.offset);
+/// Six, or seven with the milliseconds.
+std::vector<std::uint32_t> TimeParts(const Slot& slot, std::span<const std::uint8_t> record) {
+  std::vector<std::uint32_t> parts;
+  for (std::size_t at = slot.offset; at < std::size_t{slot.offset} + slot.size; at += sizeof(std::uint32_t)) {
+    parts.push_back(qv::layout::LoadNumber(&record[at], sizeof(std::uint32_t)));
+  }
+  return parts;
 }
 
-void PutSixNumbers(const Json& value, const Slot& slot, std::span<std::uint8_t> record) {
-  qv::layout::TimeOfSix time;
+void PutTimeParts(const Json& value, const Slot& slot, std::span<std::uint8_t> record) {
+  const std::size_t count = slot.size / sizeof(std::uint32_t);
   const auto fits = [](const Json& part) {
     return part.is_number_unsigned() && part.get<std::uint64_t>() <= UINT32_MAX;
   };
-  if (!value.is_array() || value.size() != time.size() || !std::ranges::all_of(value, fits)) {
-    throw std::runtime_error("takes year, month, day, hour, minute and second as [2026, 3, 4, 10, 0, 0], not " +
-                             value.dump());
+  if (!value.is_array() || value.size() != count || !std::ranges::all_of(value, fits)) {
+    throw std::runtime_error(fmt::format("takes year, month, day, hour, minute{} as [2026, 3, 4, 10, 0, 0{}], not {}",
+                                         count == qv::layout::kTimeParts ? " and second" : ", second and milliseconds",
+                                         count == qv::layout::kTimeParts ? "" : ", 0", value.dump()));
   }
-  std::ranges::copy(value, time.begin());
-  qv::layout::PutTimeNumbers(time, &record[slot.offset]);
+  std::size_t at = slot.offset;
+  for (const Json& part : value) {
+    qv::layout::StoreNumber(&record[at], sizeof(std::uint32_t), part.get<std::uint32_t>());
+    at += sizeof(std::uint32_t);
+  }
 }
 
-/// Nothing for the six zeros of a time that is none.
-std::string DescribeTime(const qv::layout::TimeOfSix& time) {
-  if (time == qv::layout::TimeOfSix{}) return "";
-  const auto& [year, month, day, hour, minute, second] = time;
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", year, month, day, hour, minute, second);
+/// To the second; nothing for the zeros of a time that is none.
+std::string DescribeTime(const std::vector<std::uint32_t>& parts) {
+  if (std::ranges::all_of(parts, [](std::uint32_t part) { return part == 0; })) return "";
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]);
 }
 
 }  // namespace
@@ -92,7 +100,7 @@ bool StoreText(std::string_view utf8, const Slot& slot, std::span<std::uint8_t> 
 Json ToJson(const Slot& slot, std::span<const std::uint8_t> record) {
   const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
   if (IsNumeric(slot.form)) return LoadSlot(slot, record.data());
-  if (slot.form == Form::kTimeNumbers) return SixNumbers(slot, record);
+  if (slot.form == Form::kTimeNumbers) return TimeParts(slot, record);
   if (!IsText(slot.form)) return Hex(bytes);
   const std::string text = ToUtf8(TextUpToNul(bytes));
   std::vector<std::uint8_t> again(record.size());
@@ -107,7 +115,7 @@ void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> recor
     if (!fits) throw std::runtime_error(fmt::format("takes a number from 0 to {}, not {}", most, value.dump()));
     StoreSlot(slot, record.data(), value.get<std::uint32_t>());
   } else if (slot.form == Form::kTimeNumbers) {
-    PutSixNumbers(value, slot, record);
+    PutTimeParts(value, slot, record);
   } else if (!IsText(slot.form)) {
     if (!value.is_string()) throw std::runtime_error("takes a string of hexadecimal digits, not " + value.dump());
     PutBytes(value, slot, record);
@@ -122,7 +130,7 @@ void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> recor
 
 std::string ToText(const Slot& slot, std::span<const std::uint8_t> record) {
   if (IsNumeric(slot.form)) return std::to_string(LoadSlot(slot, record.data()));
-  if (slot.form == Form::kTimeNumbers) return DescribeTime(qv::layout::LoadTimeNumbers(record.data() + slot.offset));
+  if (slot.form == Form::kTimeNumbers) return DescribeTime(TimeParts(slot, record));
   const std::span<const std::uint8_t> bytes = BytesOf(slot, record);
   if (IsText(slot.form)) return ToUtf8(TextUpToNul(bytes));
   return bytes.size() > kMostBytesShown ? CountOf(bytes.size(), "byte") : Hex(bytes);

@@ -4,10 +4,7 @@
 #define QV_MODULES_CALENDAR_SCHEDULE_H
 
 #include "modules/calendar/schedule_layout.h"
-#include "platform/library.h"
 #include "sync/procedure.h"
-#include "sync/result_words.h"
-#include "sync/sync_mode.h"
 
 namespace qv::schedule {
 
@@ -34,6 +31,43 @@ inline constexpr StepFlag kGroupsInserted{0x4000000};
 inline constexpr StepFlag kGroupsApplied{0x3000000};
 inline constexpr StepFlag kEntriesApplied{0x4000000};
 
+/// The last argument of an insert and an update is an entry's group, and of a group a value of its own.
+inline constexpr TableCalls kCalls = {
+    .count = {u"SC_Sync_GetTotalNum", {Argument::kTable}},
+    .list = {u"SC_Sync_GetAllSyncInfo", {Argument::kTable, Argument::kCountPlace, Argument::kEntries}},
+    .read = {u"SC_Sync_Read", {Argument::kTable, Argument::kCount, Argument::kIds, Argument::kRecords}},
+    .insert = {u"SC_Sync_Insert", {Argument::kTable, Argument::kRecords, Argument::kNewId, Argument::kGroup}},
+    .update = {u"SC_Sync_Update", {Argument::kTable, Argument::kId, Argument::kRecords, Argument::kGroup}},
+};
+
+inline constexpr RecordTableFacts kTableFacts[] = {
+    {.calls = kCalls,
+     .read_batch = 50,
+     .read_room = 100,
+     // An entry goes by the id it was listed under; what its record says of it is the store's own affair.
+     .listed_id = kEntryId,
+     .group_reference = kEntryGroupId,
+     .group_argument = kEntryGroupId,
+     .exported = StepFlag::kTable0Exported,
+     .inserted = kEntriesInserted,
+     .applied = kEntriesApplied},
+    {.calls = kCalls,
+     .read_batch = 50,
+     .read_room = 100,
+     .group_argument = kGroupValue,
+     .exported = StepFlag::kTable1Exported,
+     .inserted = kGroupsInserted,
+     .applied = kGroupsApplied},
+};
+
+inline constexpr ModuleFacts kFacts = {
+    .names = kNames,
+    .tables = kTableFacts,
+    .erase = {u"SC_Sync_Del", {Argument::kTable, Argument::kCount, Argument::kIds}},
+    .erase_all = {u"SC_Sync_DelAll", {}},
+    .creates_tables_first = true,
+};
+
 inline constexpr StepWords kStepWords[] = {
     {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the table's snapshot log"},
     {Direction::kExport, Modes::kAny, StepFlag::kTable0Exported, "exporting the entries"},
@@ -45,31 +79,6 @@ inline constexpr StepWords kStepWords[] = {
     {Direction::kRecover, Modes::kIncremental, kGroupsApplied, "inserting and updating the groups"},
     {Direction::kRecover, Modes::kIncremental, kEntriesApplied, "inserting and updating the entries"},
     {Direction::kRecover, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
-};
-
-/// Serves one call: loads the store when it is made, unloads it when it goes.
-class ScheduleHandler {
- public:
-  /// Writes the tables into `directory` (UTF-16LE, any alignment). `mode` becomes kFull when an incremental export
-  /// cannot be honoured; `anchor` (kAnchorCapacity characters; null in a plain copy) receives the new anchor. Results
-  /// as in kStepWords; kFileFailed without a flag when a file cannot be created.
-  Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
-
-  /// Applies the tables in `directory`, and deletes them when all went well. Results as in kStepWords; without a flag
-  /// kEntryPointMissing and kWipeFailed when the store could not be emptied.
-  Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
-
- private:
-  Result ExportTables(SyncMode mode);
-  Result WriteSnapshots();
-  Result InsertTables();
-  Result ApplyChanges();
-  Result ApplyChangeList();
-
-  Library store_{kNames.store_library};
-  ExchangeDirectory directory_;
-  ChangeList changes_;
-  IdMap id_map_;
 };
 
 }  // namespace qv::schedule

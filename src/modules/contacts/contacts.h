@@ -3,18 +3,10 @@
 #ifndef QV_MODULES_CONTACTS_CONTACTS_H
 #define QV_MODULES_CONTACTS_CONTACTS_H
 
-#include "modules/contacts/contact_store.h"
 #include "modules/contacts/contacts_layout.h"
-#include "platform/file.h"
 #include "platform/memory.h"
-#include "sync/changes.h"
-#include "sync/exchange_directory.h"
-#include "sync/file_forms.h"
 #include "sync/form_rules.h"
-#include "sync/module_names.h"
 #include "sync/procedure.h"
-#include "sync/result_words.h"
-#include "sync/sync_mode.h"
 
 namespace qv::contacts {
 
@@ -38,7 +30,21 @@ inline constexpr ModuleNames kNames = {
     .change_list = u"lkmcmd.tbl",
     .id_map = u"lkmmap.tbl",
     .tables = kTables,
+    .initialize = u"DTP_Initialize",
+    .uninitialize = u"DTP_UnInitialize",
 };
+
+/// How many records the handset may hold, by table number; an export carries no more groups than these.
+inline constexpr std::uint32_t kMostRecords[] = {3000, 100};
+
+/// The handset id, in the id map, of a record that was not taken.
+inline constexpr std::uint32_t kRefused = 0xFFFFFFFF;
+
+// What the store answers when it refuses; its reasons are its own.
+inline constexpr std::int32_t kStoreRefused502 = -502;
+inline constexpr std::int32_t kStoreRefused503 = -503;
+inline constexpr std::int32_t kPictureSkipped = -503;
+inline constexpr std::int32_t kNoRoomForPictures = -504;
 
 inline constexpr StepFlag kMembershipsExported{0x8000000};
 inline constexpr StepFlag kPicturesExported{0x9000000};
@@ -47,6 +53,42 @@ inline constexpr StepFlag kGroupsApplied{0x4000000};
 inline constexpr StepFlag kIdMapWritten{0x6000000};
 inline constexpr StepFlag kMembershipsApplied{0xA000000};
 inline constexpr StepFlag kPicturesApplied{0xB000000};
+
+inline constexpr SyncInfoForm kSyncInfo = {16, 4, SyncInfoForm::Time::kSixWords};
+
+inline constexpr RecordTableFacts kTableFacts[] = {
+    {.calls = {.count = {u"DTP_PIMGetAllManNum", {Argument::kCountPlace}},
+               .list = {u"DTP_PIMGetAllmanSyncid", {Argument::kCountPlace, Argument::kEntries}},
+               .read = {u"DTP_PIMReadman", {Argument::kIds, Argument::kCount, Argument::kRecords}},
+               .insert = {u"DTP_PIMAddManToUnGroup", {Argument::kRecords, Argument::kCount, Argument::kNewId}},
+               .update = {u"DTP_PIMUpdateMan", {Argument::kIds, Argument::kCount, Argument::kRecords}}},
+     .sync_info = kSyncInfo,
+     .counts_are_signed = true,
+     .is_empty_when_unlisted = true,
+     .read_batch = 400},
+    // An export does not count the groups: their list has a room of its own.
+    {.calls = {.count = {u"DTP_PIMGetAllGroupNum", {Argument::kCountPlace}},
+               .list = {u"DTP_PIMGetAllgroupSyncid", {Argument::kCountPlace, Argument::kEntries}},
+               .read = {u"DTP_PIMReadgroup", {Argument::kIds, Argument::kCount, Argument::kRecords}},
+               .insert = {u"DTP_PIMAddGroup", {Argument::kRecords, Argument::kCount, Argument::kNewId}},
+               .update = {u"DTP_PIMUpdateGroup", {Argument::kIds, Argument::kCount, Argument::kRecords}}},
+     .sync_info = kSyncInfo,
+     .uncounted_room = kMostRecords[kGroupTable],
+     .counts_are_signed = true,
+     .is_empty_when_unlisted = true},
+};
+
+/// Records are deleted table by table, each with an entry point of its own.
+inline constexpr ModuleFacts kFacts = {
+    .names = kNames,
+    .tables = kTableFacts,
+    .erase = {},
+    .erase_all = {},
+    .emptied_by = EmptiedBy::kAllButAdding,
+    .creates_tables_first = true,
+    // The desktop must learn which contacts were refused, and which were merged with others.
+    .id_map_written = kIdMapWritten,
+};
 
 inline constexpr StepWords kStepWords[] = {
     {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the table's snapshot log"},
@@ -84,43 +126,43 @@ inline constexpr RuleWords kRules[] = {
     {&kContactLayout, "The store record also has the byte 17, the kind: 1 for a contact."},
     {&kGroupLayout, "The store record also has the byte 17, the kind: 2 for a group."},
     {&kMembershipLayout, "A contact in no group has no record."},
+    {&kChangeLayout,
+     "In a recover an entry of table 2, new or modified, says that the picture of the contact of this id changed."},
+    {&kIdMapLayout,
+     "Pictures are not listed. A contact or group stands under table 0 also when the handset did not insert it: with "
+     "the "
+     "id of the record that already had its name, or with 4294967295 when the handset is full."},
     {&kPictureLayout, "A picture longer than 8192 bytes is exported as 8192, and ends a recover."},
 };
 
-/// Serves one call: loads and initialises the store when it is made, takes leave of it when it goes.
+/// Results as in kStepWords; without a flag, of an export kFileFailed when a file cannot be created, and of a recover
+/// kEntryPointMissing, kSyncInfoFailed, kWipeFailed and kNoMemory when the store could not be emptied.
 class ContactsHandler {
  public:
-  /// Writes the tables into `directory` (UTF-16LE, any alignment). `mode` becomes kFull when an incremental export
-  /// cannot be honoured; `anchor` (kAnchorCapacity characters; null in a plain copy) receives the new anchor. Results
-  /// as in kStepWords; without a flag kStoreNotLoaded, and kFileFailed when a file cannot be created.
-  Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
+  explicit ContactsHandler(const ModuleCall& call) : call_(call) {}
 
-  /// Applies the tables in `directory`, and deletes them when all went well. Empties the store first in every mode but
-  /// kIncremental and kLocalRecover. Results as in kStepWords; without a flag
-  /// kStoreNotLoaded, kFileFailed for a directory that is too long, and kEntryPointMissing, kSyncInfoFailed,
-  /// kWipeFailed and kNoMemory when the store could not be emptied.
-  Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
+  Result Export(SyncMode& mode, char16_t* anchor);
+  Result Recover(SyncMode mode, char16_t* anchor);
 
  private:
-  Result WriteSnapshots();
-
   Result ExportTables(SyncMode mode);
-  Result ExportContacts(File* change_list, SyncInfoList& contacts, List<std::uint32_t>& pictures);
+  Result ExportContacts(File* change_list, SyncInfoList& listed, List<std::uint32_t>& pictures);
   Result ExportGroups(File* change_list);
   Result ExportMemberships(std::span<const std::uint32_t> contacts);
   Result ExportPictures(std::span<const std::uint32_t> pictures);
 
   Result EmptyStore();
-  Result ApplyTables(ApplyForm form);
   Result ApplyChangeList();
+  Result ApplyTables(ApplyForm form);
   Result ApplyPictures();
-  Result ApplyTable(std::uint32_t number, ApplyForm form);
-  Result ApplyMemberships(ApplyForm form);
+  Result ApplyTable(const RecordTable& table, const Applying& applying);
+  Result ApplyMemberships(const Applying& applying);
 
-  Store store_{kNames.store_library};
-  ExchangeDirectory directory_;
+  const ModuleCall& call_;
+  PlainTable contacts_{call_.store(), kMainTable, kTables[kMainTable], kTableFacts[kMainTable]};
+  PlainTable groups_{call_.store(), kGroupTable, kTables[kGroupTable], kTableFacts[kGroupTable]};
+  Procedure procedure_{kFacts, call_, contacts_, &groups_};
   ChangeList changes_;
-  IdMap id_map_;
   IdMap new_pictures_;  ///< Under kPictureChanges. They are no business of the desktop's, so they have a map of their
                         ///< own.
 };

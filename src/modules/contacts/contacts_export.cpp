@@ -1,29 +1,27 @@
 // The steps of a contacts export.
-#include <algorithm>
-
 #include "modules/contacts/contacts.h"
 #include "sync/timing.h"
 
 namespace qv::contacts {
 namespace {
 
-/// Records in one call of the store.
-constexpr std::size_t kBatch = 400;
+using QueryMembershipsFunction = std::int32_t(std::int32_t count, void* memberships);
+using DownloadPictureFunction = std::int32_t(std::uint32_t id, void* picture);
 
-void Clear(List<std::uint8_t>& records) {
-  std::fill(records.begin(), records.end(), std::uint8_t{0});
-}
+/// Records in one call of the store.
+constexpr std::size_t kBatch = kTableFacts[kMainTable].read_batch;
 
 }  // namespace
 
 Result ContactsHandler::ExportTables(SyncMode mode) {
-  ExportFiles files;
-  if (const Result created = files.Create(directory_, kNames, mode); IsFailure(created)) return created;
+  File change_list;
+  if (const Result created = procedure_.CreateFiles(mode, change_list); IsFailure(created)) return created;
+  File* const changes = change_list.IsOpen() ? &change_list : nullptr;
   SyncInfoList contacts;
   List<std::uint32_t> pictures;
-  const Result contacts_done = ExportContacts(files.ChangeList(), contacts, pictures);
+  const Result contacts_done = ExportContacts(changes, contacts, pictures);
   if (IsFailure(contacts_done)) return contacts_done | StepFlag::kTable0Exported;
-  const Result groups_done = ExportGroups(files.ChangeList());
+  const Result groups_done = ExportGroups(changes);
   if (IsFailure(groups_done)) return groups_done | StepFlag::kTable1Exported;
   const Result memberships_done = ExportMemberships(contacts.QueuedIds());
   if (IsFailure(memberships_done)) return memberships_done | kMembershipsExported;
@@ -34,24 +32,23 @@ Result ContactsHandler::ExportTables(SyncMode mode) {
 // Where a step opens its table decides which failure is told of several: contacts after the changes are known, groups
 // after they are read, memberships and pictures first.
 
-Result ContactsHandler::ExportContacts(File* change_list, SyncInfoList& contacts, List<std::uint32_t>& pictures) {
-  ContactTable table(store_, kMainTable, kTables[kMainTable]);
-  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
-  if (const Result listed = ListRecords(table, contacts); listed != Result::kOk) return listed;
-  if (const Result queued = QueueRecords(table, change_list, contacts); IsFailure(queued)) return queued;
-  File exchange_table = File::CreateAlways(directory_ / table.names().exchange_file);
+Result ContactsHandler::ExportContacts(File* change_list, SyncInfoList& listed, List<std::uint32_t>& pictures) {
+  if (!contacts_.LookUp(RecordTable::Use::kListAndRead)) return Result::kEntryPointMissing;
+  if (const Result found = contacts_.ListRecords(listed); found != Result::kOk) return found;
+  if (const Result queued = QueueRecords(contacts_, change_list, listed); IsFailure(queued)) return queued;
+  File exchange_table = File::CreateAlways(call_.PathOf(contacts_.names().exchange_file));
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  if (contacts.QueuedIds().empty()) return Result::kOk;
+  if (listed.QueuedIds().empty()) return Result::kOk;
 
   List<std::uint8_t> records;
   List<std::uint8_t> exchange;
   if (!records.Resize(kBatch * kStoreSize) || !exchange.Resize(kBatch * kContactExchangeSize)) return Result::kNoMemory;
-  return ForEachBatch(contacts.QueuedIds(), kBatch, [&](std::span<const std::uint32_t> ids) {
+  return ForEachBatch(listed.QueuedIds(), kBatch, [&](std::span<const std::uint32_t> ids) {
     const TimedStep batch("Backup Contacts Time", ids.size());
-    Clear(records);
+    records.Zero();
     {
       const TimedStep call("The InterFace Executing Time", ids.size());
-      if (!table.Read(ids, records.data())) return Result::kReadFailed;
+      if (!contacts_.Read(ids, records.data())) return Result::kReadFailed;
     }
     for (std::size_t i = 0; i < ids.size(); ++i) {
       const std::uint8_t* const record = records.data() + i * kStoreSize;
@@ -64,12 +61,11 @@ Result ContactsHandler::ExportContacts(File* change_list, SyncInfoList& contacts
 }
 
 Result ContactsHandler::ExportGroups(File* change_list) {
-  ContactTable table(store_, kGroupTable, kTables[kGroupTable]);
-  if (!table.LookUp(StoreTable::Use::kListAndRead)) return Result::kEntryPointMissing;
-  SyncInfoList groups;
-  if (const Result listed = ListRecords(table, groups); listed != Result::kOk) return listed;
-  if (const Result queued = QueueRecords(table, change_list, groups); IsFailure(queued)) return queued;
-  const std::span<const std::uint32_t> ids = groups.QueuedIds();
+  if (!groups_.LookUp(RecordTable::Use::kListAndRead)) return Result::kEntryPointMissing;
+  SyncInfoList listed;
+  if (const Result found = groups_.ListRecords(listed); found != Result::kOk) return found;
+  if (const Result queued = QueueRecords(groups_, change_list, listed); IsFailure(queued)) return queued;
+  const std::span<const std::uint32_t> ids = listed.QueuedIds();
   if (ids.empty()) return Result::kOk;
 
   // There are few groups, so they need no batches.
@@ -77,9 +73,9 @@ Result ContactsHandler::ExportGroups(File* change_list) {
   List<std::uint8_t> exchange;
   if (!records.Resize(ids.size() * kStoreSize)) return Result::kNoMemory;
   if (!exchange.Resize(ids.size() * kGroupExchangeSize)) return Result::kNoMemory;
-  Clear(records);
-  if (!table.Read(ids, records.data())) return Result::kReadFailed;
-  File exchange_table = File::CreateAlways(directory_ / table.names().exchange_file);
+  records.Zero();
+  if (!groups_.Read(ids, records.data())) return Result::kReadFailed;
+  File exchange_table = File::CreateAlways(call_.PathOf(groups_.names().exchange_file));
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
   for (std::size_t i = 0; i < ids.size(); ++i) {
     GroupToExchange(records.data() + i * kStoreSize, exchange.data() + i * kGroupExchangeSize);
@@ -88,9 +84,9 @@ Result ContactsHandler::ExportGroups(File* change_list) {
 }
 
 Result ContactsHandler::ExportMemberships(std::span<const std::uint32_t> contacts) {
-  File exchange_table = File::CreateAlways(directory_ / kMembershipFile);
+  File exchange_table = File::CreateAlways(call_.PathOf(kMembershipFile));
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  auto* const query = store_.Resolve<QueryMembershipsFunction>(u"DTP_PIMQueryManAttachGroup");
+  auto* const query = call_.store().Resolve<QueryMembershipsFunction>(u"DTP_PIMQueryManAttachGroup");
   if (query == nullptr) return Result::kEntryPointMissing;
   List<std::uint8_t> records;
   List<std::uint8_t> exchange;
@@ -98,7 +94,7 @@ Result ContactsHandler::ExportMemberships(std::span<const std::uint32_t> contact
   if (!exchange.Resize(kBatch * kMembershipStoreSize)) return Result::kNoMemory;
   return ForEachBatch(contacts, kBatch, [&](std::span<const std::uint32_t> ids) {
     const TimedStep batch("Export GroupAttach Time", ids.size());
-    Clear(records);
+    records.Zero();
     for (std::size_t i = 0; i < ids.size(); ++i) {
       layout::StoreSlot(kRecordId, records.data() + i * kMembershipStoreSize, ids[i]);
     }
@@ -116,16 +112,16 @@ Result ContactsHandler::ExportMemberships(std::span<const std::uint32_t> contact
 }
 
 Result ContactsHandler::ExportPictures(std::span<const std::uint32_t> pictures) {
-  File exchange_table = File::CreateAlways(directory_ / kPictureFile);
+  File exchange_table = File::CreateAlways(call_.PathOf(kPictureFile));
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
-  auto* const download = store_.Resolve<DownloadPictureFunction>(u"DTP_DownloadingImage");
+  auto* const download = call_.store().Resolve<DownloadPictureFunction>(u"DTP_DownloadingImage");
   if (download == nullptr) return Result::kEntryPointMissing;
   List<std::uint8_t> record;
   List<std::uint8_t> exchange;
   if (!record.Resize(kPictureStoreSize) || !exchange.Resize(kPictureExchangeSize)) return Result::kNoMemory;
   for (const std::uint32_t id : pictures) {
     const TimedStep picture("Export An Image Time", 1);
-    Clear(record);
+    record.Zero();
     bool downloaded = false;
     {
       const TimedStep call("Executing DownloadingImage Time", 1);

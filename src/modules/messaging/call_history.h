@@ -4,7 +4,7 @@
 
 #include "modules/messaging/call_history_layout.h"
 #include "sync/form_rules.h"
-#include "sync/one_table.h"
+#include "sync/procedure.h"
 
 namespace qv::call_history {
 
@@ -20,28 +20,30 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
-inline constexpr OneTableFacts kFacts = {
-    .names = kNames,
-    .table = {.count = {u"EXPCALLHISTORY_Sync_GetAllRecNum", {}},
+inline constexpr RecordTableFacts kTableFacts[] = {{
+    .calls = {.count = {u"EXPCALLHISTORY_Sync_GetAllRecNum", {}},
               .list = {u"EXPCALLHISTORY_Sync_GetAllidTime", {Argument::kCountPlace, Argument::kEntries}},
               .read = {u"EXPCALLHISTORY_Sync_Read", {Argument::kCount, Argument::kIds, Argument::kRecords}},
               .insert = {u"EXPCALLHISTORY_Sync_Insert", {Argument::kRecords, Argument::kNewId}},
-              .update = {u"EXPCALLHISTORY_Sync_Update", {Argument::kId, Argument::kRecords}},
-              .read_batch = 50,
-              .read_room = 100,
-              .to_exchange = CallToExchange,
-              .to_store = CallToStore,
-              .keeps_table_open = true},
+              .update = {u"EXPCALLHISTORY_Sync_Update", {Argument::kId, Argument::kRecords}}},
+    .read_batch = 50,
+    .read_room = 100,
+    .to_exchange = CallToExchange,
+    .to_store = CallToStore,
+    .inserted = kTableApplied,
+}};
+
+inline constexpr ModuleFacts kFacts = {
+    .names = kNames,
+    .tables = kTableFacts,
     .erase = {u"EXPCALLHISTORY_Sync_Del", {Argument::kCount, Argument::kIds}},
     .erase_all = {u"EXPCALLHISTORY_Sync_DelAll", {}},
-    .creates_files_first = true,
+    .creates_tables_first = true,
 };
 
 inline constexpr RuleWords kRules[] = {
     {&kCallLayout, "type: the store's types count from 46000 on; an export writes what is above that, as one byte."},
 };
-
-using CallHistoryHandler = OneTableHandler<kFacts>;
 
 }  // namespace qv::call_history
 

@@ -1,28 +1,20 @@
-// The multimedia messages' export and recover around the procedure of one table.
+// The multimedia messages' export and recover around the procedure.
 #include "modules/messaging/mms.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
 
+#include "sync/exchange_table.h"
+
 namespace qv::mms {
 namespace {
 
-// MmsStore.dll. Every block that it hands out is the caller's to free.
+// MmsStore.dll's own.
 using GetConfigFunction = std::uint32_t(std::uint8_t** block, std::uint32_t* size);
 using SetConfigFunction = std::uint32_t(const std::uint8_t* block, std::uint32_t size);
 
-/// A message as the store hands it out and takes it.
-struct StoreMessage {
-  char* text;  ///< 8 bits, with a NUL from the store and without one to it: there the block is as long as the text.
-  std::uint32_t id;
-  std::uint32_t value;
-  std::uint8_t* data;
-  std::int32_t data_length;
-};
-static_assert(sizeof(StoreMessage) == 20);
-
-constexpr std::size_t kBatch = kFacts.table.read_batch;
+constexpr std::size_t kBatch = kTableFacts[kMainTable].read_batch;
 
 /// The messages of one call of the store, with their blocks.
 class Batch {
@@ -71,46 +63,39 @@ Result ReadPart(File& exchange_table, std::size_t size, List<std::uint8_t>& part
 
 }  // namespace
 
-Result MmsHandler::Export(SyncMode& mode, char16_t* anchor, const void* directory) {
-  if (!store_.IsLoaded()) return Result::kStoreNotLoaded;
-  if (const Result taken = directory_.Assign(directory); IsFailure(taken)) return taken;
-  CheckAnchor(mode, kNames.anchor_key, anchor);
-  MoveAnchor(mode, kNames.anchor_key, anchor);
-
+Result MmsHandler::Export(SyncMode& mode, char16_t* anchor) {
+  procedure_.BeginExport(mode, anchor);
   if (const Result exported = ExportConfig(); IsFailure(exported)) return exported;
-  return run_.Export(mode);
+  return procedure_.Export(mode);
 }
 
-Result MmsHandler::Recover(SyncMode mode, char16_t* anchor, const void* directory) {
-  if (!store_.IsLoaded()) return Result::kStoreNotLoaded;
-  if (const Result taken = directory_.Assign(directory); IsFailure(taken)) return taken;
-  MoveAnchor(mode, kNames.anchor_key, anchor);
-
+Result MmsHandler::Recover(SyncMode mode, char16_t* anchor) {
+  call_.MoveAnchor(mode, anchor);
   if (const Result applied = ApplyConfig(); IsFailure(applied)) return applied;
-  coredll::DeleteFileW(directory_ / kConfigFile);
-  return run_.Recover(mode);
+  call_.Delete(kConfigFile);
+  return procedure_.Recover(mode);
 }
 
 Result MmsHandler::ExportConfig() {
-  auto* const get = store_.Resolve<GetConfigFunction>(u"mms_Sync_GetConfig");
+  auto* const get = call_.store().Resolve<GetConfigFunction>(u"mms_Sync_GetConfig");
   if (get == nullptr) return Result::kEntryPointMissing;
   std::uint8_t* block = nullptr;
   std::uint32_t size = 0;
   if (get(&block, &size) != 0 || (block == nullptr && size != 0)) return Result::kReadFailed;
-  File file = File::CreateAlways(directory_ / kConfigFile);
+  File file = File::CreateAlways(call_.PathOf(kConfigFile));
   const bool written = file.IsOpen() && (size == 0 || file.Write(block, size));
   coredll::free(block);
   return written ? Result::kOk : Result::kFileFailed;
 }
 
 Result MmsHandler::ApplyConfig() {
-  File file = File::OpenExisting(directory_ / kConfigFile);
+  File file = File::OpenExisting(call_.PathOf(kConfigFile));
   if (!file.IsOpen()) return Result::kFileFailed;
   std::uint32_t size = 0;
   List<std::uint8_t> block;
   if (!file.Size(size)) return Result::kFileUnreadable;
   if (const Result read = ReadPart(file, size, block); IsFailure(read)) return read;
-  auto* const set = store_.Resolve<SetConfigFunction>(u"mms_Sync_SetConfig");
+  auto* const set = call_.store().Resolve<SetConfigFunction>(u"mms_Sync_SetConfig");
   if (set == nullptr) return Result::kEntryPointMissing;
   return set(block.data(), size) == 0 ? Result::kOk : Result::kInsertFailed;
 }

@@ -4,7 +4,7 @@
 #define QV_MODULES_MESSAGING_MMS_H
 
 #include "modules/messaging/mms_layout.h"
-#include "sync/one_table.h"
+#include "sync/procedure.h"
 
 namespace qv::mms {
 
@@ -21,35 +21,40 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
-inline constexpr OneTableFacts kFacts = {
-    .names = kNames,
-    .table = {.count = {u"mms_Sync_GetAllRecvNum", {}},
+inline constexpr RecordTableFacts kTableFacts[] = {{
+    .calls = {.count = {u"mms_Sync_GetAllRecvNum", {}},
               .list = {u"mms_Sync_getAllidTime", {Argument::kCountPlace, Argument::kEntries}},
               .read = {u"mms_Sync_Read", {Argument::kCount, Argument::kIds, Argument::kRecords}},
               .insert = {u"mms_Sync_Insert", {Argument::kRecords, Argument::kNewId}},
-              .update = {u"mms_Sync_Update", {Argument::kId, Argument::kRecords}},
-              .read_batch = 50,
-              .keeps_table_open = true,
-              .incoming_id = kMessageId},
+              .update = {u"mms_Sync_Update", {Argument::kId, Argument::kRecords}}},
+    .read_batch = 50,
+    .incoming_id = kMessageId,
+    .inserted = kTableApplied,
+}};
+
+inline constexpr ModuleFacts kFacts = {
+    .names = kNames,
+    .tables = kTableFacts,
     .erase = {u"mms_SC_Sync_Del", {Argument::kCount, Argument::kIds}},
     .erase_all = {u"mms_Sync_DelAll", {}},
-    .creates_files_first = true,
+    .creates_tables_first = true,
     // Not mmscmd.tbl, which stays: desktops clean it away themselves, and count on the other going.
     .consumed_change_list = u"smscmd.tbl",
 };
 
-/// Serves one call: loads the store when it is made, unloads it when it goes.
+/// Results as the procedure's, and those of the configuration's steps without a flag.
 class MmsHandler {
  public:
-  /// Results as OneTableRun's; without a flag kStoreNotLoaded, kFileFailed, and what the configuration comes to.
-  Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
-  Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
+  explicit MmsHandler(const ModuleCall& call) : call_(call) {}
+
+  Result Export(SyncMode& mode, char16_t* anchor);
+  Result Recover(SyncMode mode, char16_t* anchor);
 
  private:
   /// Records of any length pass one at a time.
   class Table final : public RecordTable {
    public:
-    explicit Table(const Library& store) : RecordTable(store, kMainTable, kTables[kMainTable], kFacts.table) {}
+    using RecordTable::RecordTable;
 
     Result ExportRecords(std::span<const std::uint32_t> ids, const char16_t* path, File& exchange_table) override;
     Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
@@ -62,10 +67,9 @@ class MmsHandler {
   Result ExportConfig();
   Result ApplyConfig();
 
-  Library store_{kNames.store_library};
-  ExchangeDirectory directory_;
-  Table table_{store_};
-  OneTableRun run_{kFacts, store_, directory_, table_};
+  const ModuleCall& call_;
+  Table table_{call_.store(), kMainTable, kTables[kMainTable], kTableFacts[kMainTable]};
+  Procedure procedure_{kFacts, call_, table_};
 };
 
 }  // namespace qv::mms

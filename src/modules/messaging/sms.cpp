@@ -1,30 +1,22 @@
-// The short messages' export and recover around the procedure of one table.
+// The short messages' export and recover around the procedure.
 #include "modules/messaging/sms.h"
 
 namespace qv::sms {
 
-Result SmsHandler::Export(SyncMode& mode, char16_t* anchor, const void* directory) {
-  if (!store_.IsLoaded()) return Result::kStoreNotLoaded;
-  if (const Result taken = directory_.Assign(directory); IsFailure(taken)) return taken;
-  CheckAnchor(mode, kNames.anchor_key, anchor);
-  MoveAnchor(mode, kNames.anchor_key, anchor);
-
-  coredll::DeleteFileW(directory_ / kTables[kMainTable].exchange_file);
-  if (const Result exported = ExportConfig(store_, directory_ / kConfigFile); IsFailure(exported)) return exported;
-  return run_.Export(mode);
+Result SmsHandler::Export(SyncMode& mode, char16_t* anchor) {
+  procedure_.BeginExport(mode, anchor);
+  const Result exported = ExportConfig(call_.store(), call_.PathOf(kConfigFile));
+  return IsFailure(exported) ? exported : procedure_.Export(mode);
 }
 
-Result SmsHandler::Recover(SyncMode mode, char16_t* anchor, const void* directory) {
-  if (!store_.IsLoaded()) return Result::kStoreNotLoaded;
-  if (const Result taken = directory_.Assign(directory); IsFailure(taken)) return taken;
-  // A desktop that sends no configuration gets its anchor back as it was.
-  const Result applied = ApplyConfig(store_, directory_ / kConfigFile, folders_);
+Result SmsHandler::Recover(SyncMode mode, char16_t* anchor) {
+  const Result applied = ApplyConfig(call_.store(), call_.PathOf(kConfigFile), folders_);
   if (IsFailure(applied)) return applied;
-  if (const Result learnt = LearnFolders(store_, folders_); IsFailure(learnt)) return learnt;
-  MoveAnchor(mode, kNames.anchor_key, anchor);
-
-  coredll::DeleteFileW(directory_ / kConfigFile);
-  return run_.Recover(mode);
+  if (const Result learnt = LearnFolders(call_.store(), folders_); IsFailure(learnt)) return learnt;
+  // Only now: a desktop that sends no configuration gets its anchor back as it was.
+  call_.MoveAnchor(mode, anchor);
+  call_.Delete(kConfigFile);
+  return procedure_.Recover(mode);
 }
 
 void SmsHandler::Table::Repoint(std::uint8_t* message, const IdMap& /*id_map*/) const {

@@ -5,7 +5,7 @@
 #include "modules/messaging/sms_config.h"
 #include "modules/messaging/sms_layout.h"
 #include "sync/form_rules.h"
-#include "sync/one_table.h"
+#include "sync/procedure.h"
 
 namespace qv::sms {
 
@@ -22,40 +22,49 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
-inline constexpr OneTableFacts kFacts = {
-    .names = kNames,
-    .table = {.count = {u"Sync_GetAllRecNum", {}},
+inline constexpr RecordTableFacts kTableFacts[] = {{
+    .calls = {.count = {u"Sync_GetAllRecNum", {}},
               .list = {u"Sync_GetAllidTime", {Argument::kCountPlace, Argument::kEntries}},
               .read = {u"Sync_Read", {Argument::kCount, Argument::kIds, Argument::kRecords}},
               .insert = {u"Sync_Insert", {Argument::kRecords, Argument::kNewId}},
-              .update = {u"Sync_Update", {Argument::kId, Argument::kRecords}},
-              .sync_info = {36, 4, SyncInfoForm::Time::kText},
-              .table_written = StepFlag::kTable0Exported,
-              .looks_up_first = true},
+              .update = {u"Sync_Update", {Argument::kId, Argument::kRecords}}},
+    .sync_info = {36, 4, SyncInfoForm::Time::kText},
+    .created = TableCreated::kFirstAndAnew,
+    .looks_up_first = true,
+    .written = StepFlag::kTable0Exported,
+    .inserted = kTableApplied,
+}};
+
+inline constexpr ModuleFacts kFacts = {
+    .names = kNames,
+    .tables = kTableFacts,
     .erase = {u"Sync_Del", {Argument::kCount, Argument::kIds}},
     .erase_all = {u"Sync_DelAll", {}},
-    .ignores_tables_of_changes = true,
+    .deletes_table_first = true,
+    .looks_up_first = true,
+    .tables_of_changes = TablesOfChanges::kOnlyOne,
 };
 
 inline constexpr RuleWords kRules[] = {
     {&kMessageLayout,
      "folder_id: a recover puts a message into the handset's folder of the same name as the desktop's, which "
-     "smsconf.tbl "
-     "tells, and into folder 1 when there is none."},
+     "smsconf.tbl tells, and into folder 1 when there is none."},
 };
 
-/// Serves one call: loads the store when it is made, unloads it when it goes.
+/// Results as the procedure's, and those of the configuration's steps without a flag.
 class SmsHandler {
  public:
-  /// Results as OneTableRun's; without a flag kStoreNotLoaded, kFileFailed, and what the configuration comes to.
-  Result Export(SyncMode& mode, char16_t* anchor, const void* directory);
-  Result Recover(SyncMode mode, char16_t* anchor, const void* directory);
+  explicit SmsHandler(const ModuleCall& call) : call_(call) {}
+
+  Result Export(SyncMode& mode, char16_t* anchor);
+  Result Recover(SyncMode mode, char16_t* anchor);
 
  private:
+  /// Messages go into the handset's folders.
   class Table final : public RecordTable {
    public:
     Table(const Library& store, const FolderMap& folders)
-        : RecordTable(store, kMainTable, kTables[kMainTable], kFacts.table), folders_(folders) {}
+        : RecordTable(store, kMainTable, kTables[kMainTable], kTableFacts[kMainTable]), folders_(folders) {}
 
    private:
     void Repoint(std::uint8_t* message, const IdMap& id_map) const override;
@@ -63,11 +72,10 @@ class SmsHandler {
     const FolderMap& folders_;
   };
 
-  Library store_{kNames.store_library};
-  ExchangeDirectory directory_;
+  const ModuleCall& call_;
   FolderMap folders_;
-  Table table_{store_, folders_};
-  OneTableRun run_{kFacts, store_, directory_, table_};
+  Table table_{call_.store(), folders_};
+  Procedure procedure_{kFacts, call_, table_};
 };
 
 }  // namespace qv::sms
