@@ -99,6 +99,15 @@ void Append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }
 
+std::vector<Bytes> Split(const Bytes& table, std::size_t record_size) {
+  EXPECT_EQ(table.size() % record_size, 0u);
+  std::vector<Bytes> records;
+  for (std::size_t i = 0; i + record_size <= table.size(); i += record_size) {
+    records.emplace_back(table.data() + i, table.data() + i + record_size);
+  }
+  return records;
+}
+
 AgentTest::AgentTest() {
   std::string name = (std::filesystem::temp_directory_path() / "handset-XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a directory for the handset");

@@ -64,6 +64,8 @@ std::uint32_t Get32(const Bytes& bytes, std::size_t offset);
 Bytes Words(std::initializer_list<std::uint32_t> words);
 std::vector<std::uint32_t> ToWords(const Bytes& bytes);
 void Append(Bytes& bytes, const Bytes& more);
+/// A table as its records; the test fails unless it is whole ones.
+std::vector<Bytes> Split(const Bytes& table, std::size_t record_size);
 
 constexpr char16_t kSync[] = u"\\sync";
 constexpr char16_t kAnchorIni[] = u"\\dbdata\\sysconfig\\qvSyncAnchor.ini";

@@ -1,14 +1,14 @@
 // Follows each run by its platform calls to know the step that a failure falls in.
 #include "tests/support/fault_sweep.h"
 
-#include <map>
-
 namespace qv_test {
 namespace {
 
 constexpr char16_t kAnchorName[] = u"qvSyncAnchor.ini";
-constexpr std::uint32_t kSnapshotWritten = 0x5000000;
-constexpr std::uint32_t kIdMapWritten = 0x6000000;
+
+std::u16string NameOf(std::u16string_view path) {
+  return std::u16string(path.substr(path.rfind(u'\\') + 1));
+}
 
 /// Says what a run must answer if the call just seen fails.
 class StepWatcher {
@@ -17,15 +17,17 @@ class StepWatcher {
 
   void See(const handset::Call& call) {
     call_ = std::string(call.function);
-    name_ = std::u16string(call.path.substr(call.path.rfind(u'\\') + 1));
+    name_ = NameOf(call.path);
     size_ = call.size;
     is_unreported_ = run_.unreported.contains(name_);
     const unsigned time = ++times_[{call_, name_}];
     ++count_[call_];
     for (const StepBegin& step : run_.steps) {
-      if (step.function != call_ || step.name != name_ || step.time != time) continue;
+      if (step.call.function != call_ || step.call.name != name_ || step.call.time != time) continue;
       if (step.flag == kUnreported) {
         is_unreported_ = true;
+      } else if (step.flag == kSnapshotRead) {
+        step_ |= kSnapshotRead;
       } else {
         step_ = step.flag;
       }
@@ -69,7 +71,99 @@ class StepWatcher {
   std::map<std::string, unsigned> count_;
 };
 
+/// The code that a failing entry point of this role comes out as.
+std::uint32_t CodeOf(StoreRole role) {
+  switch (role) {
+    case StoreRole::kDeleteAll: return 3;
+    case StoreRole::kCount: return 4;
+    case StoreRole::kList: return 5;
+    case StoreRole::kRead: return 6;
+    case StoreRole::kInsert: return 7;
+    case StoreRole::kUpdate: return 8;
+    case StoreRole::kDelete: return 9;
+  }
+  return 0;
+}
+
+/// The code of a failing store call in a step; 0 for one that is not reported.
+std::uint32_t CodeOf(const SweptModule& module, const ScriptedStore& store, const std::string& entry_point,
+                     std::uint32_t step) {
+  const auto& unflagged = module.unflagged_store_codes;
+  if (const auto own = unflagged.find(entry_point); step == 0 && own != unflagged.end()) return own->second;
+  if (const auto own = module.store_codes.find(entry_point); own != module.store_codes.end()) return own->second;
+  const std::optional<StoreRole> role = store.RoleOf(entry_point);
+  EXPECT_TRUE(role.has_value()) << "nobody said what " << entry_point << " comes out as";
+  return role ? CodeOf(*role) : 0;
+}
+
+void AppendSteps(std::vector<StepBegin>& steps, const std::vector<StepBegin>& more) {
+  steps.insert(steps.end(), more.begin(), more.end());
+}
+
+std::vector<StepBegin> ExportSteps(const SweptModule& module) {
+  const SweptTable& main = module.tables.front();
+  std::vector<StepBegin> steps = {{Opens(main.file), 0}};
+  if (main.snapshot_log != nullptr) {
+    steps.push_back({Opens(main.snapshot_log), kSnapshotWritten, {1, 2}});
+    steps.push_back({Opens(main.snapshot_log, 2), kSnapshotWritten, {3}});
+  }
+  for (const SweptTable& table : module.tables) {
+    if (table.export_begin) steps.push_back({*table.export_begin, table.exported});
+    if (table.snapshot_log != nullptr) steps.push_back({Opens(table.snapshot_log), kSnapshotRead, {3}});
+  }
+  AppendSteps(steps, module.more_export_steps);
+  return steps;
+}
+
+std::vector<StepBegin> RecoverSteps(const SweptModule& module) {
+  std::vector<StepBegin> steps = {{LooksUp(module.delete_all), 0}, {Opens(module.change_list), kChangeListApplied}};
+  for (const SweptTable& table : module.tables) {
+    steps.push_back({Opens(table.file), table.inserted, {1, 2, 4, 5}});
+    steps.push_back({Opens(table.file), table.applied, {3}});
+  }
+  const char16_t* const log = module.tables.front().snapshot_log;
+  if (log != nullptr) steps.push_back({Opens(log), kSnapshotWritten});
+  if (module.id_map_written != kUnreported) steps.push_back({Opens(module.id_map), module.id_map_written});
+  AppendSteps(steps, module.more_recover_steps);
+  return steps;
+}
+
+FaultScript ScriptOf(const SweptModule& module, const char* name, bool exporting, std::uint32_t mode) {
+  FaultScript script = {.name = name,
+                        .exporting = exporting,
+                        .mode = mode,
+                        .module = module,
+                        .steps = exporting ? ExportSteps(module) : RecoverSteps(module),
+                        .unreported = module.unreported,
+                        .early_allocation = exporting ? 0 : module.early_allocation};
+  std::erase_if(script.steps, [&](const StepBegin& step) { return !step.modes.contains(mode); });
+  if (module.id_map_written == kUnreported) script.unreported.insert(NameOf(module.id_map));
+  return script;
+}
+
 }  // namespace
+
+PlatformCall Opens(std::u16string_view file, unsigned time) {
+  return {"CreateFileW", NameOf(file), time};
+}
+
+PlatformCall Deletes(std::u16string_view file) {
+  return {"DeleteFileW", NameOf(file)};
+}
+
+PlatformCall LooksUp(std::u16string_view entry_point, unsigned time) {
+  return {"GetProcAddressW", std::u16string(entry_point), time};
+}
+
+std::vector<FaultScript> ScriptsOf(const SweptModule& module) {
+  return {
+      ScriptOf(module, "FullExport", true, 1),          ScriptOf(module, "ReplaceExport", true, 2),
+      ScriptOf(module, "IncrementalExport", true, 3),   ScriptOf(module, "PlainExport", true, 4),
+      ScriptOf(module, "FullRecover", false, 1),        ScriptOf(module, "ReplaceRecover", false, 2),
+      ScriptOf(module, "IncrementalRecover", false, 3), ScriptOf(module, "PlainRecover", false, 4),
+      ScriptOf(module, "LocalRecover", false, 5),
+  };
+}
 
 void PrintTo(const FaultScript& script, std::ostream* out) {
   *out << script.name;
@@ -79,28 +173,46 @@ std::string NameOfScript(const testing::TestParamInfo<FaultScript>& info) {
   return info.param.name;
 }
 
+/// The same each time: the store, an anchor "5", snapshots with one record that changed and many that are gone, and for
+/// a recover what the desktop sends.
 std::unique_ptr<ScriptedStore> FaultSweepTest::Prepare() {
   for (const auto& entry : std::filesystem::recursive_directory_iterator(handset::HostPath(u"\\"))) {
     if (entry.is_regular_file()) std::filesystem::remove(entry.path());
   }
-  return GetParam().prepare();
+  const bool exporting = GetParam().exporting;
+  const SweptModule& module = GetParam().module;
+  WriteText(kAnchorIni, "[ANCHORDATE]\r\n" + module.anchor_key + " = 5");
+  Bytes snapshot = Words({1, 9, 0});
+  for (std::uint32_t id = 1001; id <= 1070; ++id) Append(snapshot, Words({id, 1, 0}));
+  for (const SweptTable& table : module.tables) {
+    if (table.snapshot_log != nullptr) WriteFile(table.snapshot_log, snapshot);
+    if (!exporting) WriteFile(table.file, table.sent);
+  }
+  if (!exporting) WriteFile(module.change_list, module.changes);
+  if (!exporting && module.config_file != nullptr) WriteFile(module.config_file, module.config);
+  return module.make_store();
 }
 
 Answer FaultSweepTest::Perform() {
   const FaultScript& script = GetParam();
-  return script.exporting ? Export(script.module_id, script.mode, u"5") : Recover(script.module_id, script.mode);
+  const std::int32_t module = script.module.id;
+  return script.exporting ? Export(module, script.mode, u"5") : Recover(module, script.mode);
 }
 
 void FaultSweepTest::ExpectFailure(const Answer& answer, std::uint32_t result) {
-  const std::uint32_t flag = GetParam().exporting ? 0x10000000 : 0x20000000;
-  EXPECT_EQ(answer.code, result == 0 ? 0 : result | flag);
+  const bool exporting = GetParam().exporting;
+  const SweptModule& module = GetParam().module;
+  const std::uint32_t flag = exporting ? 0x10000000 : 0x20000000;
+  const bool is_told = exporting ? module.exports_are_told : module.recovers_are_told;
+  EXPECT_EQ(answer.code, result == 0 || !is_told ? 0 : result | flag);
   EXPECT_EQ(answer.returned, answer.code & 0x0FFFFFFF);
   const handset::Census left = handset::TakeCensus();
   EXPECT_EQ(left.files + left.libraries + left.blocks + left.semaphores, 0u);
-  const std::uint32_t step = answer.code & 0x0F000000;
-  const bool all_was_applied = answer.code == 0 || step == kSnapshotWritten || step == kIdMapWritten;
-  if (GetParam().exporting || all_was_applied) return;
-  for (const char16_t* const file : GetParam().desktop_files) EXPECT_TRUE(Exists(file)) << handset::HostPath(file);
+  const std::uint32_t step = result & 0x0F000000;
+  const bool all_was_applied = result == 0 || step == kSnapshotWritten || step == kIdMapWritten;
+  if (exporting || all_was_applied) return;
+  for (const SweptTable& table : module.tables) EXPECT_TRUE(Exists(table.file)) << handset::HostPath(table.file);
+  EXPECT_TRUE(Exists(module.change_list));
 }
 
 void FaultSweepTest::FailEachPlatformCall(handset::Fault fault) {
@@ -115,7 +227,10 @@ void FaultSweepTest::FailEachPlatformCall(handset::Fault fault) {
     handset::FailCall(n, fault);
     const Answer answer = Perform();
     handset::Observe({});
-    if (!handset::FaultHappened()) break;
+    if (!handset::FaultHappened()) {
+      EXPECT_EQ(answer.code, 0u) << "of a run in which nothing fails";
+      break;
+    }
     SCOPED_TRACE(std::string(GetParam().name) + ", call " + std::to_string(n) + ", " + watcher.call());
     ExpectFailure(answer, watcher.IsHarmless(fault) ? 0 : watcher.Expected());
   }
@@ -141,10 +256,37 @@ void FaultSweepTest::FailEachStoreCall() {
     handset::Observe({});
     if (!store->failed_a_call) break;
     SCOPED_TRACE(std::string(GetParam().name) + ", " + failed);
-    const std::uint32_t code = GetParam().store_code(failed.substr(0, failed.find(' ')), watcher.step());
+    const std::uint32_t code = CodeOf(GetParam().module, *store, failed.substr(0, failed.find(' ')), watcher.step());
     ExpectFailure(answer, code == 0 ? 0 : watcher.step() | code);
   }
   EXPECT_GT(n, 3u) << "hardly any call was reached";
+}
+
+void FaultSweepTest::FailToLoadTheStore() {
+  constexpr std::uintptr_t kAllOnes = 0xFFFFFFFF;
+  for (const std::uintptr_t handle : {std::uintptr_t{0}, kAllOnes}) {
+    const std::unique_ptr<ScriptedStore> store = Prepare();
+    handset::InstallLibraryHandle(store->library(), reinterpret_cast<coredll::HMODULE>(handle));
+    const auto before = AllFiles();
+    ExpectFailure(Perform(), 1);
+    EXPECT_EQ(AllFiles(), before);
+  }
+}
+
+TEST_P(FaultSweepTest, EachFailingPlatformCallIsReported) {
+  FailEachPlatformCall(handset::Fault::kFail);
+}
+
+TEST_P(FaultSweepTest, EachTransferCutShortIsReportedOrGoneOnWith) {
+  FailEachPlatformCall(handset::Fault::kCutShort);
+}
+
+TEST_P(FaultSweepTest, EachFailingStoreCallIsReported) {
+  FailEachStoreCall();
+}
+
+TEST_P(FaultSweepTest, AStoreThatDoesNotLoadIsReported) {
+  FailToLoadTheStore();
 }
 
 }  // namespace qv_test

@@ -11,10 +11,10 @@
 namespace qv_test {
 
 /// Bytes of an exchange record that reach the store as they stand. The texts are listed in contact_records.h.
-struct CopiedBytes {
+struct CopiedContactBytes {
   std::size_t exchange, size, store;
 };
-inline constexpr CopiedBytes kCopiedContactBytes[] = {
+inline constexpr CopiedContactBytes kCopiedContactBytes[] = {
     {0, 4, 0},                                          // record id
     {108, 1, 2288},                                     // attribute
     {112, 2, 1084},                                     // first date: year, month, day, hour, minute, second
@@ -30,7 +30,7 @@ inline constexpr CopiedBytes kCopiedContactBytes[] = {
     {3560, 2, 4},    {3564, 2, 6},    {3568, 2, 8},     // last modification
     {3572, 2, 10},   {3576, 2, 12},   {3580, 2, 14},    //
 };
-inline constexpr CopiedBytes kCopiedGroupBytes[] = {
+inline constexpr CopiedContactBytes kCopiedGroupBytes[] = {
     {0, 4, 0},      // group id
     {1492, 1, 16},  // attribute
 };

@@ -31,23 +31,9 @@ constexpr Names kNames[] = {
      "FindgroupSyncidByName"},
 };
 
-/// `count` ids, one every `stride` bytes.
-std::string IdList(std::int32_t count, const void* ids, std::size_t stride = 4) {
-  std::string list = "[";
-  for (std::int32_t i = 0; i < count; ++i) {
-    std::uint32_t id = 0;
-    std::memcpy(&id, static_cast<const std::uint8_t*>(ids) + static_cast<std::size_t>(i) * stride, sizeof(id));
-    list += (i == 0 ? "" : " ") + std::to_string(id);
-  }
-  return list + "]";
-}
-
-/// `count` records one after another, each a block of its own.
-std::vector<Bytes> Split(const void* records, std::int32_t count, std::size_t size) {
-  std::vector<Bytes> split;
-  const auto* from = static_cast<const std::uint8_t*>(records);
-  for (std::int32_t i = 0; i < count; ++i, from += size) split.emplace_back(from, from + size);
-  return split;
+std::vector<Bytes> RecordsOf(const void* records, std::int32_t count, std::size_t size) {
+  const auto* const first = static_cast<const std::uint8_t*>(records);
+  return Split({first, first + static_cast<std::size_t>(count) * size}, size);
 }
 
 void Append(std::vector<Bytes>& records, const std::vector<Bytes>& more) {
@@ -65,11 +51,11 @@ std::u16string TextAt(const void* text, std::size_t most = std::u16string::npos)
   return read;
 }
 
-/// Blocks must lie where a handset's processor can read whole words of them, texts where it can read characters.
+/// All that entry points take but names is read and written in whole words.
 template <typename... Blocks>
-void ExpectAligned(std::size_t alignment, const Blocks*... blocks) {
+void ExpectWords(const Blocks*... blocks) {
   for (const void* const block : {static_cast<const void*>(blocks)...}) {
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0u) << "of a block handed to the contact store";
+    ExpectAligned("a block handed to the contact store", block);
   }
 }
 
@@ -90,7 +76,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Count(std::int32_t* count) noexcept {
-    ExpectAligned(4, count);
+    ExpectWords(count);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].count); status != 0) return status;
     *count = g_store->claimed_count[kTable].value_or(static_cast<std::int32_t>(g_store->tables[kTable].size()));
     return 0;
@@ -98,7 +84,7 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t List(std::int32_t* count, std::uint8_t* entries) noexcept {
-    ExpectAligned(4, count, entries);
+    ExpectWords(count, entries);
     g_store->offered_rooms[kTable].push_back(*count);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].list); status != 0) return status;
     const auto& records = g_store->tables[kTable];
@@ -114,8 +100,10 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Read(const std::uint32_t* ids, std::int32_t count, std::uint8_t* records) noexcept {
-    ExpectAligned(4, ids, records);
-    if (const std::int32_t status = g_store->Begin(kNames[kTable].read, IdList(count, ids)); status != 0) return status;
+    ExpectWords(ids, records);
+    if (const std::int32_t status = g_store->Begin(kNames[kTable].read, IdList(ids, static_cast<std::size_t>(count)));
+        status != 0)
+      return status;
     if (g_store->fills_nothing.contains(kNames[kTable].read)) return 0;
     for (std::int32_t i = 0; i < count; ++i, records += ScriptedContactStore::kRecordSize) {
       const auto* const record = g_store->Find(kTable, ids[i]);
@@ -127,8 +115,9 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Delete(const std::uint32_t* ids, std::int32_t count) noexcept {
-    ExpectAligned(4, ids);
-    if (const std::int32_t status = g_store->Begin(kNames[kTable].erase, IdList(count, ids)); status != 0) {
+    ExpectWords(ids);
+    if (const std::int32_t status = g_store->Begin(kNames[kTable].erase, IdList(ids, static_cast<std::size_t>(count)));
+        status != 0) {
       return status;
     }
     std::erase_if(g_store->tables[kTable],
@@ -138,8 +127,8 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Add(const void* records, std::int32_t count, std::uint32_t* new_ids) noexcept {
-    ExpectAligned(4, records, new_ids);
-    const std::vector<Bytes> added = Split(records, count, ScriptedContactStore::kRecordSize);
+    ExpectWords(records, new_ids);
+    const std::vector<Bytes> added = RecordsOf(records, count, ScriptedContactStore::kRecordSize);
     Append(g_store->added[kTable], added);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].add, std::to_string(count)); status != 0) {
       return status;
@@ -153,10 +142,11 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t Update(const std::uint32_t* ids, std::int32_t count, const void* records) noexcept {
-    ExpectAligned(4, ids, records);
-    const std::vector<Bytes> updated = Split(records, count, ScriptedContactStore::kRecordSize);
+    ExpectWords(ids, records);
+    const std::vector<Bytes> updated = RecordsOf(records, count, ScriptedContactStore::kRecordSize);
     Append(g_store->updated[kTable], updated);
-    if (const std::int32_t status = g_store->Begin(kNames[kTable].update, IdList(count, ids)); status != 0) {
+    if (const std::int32_t status = g_store->Begin(kNames[kTable].update, IdList(ids, static_cast<std::size_t>(count)));
+        status != 0) {
       return status;
     }
     for (const Bytes& bytes : updated) {
@@ -169,8 +159,8 @@ struct ContactEntryPoints {
 
   template <int kTable>
   static std::int32_t FindByName(const void* name, std::int32_t* found, std::uint32_t* id) noexcept {
-    ExpectAligned(2, name);
-    ExpectAligned(4, found, id);
+    ExpectAligned("a name", name, 2);
+    ExpectWords(found, id);
     const std::u16string wanted = TextAt(name);
     if (const std::int32_t status = g_store->Begin(kNames[kTable].find, Plain(wanted)); status != 0) return status;
     if (g_store->fills_nothing.contains(kNames[kTable].find)) return 0;
@@ -185,9 +175,9 @@ struct ContactEntryPoints {
   }
 
   static std::int32_t QueryMemberships(std::int32_t count, std::uint8_t* records) noexcept {
-    ExpectAligned(4, records);
-    const std::int32_t status =
-        g_store->Begin("QueryManAttachGroup", IdList(count, records, ScriptedContactStore::kMembershipSize));
+    ExpectWords(records);
+    const std::int32_t status = g_store->Begin(
+        "QueryManAttachGroup", IdList(records, static_cast<std::size_t>(count), ScriptedContactStore::kMembershipSize));
     if (status != 0 || g_store->fills_nothing.contains("QueryManAttachGroup")) return status;
     for (std::int32_t i = 0; i < count; ++i, records += ScriptedContactStore::kMembershipSize) {
       std::uint32_t contact = 0;
@@ -216,7 +206,7 @@ struct ContactEntryPoints {
   }
 
   static std::int32_t DownloadPicture(std::uint32_t id, std::uint8_t* picture) noexcept {
-    ExpectAligned(4, picture);
+    ExpectWords(picture);
     if (const std::int32_t status = g_store->Begin("DownloadingImage", std::to_string(id)); status != 0) return status;
     if (g_store->fills_nothing.contains("DownloadingImage")) return 0;
     const auto known = g_store->pictures.find(id);
@@ -231,7 +221,7 @@ struct ContactEntryPoints {
   }
 
   static std::int32_t LoadPicture(std::uint8_t* picture, std::uint32_t* new_id) noexcept {
-    ExpectAligned(4, picture, new_id);
+    ExpectWords(picture, new_id);
     const Bytes bytes(picture, picture + ScriptedContactStore::kPictureSize);
     g_store->loaded_pictures.push_back(bytes);
     const std::int32_t status = g_store->Begin("LoadingImage", std::to_string(Get32(bytes, 0)));
@@ -252,8 +242,8 @@ struct ContactEntryPoints {
  private:
   static std::int32_t Apply(const char* entry_point, std::int32_t count, const void* records, bool replaces,
                             std::vector<Bytes>& handed_over) noexcept {
-    ExpectAligned(4, records);
-    const std::vector<Bytes> memberships = Split(records, count, ScriptedContactStore::kMembershipSize);
+    ExpectWords(records);
+    const std::vector<Bytes> memberships = RecordsOf(records, count, ScriptedContactStore::kMembershipSize);
     Append(handed_over, memberships);
     if (const std::int32_t status = g_store->Begin(entry_point, std::to_string(count)); status != 0) return status;
     for (const Bytes& membership : memberships) {
@@ -271,41 +261,48 @@ struct ContactEntryPoints {
 
 ScriptedContactStore::ScriptedContactStore(const std::set<std::u16string>& missing, std::uintptr_t missing_address) {
   using Points = ContactEntryPoints;
-  const auto address = [](auto* function) { return reinterpret_cast<coredll::FARPROC>(function); };
   handset::EntryPoints all = {
-      {u"DTP_Initialize", address(&Points::Initialize)},
-      {u"DTP_UnInitialize", address(&Points::UnInitialize)},
-      {u"DTP_PIMGetAllManNum", address(&Points::Count<0>)},
-      {u"DTP_PIMGetAllGroupNum", address(&Points::Count<1>)},
-      {u"DTP_PIMGetAllmanSyncid", address(&Points::List<0>)},
-      {u"DTP_PIMGetAllgroupSyncid", address(&Points::List<1>)},
-      {u"DTP_PIMReadman", address(&Points::Read<0>)},
-      {u"DTP_PIMReadgroup", address(&Points::Read<1>)},
-      {u"DTP_PIMDeleteMan", address(&Points::Delete<0>)},
-      {u"DTP_PIMDeleteGroup", address(&Points::Delete<1>)},
-      {u"DTP_PIMAddManToUnGroup", address(&Points::Add<0>)},
-      {u"DTP_PIMAddGroup", address(&Points::Add<1>)},
-      {u"DTP_PIMUpdateMan", address(&Points::Update<0>)},
-      {u"DTP_PIMUpdateGroup", address(&Points::Update<1>)},
-      {u"DTP_PIMFindmanSyncidByName", address(&Points::FindByName<0>)},
-      {u"DTP_PIMFindgroupSyncidByName", address(&Points::FindByName<1>)},
-      {u"DTP_PIMQueryManAttachGroup", address(&Points::QueryMemberships)},
-      {u"DTP_PIMPhoneAddToGroups", address(&Points::AddMemberships)},
-      {u"DTP_PIMModifyManToGroup", address(&Points::ModifyMemberships)},
-      {u"DTP_DownloadingImage", address(&Points::DownloadPicture)},
-      {u"DTP_LoadingImage", address(&Points::LoadPicture)},
-      {u"DTP_DeleteImage", address(&Points::DeletePicture)},
+      {u"DTP_Initialize", AddressOf(&Points::Initialize)},
+      {u"DTP_UnInitialize", AddressOf(&Points::UnInitialize)},
+      {u"DTP_PIMGetAllManNum", AddressOf(&Points::Count<0>)},
+      {u"DTP_PIMGetAllGroupNum", AddressOf(&Points::Count<1>)},
+      {u"DTP_PIMGetAllmanSyncid", AddressOf(&Points::List<0>)},
+      {u"DTP_PIMGetAllgroupSyncid", AddressOf(&Points::List<1>)},
+      {u"DTP_PIMReadman", AddressOf(&Points::Read<0>)},
+      {u"DTP_PIMReadgroup", AddressOf(&Points::Read<1>)},
+      {u"DTP_PIMDeleteMan", AddressOf(&Points::Delete<0>)},
+      {u"DTP_PIMDeleteGroup", AddressOf(&Points::Delete<1>)},
+      {u"DTP_PIMAddManToUnGroup", AddressOf(&Points::Add<0>)},
+      {u"DTP_PIMAddGroup", AddressOf(&Points::Add<1>)},
+      {u"DTP_PIMUpdateMan", AddressOf(&Points::Update<0>)},
+      {u"DTP_PIMUpdateGroup", AddressOf(&Points::Update<1>)},
+      {u"DTP_PIMFindmanSyncidByName", AddressOf(&Points::FindByName<0>)},
+      {u"DTP_PIMFindgroupSyncidByName", AddressOf(&Points::FindByName<1>)},
+      {u"DTP_PIMQueryManAttachGroup", AddressOf(&Points::QueryMemberships)},
+      {u"DTP_PIMPhoneAddToGroups", AddressOf(&Points::AddMemberships)},
+      {u"DTP_PIMModifyManToGroup", AddressOf(&Points::ModifyMemberships)},
+      {u"DTP_DownloadingImage", AddressOf(&Points::DownloadPicture)},
+      {u"DTP_LoadingImage", AddressOf(&Points::LoadPicture)},
+      {u"DTP_DeleteImage", AddressOf(&Points::DeletePicture)},
   };
-  for (const std::u16string& name : missing) {
-    EXPECT_EQ(all.erase(name), 1u) << "the store never had this entry point";
-    if (missing_address != 0) all[name] = reinterpret_cast<coredll::FARPROC>(missing_address);
-  }
   g_store = this;
-  handset::InstallLibrary(u"ContactStore.dll", std::move(all));
+  Install(u"ContactStore.dll", std::move(all), missing, missing_address);
 }
 
 ScriptedContactStore::~ScriptedContactStore() {
   g_store = nullptr;
+}
+
+std::optional<StoreRole> ScriptedContactStore::RoleOf(const std::string& entry_point) const {
+  for (const Names& names : kNames) {
+    if (entry_point == names.count) return StoreRole::kCount;
+    if (entry_point == names.list) return StoreRole::kList;
+    if (entry_point == names.read) return StoreRole::kRead;
+    if (entry_point == names.add) return StoreRole::kInsert;
+    if (entry_point == names.update) return StoreRole::kUpdate;
+    if (entry_point == names.erase) return StoreRole::kDelete;
+  }
+  return std::nullopt;
 }
 
 void ScriptedContactStore::Add(std::uint32_t table, std::uint32_t id, const Time& time, Bytes bytes) {
@@ -332,14 +329,6 @@ std::vector<std::uint32_t> ScriptedContactStore::Ids(std::uint32_t table) const 
   std::vector<std::uint32_t> ids;
   for (const Record& record : tables[table]) ids.push_back(record.id);
   return ids;
-}
-
-std::vector<std::string> ScriptedContactStore::CallsOf(const std::string& entry_point) const {
-  std::vector<std::string> found;
-  for (const std::string& call : calls) {
-    if (call == entry_point || call.starts_with(entry_point + " ")) found.push_back(call);
-  }
-  return found;
 }
 
 std::int32_t ScriptedContactStore::Begin(const std::string& entry_point, const std::string& arguments) {

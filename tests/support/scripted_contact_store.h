@@ -27,8 +27,8 @@ class ScriptedContactStore final : public ScriptedStore {
   /// (u"DTP_PIMReadman"), or has at the address `missing_address`.
   explicit ScriptedContactStore(const std::set<std::u16string>& missing = {}, std::uintptr_t missing_address = 0);
   ~ScriptedContactStore() override;
-  ScriptedContactStore(const ScriptedContactStore&) = delete;
-  ScriptedContactStore& operator=(const ScriptedContactStore&) = delete;
+
+  std::optional<StoreRole> RoleOf(const std::string& entry_point) const override;
 
   // --- What it holds ---
 
@@ -79,8 +79,6 @@ class ScriptedContactStore final : public ScriptedStore {
   // "DeleteImage 7"; with the number of records "AddManToUnGroup 3", "AddGroup 3", "PhoneAddToGroups 2",
   // "ModifyManToGroup 2"; with the name "FindmanSyncidByName Anna", "FindgroupSyncidByName Family".
 
-  /// The calls of one entry point.
-  std::vector<std::string> CallsOf(const std::string& entry_point) const;
   /// The room that each list of records was offered, in its count: contacts, groups.
   std::vector<std::int32_t> offered_rooms[2];
   /// The bytes of what the agent handed over, record by record in the order of the calls, whatever became of it.

@@ -147,9 +147,9 @@ TEST_F(ContactsRecoverTest, AContactThatSaysNothingIsAllZeroButForItsIdAndKind) 
 }
 
 /// Where a flipped bit of exchange byte `offset` shows in the store record; false when it must not show at all.
-bool FindStoreByte(std::span<const CopiedBytes> copied, std::span<const TextField> texts, std::size_t offset,
+bool FindStoreByte(std::span<const CopiedContactBytes> copied, std::span<const TextField> texts, std::size_t offset,
                    std::size_t& store) {
-  for (const CopiedBytes& bytes : copied) {
+  for (const CopiedContactBytes& bytes : copied) {
     if (offset < bytes.exchange || offset >= bytes.exchange + bytes.size) continue;
     store = bytes.store + offset - bytes.exchange;
     return true;

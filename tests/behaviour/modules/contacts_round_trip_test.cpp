@@ -187,15 +187,6 @@ class ContactsRoundTripTest : public AgentTest {
     return records;
   }
 
-  static std::vector<Bytes> Split(const Bytes& table, std::size_t record_size) {
-    EXPECT_EQ(table.size() % record_size, 0u);
-    std::vector<Bytes> records;
-    for (auto at = table.begin(); at != table.end(); at += static_cast<std::ptrdiff_t>(record_size)) {
-      records.emplace_back(at, at + static_cast<std::ptrdiff_t>(record_size));
-    }
-    return records;
-  }
-
   static IdsBecome Pairs(const std::vector<std::uint32_t>& before, const std::vector<std::uint32_t>& after) {
     EXPECT_EQ(before.size(), after.size());
     IdsBecome pairs;

@@ -20,8 +20,8 @@ class MmsExportTest : public AgentTest {
 
   /// What an export makes of one message.
   Bytes Exported(const MmsEntry& entry) {
-    store_.messages.clear();
-    store_.messages.push_back({1, 1, entry});
+    store_.records.clear();
+    store_.AddEntry(1, 1, entry);
     EXPECT_EQ(Export(12, 4).code, 0u);
     return ReadFile(kMmsTable);
   }
@@ -77,14 +77,16 @@ TEST_F(MmsExportTest, DataOfNegativeLengthIsAbsent) {
 
 TEST_F(MmsExportTest, DataThatIsNotWhereItIsSaidToBeIsAFailedRead) {
   for (const std::int32_t length : {1, 1000, INT32_MAX}) {
-    store_.messages = {{1, 1, {"text", 1, 0, Bytes{1}, 1}}, {2, 1, {"text", 2, 0, std::nullopt, length}}};
+    store_.records.clear();
+    store_.Add(1, 1, "text", Bytes{1});
+    store_.AddEntry(2, 1, {"text", 2, 0, std::nullopt, length});
     EXPECT_EQ(Export(12, 1).code, 0x10000006u);
     EXPECT_EQ(ExportChanges().code, 0x10000006u);
   }
 }
 
 TEST_F(MmsExportTest, AMessageIdIsTheEntrysOwn) {
-  store_.messages.push_back({3, 1, {"", 0xE4A1A2A3, 0, std::nullopt, 0}});
+  store_.AddEntry(3, 1, {"", 0xE4A1A2A3, 0, std::nullopt, 0});
   EXPECT_EQ(Export(12, 1).code, 0u);
   EXPECT_EQ(ReadFile(kMmsTable), MmsRecord(0xE4A1A2A3));
   EXPECT_EQ(ReadFile(kMmsLog), Words({3, 1, 0})) << "a snapshot has the listed one";
@@ -175,7 +177,7 @@ TEST_F(MmsExportTest, AConfigurationThatDoesNotFitCarriesNoFlag) {
 
 TEST_F(MmsExportTest, FullAndReplaceExportsWriteEverythingAndRememberIt) {
   for (const std::uint32_t mode : {0u, 1u, 2u, 0xFFFFFFFFu}) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.Add(3, 0x0000000300000002, "three", Bytes{3});
     store_.Add(1, 0x0000000500000004, "one");
     const Answer answer = Export(12, mode, u"77");

@@ -24,11 +24,11 @@ class MmsRecoverTest : public AgentTest {
 
   /// What an inserting recover hands to the store for a table.
   std::vector<MmsEntry> Recovered(const Bytes& table) {
-    store_.messages.clear();
+    store_.records.clear();
     Place(table);
     EXPECT_EQ(Recover(12, 4).code, 0u);
     std::vector<MmsEntry> entries;
-    for (const auto& message : store_.messages) entries.push_back(message.entry);
+    for (const std::uint32_t id : store_.Ids()) entries.push_back(store_.EntryOf(id));
     return entries;
   }
 
@@ -41,7 +41,7 @@ class MmsRecoverTest : public AgentTest {
   /// A message that says more than there is must not be applied, and not even be made room for.
   void ExpectRefused(const Bytes& record) {
     for (const std::uint32_t mode : {1u, 2u, 3u, 4u}) {
-      store_.messages.clear();
+      store_.records.clear();
       store_.calls.clear();
       Bytes table = MmsRecord(7, "before");
       Append(table, record);
@@ -50,7 +50,7 @@ class MmsRecoverTest : public AgentTest {
       handset::ResetPeakMemory();
       EXPECT_EQ(Recover(12, mode).code, 0x23000200u) << "mode " << mode;
       EXPECT_LT(handset::PeakAllocatedBytes(), kLittleMemory);
-      EXPECT_EQ(store_.messages.size(), 1u) << "what came before it stays inserted";
+      EXPECT_EQ(store_.records.size(), 1u) << "what came before it stays inserted";
       EXPECT_TRUE(Exists(kMmsTable));
       EXPECT_TRUE(Exists(kMmsChanges));
       EXPECT_FALSE(Exists(kMmsLog));
@@ -177,7 +177,7 @@ TEST_F(MmsRecoverTest, TheMemoryOfOneMessageIsEnough) {
   handset::ResetPeakMemory();
   EXPECT_EQ(Recover(12, 4).code, 0u);
   EXPECT_LT(handset::PeakAllocatedBytes(), 50000 + kLittleMemory);
-  EXPECT_EQ(store_.messages.size(), 50u);
+  EXPECT_EQ(store_.records.size(), 50u);
   EXPECT_EQ(handset::AllocatedBytes(), 0u);
 }
 
@@ -203,15 +203,15 @@ TEST_F(MmsRecoverTest, WhatIsExportedAndRecoveredIsExportedAlike) {
     } else {
       entry.data_length = -static_cast<std::int32_t>(pick(3));
     }
-    store_.messages.push_back({id, id, entry});
+    store_.AddEntry(id, id, entry);
     expected.push_back(entry);
   }
   store_.config = Bytes{1, 0, 2};
   EXPECT_EQ(Export(12, 1).code, 0u);
   EXPECT_EQ(Recover(12, 2).code, 0u);
   EXPECT_THAT(store_.told_configs, ElementsAre(*store_.config));
-  ASSERT_EQ(store_.messages.size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(store_.messages[i].entry, expected[i]);
+  ASSERT_EQ(store_.records.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(store_.EntryOf(store_.Ids()[i]), expected[i]);
 }
 
 // --- Configuration ---
@@ -283,7 +283,7 @@ TEST_F(MmsRecoverTest, AFailedConfigurationEndsTheRecoverWithoutAFlag) {
 
 TEST_F(MmsRecoverTest, OnlyReplaceEmptiesTheStore) {
   for (const std::uint32_t mode : {0u, 1u, 2u, 4u, 5u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.calls.clear();
     store_.Add(1);
     Place(MmsHeads({2, 3}));
@@ -291,7 +291,7 @@ TEST_F(MmsRecoverTest, OnlyReplaceEmptiesTheStore) {
     EXPECT_EQ(answer.code, 0u);
     EXPECT_EQ(answer.mode, mode);
     EXPECT_EQ(answer.anchor, mode < 4 || mode == 0xFFFFFFFF ? kNowAnchor : u"77");
-    EXPECT_EQ(store_.messages.size(), mode == 2 ? 2u : 3u) << mode;
+    EXPECT_EQ(store_.records.size(), mode == 2 ? 2u : 3u) << mode;
     EXPECT_EQ(store_.CallsOf("DelAll").size(), mode == 2 ? 1u : 0u);
     EXPECT_FALSE(Exists(kMmsTable));
   }
@@ -312,7 +312,7 @@ TEST_F(MmsRecoverTest, APlainRecoverLeavesNothingButTheMessages) {
     EXPECT_EQ(Recover(12, mode).code, 0u);
     EXPECT_THAT(AllFiles(), IsEmpty());
   }
-  EXPECT_EQ(store_.messages.size(), 3u);
+  EXPECT_EQ(store_.records.size(), 3u);
 }
 
 TEST_F(MmsRecoverTest, ARecoverOfNothingEmptiesSnapshotAndMap) {
@@ -378,8 +378,8 @@ TEST_F(MmsRecoverTest, AChangeListDeletesThenInsertsAndUpdates) {
                                 "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "call GetAllRecvNum",
                                 "call GetAllidTime room 3", "create mmsmap.tbl"));
   EXPECT_THAT(store_.Ids(), ElementsAre(1, 3, 1000));
-  EXPECT_EQ(store_.At(3).entry, (MmsEntry{"three", 3, 33, Bytes{3, 3}, 2}));
-  EXPECT_EQ(store_.At(1000).entry, (MmsEntry{"sixty", 60, 0, std::nullopt, 0}));
+  EXPECT_EQ(store_.EntryOf(3), (MmsEntry{"three", 3, 33, Bytes{3, 3}, 2}));
+  EXPECT_EQ(store_.EntryOf(1000), (MmsEntry{"sixty", 60, 0, std::nullopt, 0}));
   EXPECT_EQ(ReadFile(kMmsLog), Words({1, 1, 0, 3, 5, 6, 1000, 5, 6}));
   EXPECT_EQ(ReadFile(kMmsIdMap), Words({0, 1000, 60}));
 }
@@ -568,7 +568,7 @@ TEST_F(MmsRecoverTest, AnUnreadableFileIsNotTakenForItsEnd) {
     for (const unsigned time : {1u, 2u, 3u}) EXPECT_EQ(fails("ReadFile", time, kMmsTable, mode), 0x23000200u);
   }
   EXPECT_EQ(fails("ReadFile", 1, kMmsChanges, 3), 0x20200200u);
-  EXPECT_THAT(store_.messages, IsEmpty());
+  EXPECT_THAT(store_.records, IsEmpty());
 }
 
 TEST_F(MmsRecoverTest, ASnapshotThatCannotBeRewrittenIsFlaggedAfterTheTableIsGone) {

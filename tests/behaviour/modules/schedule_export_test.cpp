@@ -165,7 +165,7 @@ TEST_F(ScheduleExportTest, AGroupTravelsAsItStands) {
 }
 
 TEST_F(ScheduleExportTest, TheStoreMayUseRoomForAHundredRecords) {
-  store_.fills_all_room = true;
+  store_.used_room = 100;
   store_.Add(0, kEntryId, 1, StoreEntry());
   std::vector<std::uint32_t> blocks;
   handset::Observe([&](const handset::Call& call) {
@@ -178,7 +178,7 @@ TEST_F(ScheduleExportTest, TheStoreMayUseRoomForAHundredRecords) {
 }
 
 TEST_F(ScheduleExportTest, ARecordThatTheStoreDoesNotFillIsEmpty) {
-  store_.fills_nothing = true;
+  store_.fills_nothing = {"Read"};
   store_.Add(0, 7, 1, StoreEntry());
   EXPECT_EQ(Export(2, 1).code, 0u);
   EXPECT_EQ(ReadFile(kEntries), PlainEntry(7));
@@ -572,11 +572,11 @@ TEST_F(ScheduleExportTest, AFullDiskIsAFileFailureAtItsTable) {
 
 TEST_F(ScheduleExportTest, AbsurdCountsAreAMemoryFailure) {
   for (const std::uint32_t count : {0x10000000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-    store_.claimed_total = count;
+    store_.claimed_count = count;
     EXPECT_EQ(Export(2, 1).code, 0x11000010u);
     EXPECT_EQ(ExportChanges().code, 0x11000010u);
   }
-  store_.claimed_total = 0x0FFFFFFF;
+  store_.claimed_count = 0x0FFFFFFF;
   EXPECT_EQ(Export(2, 1).code, 0x11000010u) << "four gigabytes are more than the handset has";
 }
 
@@ -584,7 +584,7 @@ TEST_F(ScheduleExportTest, AListLongerThanItsRoomIsCut) {
   store_.Add(0, 1, 1);
   store_.Add(0, 2, 1);
   for (const std::uint32_t count : {3u, 0xFFFFFFFFu}) {
-    store_.claimed_sync_info_count = count;
+    store_.claimed_listed = count;
     EXPECT_EQ(Export(2, 1).code, 0u);
     EXPECT_THAT(IdsIn(ReadFile(kEntries), 912), ElementsAre(1, 2));
     EXPECT_EQ(ReadFile(kEntryLog), Words({1, 1, 0, 2, 1, 0}));
@@ -593,7 +593,7 @@ TEST_F(ScheduleExportTest, AListLongerThanItsRoomIsCut) {
 
 TEST_F(ScheduleExportTest, AListShorterThanItsCountIsTakenAsItIs) {
   store_.Add(0, 1, 1);
-  store_.claimed_total = 3;
+  store_.claimed_count = 3;
   EXPECT_EQ(Export(2, 1).code, 0u);
   EXPECT_THAT(IdsIn(ReadFile(kEntries), 912), ElementsAre(1));
   EXPECT_EQ(ReadFile(kEntryLog), Words({1, 1, 0}));

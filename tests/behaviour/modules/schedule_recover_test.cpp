@@ -197,8 +197,8 @@ TEST_F(ScheduleRecoverTest, ARememberedRecoverLeavesSnapshotsOfTheStoreAndAnIdMa
   store_.Add(0, 1, 0x0000000300000002);
   Place(PlainEntry(2), ExchangeGroup(2));
   EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kEntryLog), Words({1, 2, 3, 1001, 1, 0}));
-  EXPECT_EQ(ReadFile(kGroupLog), Words({1000, 1, 0}));
+  EXPECT_EQ(ReadFile(kEntryLog), Words({1, 2, 3, 1001, 5, 6}));
+  EXPECT_EQ(ReadFile(kGroupLog), Words({1000, 5, 6}));
   EXPECT_EQ(ReadFile(kIdMap), Words({1, 1000, 2, 0, 1001, 2}));
 }
 
@@ -244,7 +244,7 @@ TEST_F(ScheduleRecoverTest, AnIdMapThatCannotBeWrittenIsNotReported) {
   Place(PlainEntry(1));
   MakeDirectory(kIdMap);
   EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kEntryLog), Words({1000, 1, 0}));
+  EXPECT_EQ(ReadFile(kEntryLog), Words({1000, 5, 6}));
 }
 
 // --- Change lists ---
@@ -269,7 +269,7 @@ TEST_F(ScheduleRecoverTest, AChangeListDeletesThenAppliesGroupsThenEntries) {
   EXPECT_EQ(ReadFile(kIdMap), Words({1, 1000, 50, 0, 1001, 60}));
   EXPECT_TRUE(TablesAreGone());
   EXPECT_FALSE(Exists(kChangeList));
-  EXPECT_EQ(ReadFile(kEntryLog), Words({2, 1, 0, 3, 1, 0, 1001, 1, 0}));
+  EXPECT_EQ(ReadFile(kEntryLog), Words({2, 5, 6, 3, 1, 0, 1001, 5, 6}));
   EXPECT_EQ(Get32(store_.At(0, 2).bytes, 4), 1000u);
   EXPECT_EQ(Get32(store_.At(0, 1001).bytes, 4), 1000u);
 }

@@ -36,7 +36,7 @@ class SmsExportTest : public AgentTest {
 
   /// The record that an export makes of a stored one.
   Bytes Exported(const Bytes& record) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.Add(9, ScriptedSmsStore::kOldTime, record);
     EXPECT_EQ(Export(8, 4).code, 0u);
     return ReadFile(kSmsTable);
@@ -72,7 +72,7 @@ TEST_F(SmsExportTest, EachByteOfAMessageGoesWhereItBelongsAndNowhereElse) {
   const Bytes full(1600, 0x11);
   const Bytes before = Exported(full);
   ASSERT_EQ(before.size(), kSmsRecordSize);
-  store_.messages.clear();
+  store_.records.clear();
   for (std::uint32_t i = 0; i < full.size(); ++i) {
     Bytes changed = full;
     changed[i] ^= 0x40;
@@ -258,7 +258,7 @@ TEST_F(SmsExportTest, EachSectionIsReleasedWhenItIsWritten) {
 
 TEST_F(SmsExportTest, FullAndReplaceExportsWriteEverythingAndRememberIt) {
   for (const std::uint32_t mode : {0u, 1u, 2u}) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.Add(3, u"20060105090307");
     store_.Add(1, u"20070131235958");
     const Answer answer = Export(8, mode, u"77");

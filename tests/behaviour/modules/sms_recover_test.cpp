@@ -34,11 +34,11 @@ class SmsRecoverTest : public AgentTest {
 
   /// What the store gets of one message.
   Bytes Recovered(const Bytes& message) {
-    store_.messages.clear();
+    store_.records.clear();
     Place(message);
     EXPECT_EQ(Recover(8, 4).code, 0u);
-    EXPECT_EQ(store_.messages.size(), 1u);
-    return store_.messages.empty() ? Bytes() : store_.messages[0].bytes;
+    EXPECT_EQ(store_.records.size(), 1u);
+    return store_.records.empty() ? Bytes() : store_.records[0].bytes;
   }
 
   /// What the store gets of one entry of the configuration.
@@ -52,10 +52,10 @@ class SmsRecoverTest : public AgentTest {
 
   /// The folder that a message for folder `id` ends up in.
   std::uint32_t FolderOf(std::uint32_t id, const Bytes& sent_folders) {
-    store_.messages.clear();
+    store_.records.clear();
     Place(PlainShortMessage(1, id), Folders(sent_folders));
     EXPECT_EQ(Recover(8, 4).code, 0u);
-    return Get32(store_.messages.at(0).bytes, 8);
+    return Get32(store_.records.at(0).bytes, 8);
   }
 
   ScriptedSmsStore store_;
@@ -87,12 +87,12 @@ TEST_F(SmsRecoverTest, EachByteOfAMessageGoesWhereItBelongsAndNowhereElse) {
     if (!is_time(i)) changed[i] ^= 0x40;
     Append(table, changed);
   }
-  store_.messages.clear();
+  store_.records.clear();
   Place(table);
   EXPECT_EQ(Recover(8, 4).code, 0u);
-  ASSERT_EQ(store_.messages.size(), full.size());
+  ASSERT_EQ(store_.records.size(), full.size());
   for (std::size_t i = 0; i < full.size(); ++i) {
-    ASSERT_EQ(store_.messages[i].bytes, WithByteTurned(before, kCopied, i)) << "exchange byte " << i;
+    ASSERT_EQ(store_.records[i].bytes, WithByteTurned(before, kCopied, i)) << "exchange byte " << i;
   }
 }
 
@@ -153,7 +153,7 @@ TEST_F(SmsRecoverTest, AMessagesTimeIsPaddedAndAnAnchorIsNot) {
   EXPECT_EQ(Recover(8, 1).anchor, u"200615937");
   Bytes expected = RecoveredPlainShortMessage();
   PutText(expected, 16, u"20060105090307");
-  EXPECT_EQ(store_.messages.at(0).bytes, expected);
+  EXPECT_EQ(store_.records.at(0).bytes, expected);
 }
 
 TEST_F(SmsRecoverTest, ATornMessageIsUsedAsReadTheRestBeingZero) {
@@ -166,11 +166,11 @@ TEST_F(SmsRecoverTest, ATornMessageIsUsedAsReadTheRestBeingZero) {
     const Bytes from_torn = Recovered(torn);
     torn.resize(1624);
     EXPECT_EQ(from_torn, Recovered(torn));
-    store_.messages.clear();
+    store_.records.clear();
     Place(behind_another);
     EXPECT_EQ(Recover(8, 4).code, 0u);
-    ASSERT_EQ(store_.messages.size(), 2u);
-    EXPECT_EQ(store_.messages[1].bytes, from_torn);
+    ASSERT_EQ(store_.records.size(), 2u);
+    EXPECT_EQ(store_.records[1].bytes, from_torn);
   }
 }
 
@@ -255,15 +255,15 @@ TEST_F(SmsRecoverTest, ThePaddingOfTheHeaderSaysNothing) {
 TEST_F(SmsRecoverTest, AConfigurationShorterThanItsHeaderChangesNothingAndTheRecoverGoesOn) {
   store_.sections[kSmsFolders] = StoreSmsFolder(7, u"Inbox");
   for (std::size_t size = 0; size < 40; ++size) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.calls.clear();
     Place(PlainShortMessage(2, 7));
     WriteFile(kSmsConfig, Bytes(size, 1));
     EXPECT_EQ(Recover(8, 1).code, 0u);
     EXPECT_THAT(store_.CallsOf("SetSMSConfig"), IsEmpty());
     EXPECT_THAT(store_.CallsOf("GetSMSConfig"), testing::SizeIs(1));
-    ASSERT_EQ(store_.messages.size(), 1u);
-    EXPECT_EQ(store_.messages[0].bytes, RecoveredPlainShortMessage(1)) << "no folder is known by name";
+    ASSERT_EQ(store_.records.size(), 1u);
+    EXPECT_EQ(store_.records[0].bytes, RecoveredPlainShortMessage(1)) << "no folder is known by name";
     EXPECT_FALSE(Exists(kSmsConfig));
     EXPECT_TRUE(Exists(kAnchorIni));
   }
@@ -348,7 +348,7 @@ TEST_F(SmsRecoverTest, AStoreThatRefusesTheConfigurationGetsTheMessages) {
   store_.statuses["SetSMSConfig"] = 0xFFFFFFFF;
   Place(PlainShortMessage(1), ExchangeSmsSections());
   EXPECT_EQ(Recover(8, 1).code, 0u);
-  EXPECT_EQ(store_.messages.size(), 1u);
+  EXPECT_EQ(store_.records.size(), 1u);
 }
 
 // --- Folders ---
@@ -375,7 +375,7 @@ TEST_F(SmsRecoverTest, TheWholeRecordComesThroughWithItsNewFolder) {
   store_.sections[kSmsFolders] = StoreSmsFolder(0xC1C2C3C4, u"Inbox");
   Place(NoisyShortMessage(), Folders(ExchangeSmsFolder(kMessageFolder, u"Inbox")));
   EXPECT_EQ(Recover(8, 4).code, 0u);
-  EXPECT_EQ(store_.messages.at(0).bytes, RecoveredShortMessage(0xC1C2C3C4));
+  EXPECT_EQ(store_.records.at(0).bytes, RecoveredShortMessage(0xC1C2C3C4));
 }
 
 TEST_F(SmsRecoverTest, AFolderIsFoundByItsExactName) {
@@ -439,8 +439,8 @@ TEST_F(SmsRecoverTest, AFolderThatIsNotWholeIsUnknown) {
   config.pop_back();
   WriteFile(kSmsConfig, config);
   EXPECT_EQ(Recover(8, 4).code, 0u);
-  EXPECT_EQ(Get32(store_.messages.at(0).bytes, 8), 10u);
-  EXPECT_EQ(Get32(store_.messages.at(1).bytes, 8), 1u);
+  EXPECT_EQ(Get32(store_.records.at(0).bytes, 8), 10u);
+  EXPECT_EQ(Get32(store_.records.at(1).bytes, 8), 1u);
 }
 
 TEST_F(SmsRecoverTest, HundredsOfFoldersAreFound) {
@@ -454,8 +454,8 @@ TEST_F(SmsRecoverTest, HundredsOfFoldersAreFound) {
   }
   Place(messages, Folders(folders));
   EXPECT_EQ(Recover(8, 4).code, 0u);
-  ASSERT_EQ(store_.messages.size(), 400u);
-  for (std::uint32_t i = 0; i < 400; ++i) ASSERT_EQ(Get32(store_.messages[i].bytes, 8), 10000 - i);
+  ASSERT_EQ(store_.records.size(), 400u);
+  for (std::uint32_t i = 0; i < 400; ++i) ASSERT_EQ(Get32(store_.records[i].bytes, 8), 10000 - i);
 }
 
 TEST_F(SmsRecoverTest, AHandsetWithoutFoldersKeepsMessagesInFolderOne) {
@@ -483,12 +483,12 @@ TEST_F(SmsRecoverTest, ChangesFindTheirFoldersToo) {
 
 TEST_F(SmsRecoverTest, OnlyReplaceEmptiesTheStore) {
   for (const std::uint32_t mode : {0u, 1u, 2u, 4u, 5u, 6u, 0xFFFFFFFFu}) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.calls.clear();
     store_.Add(1);
     Place(PlainShortMessage(2));
     EXPECT_EQ(Recover(8, mode).code, 0u);
-    EXPECT_EQ(store_.messages.size(), mode == 2 ? 1u : 2u) << mode;
+    EXPECT_EQ(store_.records.size(), mode == 2 ? 1u : 2u) << mode;
     EXPECT_THAT(store_.CallsOf("DelAll"), testing::SizeIs(mode == 2 ? 1 : 0));
     EXPECT_FALSE(Exists(kSmsTable));
     EXPECT_FALSE(Exists(kSmsConfig));
@@ -497,7 +497,7 @@ TEST_F(SmsRecoverTest, OnlyReplaceEmptiesTheStore) {
 
 TEST_F(SmsRecoverTest, ARememberedRecoverLeavesASnapshotOfTheStoreAndAnIdMap) {
   for (const std::uint32_t mode : {0u, 1u}) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.next_id = 1000;
     store_.Add(1, u"20060105090307");
     Bytes messages = PlainShortMessage(52);
@@ -515,12 +515,12 @@ TEST_F(SmsRecoverTest, ARememberedRecoverLeavesASnapshotOfTheStoreAndAnIdMap) {
 
 TEST_F(SmsRecoverTest, APlainRecoverLeavesNothingButTheMessages) {
   for (const std::uint32_t mode : {4u, 5u, 77u}) {
-    store_.messages.clear();
+    store_.records.clear();
     Place(PlainShortMessage(2));
     const Answer answer = Recover(8, mode, u"77");
     EXPECT_EQ(answer.code, 0u);
     EXPECT_EQ(answer.anchor, u"77");
-    EXPECT_EQ(store_.messages.size(), 1u);
+    EXPECT_EQ(store_.records.size(), 1u);
     EXPECT_THAT(AllFiles(), IsEmpty());
   }
 }
@@ -628,7 +628,7 @@ TEST_F(SmsRecoverTest, UnknownOperationsAndMessagesWithoutOneAreSkipped) {
   for (const std::uint32_t id : {2u, 3u, 4u, 5u}) Append(messages, PlainShortMessage(id));
   PlaceChanges(Words({0, 1, 0, 0, 2, 4, 0, 3, 0xFFFFFFFF, 0, 4, 257, 0, 6, 1}), messages);
   EXPECT_EQ(Recover(8, 3).code, 0u);
-  EXPECT_EQ(store_.messages.size(), 1u);
+  EXPECT_EQ(store_.records.size(), 1u);
   EXPECT_THAT(store_.CallsOf("Insert"), IsEmpty());
   EXPECT_THAT(store_.CallsOf("Update"), IsEmpty());
   EXPECT_THAT(ReadFile(kSmsIdMap), IsEmpty());
@@ -646,7 +646,7 @@ TEST_F(SmsRecoverTest, TheFirstChangeOfAMessageCounts) {
 
 TEST_F(SmsRecoverTest, AnyNumberOfDeletionsIsOneCall) {
   for (const std::uint32_t count : {1u, 2u, 199u, 200u, 201u, 400u, 10000u}) {
-    store_.messages.clear();
+    store_.records.clear();
     store_.calls.clear();
     store_.Add(0xFFFFFFFF);
     Bytes changes;
@@ -659,7 +659,7 @@ TEST_F(SmsRecoverTest, AnyNumberOfDeletionsIsOneCall) {
     PlaceChanges(changes);
     EXPECT_EQ(Recover(8, 3).code, 0u);
     EXPECT_EQ(store_.CallsOf("Del"), std::vector<std::string>{call + "]"});
-    EXPECT_EQ(store_.messages.size(), 1u);
+    EXPECT_EQ(store_.records.size(), 1u);
   }
 }
 
@@ -681,7 +681,7 @@ TEST_F(SmsRecoverTest, ATornChangeIsPassedOver) {
     PlaceChanges(changes, PlainShortMessage(2));
     store_.calls.clear();
     EXPECT_EQ(Recover(8, 3).code, 0u);
-    EXPECT_EQ(store_.messages.size(), 2u);
+    EXPECT_EQ(store_.records.size(), 2u);
     EXPECT_THAT(store_.CallsOf("Update"), testing::SizeIs(1));
   }
 }
@@ -838,7 +838,7 @@ TEST_F(SmsRecoverTest, ReplaceEmptiesTheStoreBeforeItMissesTheTable) {
   store_.Add(1);
   WriteFile(kSmsConfig, Bytes(40));
   EXPECT_EQ(Recover(8, 2).code, 0x23000100u);
-  EXPECT_THAT(store_.messages, IsEmpty());
+  EXPECT_THAT(store_.records, IsEmpty());
 }
 
 TEST_F(SmsRecoverTest, AMissingTableHasTheSameFlagInEveryMode) {
@@ -907,7 +907,7 @@ TEST_F(SmsRecoverTest, WhatWasInsertedBeforeARefusalStays) {
   Place(messages);
   store_.fail_call = 4;  // After telling and getting the configuration, the second insertion.
   EXPECT_EQ(Recover(8, 1).code, 0x23000007u);
-  EXPECT_EQ(store_.messages.size(), 1u);
+  EXPECT_EQ(store_.records.size(), 1u);
 }
 
 TEST_F(SmsRecoverTest, WhatRanBeforeAMissingEntryPointHasRun) {
@@ -915,11 +915,11 @@ TEST_F(SmsRecoverTest, WhatRanBeforeAMissingEntryPointHasRun) {
   lacking.Add(1);
   PlaceChanges(Words({0, 1, 3}));
   EXPECT_EQ(Recover(8, 3).code, 0x23000002u);
-  EXPECT_THAT(lacking.messages, IsEmpty());
+  EXPECT_THAT(lacking.records, IsEmpty());
   lacking.Add(1);
   Place({});
   EXPECT_EQ(Recover(8, 2).code, 0x23000002u);
-  EXPECT_THAT(lacking.messages, IsEmpty());
+  EXPECT_THAT(lacking.records, IsEmpty());
 }
 
 TEST_F(SmsRecoverTest, EntryPointsAreMissedByTheStepsThatNeedThem) {
@@ -966,7 +966,7 @@ TEST_F(SmsRecoverTest, AnUnreadableTableIsNotTakenForItsEnd) {
   first_read_fails(kSmsChanges);
   EXPECT_EQ(Recover(8, 3).code, 0x20200200u);
   handset::Observe({});
-  EXPECT_EQ(store_.messages.size(), 1u) << "nothing was deleted";
+  EXPECT_EQ(store_.records.size(), 1u) << "nothing was deleted";
   EXPECT_TRUE(Exists(kSmsTable));
   EXPECT_TRUE(Exists(kSmsChanges));
 }
@@ -1082,8 +1082,8 @@ TEST_F(SmsRoundTripTest, WhatWasRecoveredIsExportedAgain) {
   ASSERT_EQ(messages.size(), kMessages * kSmsRecordSize);
   RenumberFolders();
   ASSERT_EQ(Recover(8, 2).code, 0u);
-  ASSERT_EQ(store_.messages.size(), kMessages);
-  for (auto& message : store_.messages) Put32(message.bytes, 0, message.id);  // As a handset's store does.
+  ASSERT_EQ(store_.records.size(), kMessages);
+  for (auto& message : store_.records) Put32(message.bytes, 0, message.id);  // As a handset's store does.
   ASSERT_EQ(Export(8, 2).code, 0u);
 
   const Bytes again = ReadFile(kSmsTable);
