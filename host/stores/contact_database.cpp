@@ -82,12 +82,13 @@ ContactDatabase::ContactDatabase(Database& database)
       insert_picture_(database.Prepare("INSERT INTO pictures (data) VALUES (?)")),
       delete_picture_(database.Prepare("DELETE FROM pictures WHERE id = ?")) {}
 
-std::optional<std::uint32_t> ContactDatabase::FindByName(std::size_t table, std::u16string_view name) const {
+std::optional<std::uint32_t> ContactDatabase::FindByName(std::size_t table, const char16_t* name) const {
   // As a record would have it: the column's value depends on the slot.
   std::vector<std::uint8_t> record(kStoreName.offset + kStoreName.size);
-  name = name.substr(0, kStoreName.size / sizeof(name[0]));
-  std::copy_n(reinterpret_cast<const std::uint8_t*>(name.data()), name.size() * sizeof(name[0]),
-              record.data() + kStoreName.offset);
+  const auto* from = reinterpret_cast<const std::uint8_t*>(name);
+  for (auto to = record.begin() + kStoreName.offset; to != record.end() && (from[0] != 0 || from[1] != 0); from += 2) {
+    to = std::copy_n(from, sizeof(char16_t), to);
+  }
   Query query(find_by_name_[table]);
   BindColumn(kStoreName, record.data(), query, 1);
   if (!query.Step()) return std::nullopt;
@@ -133,10 +134,11 @@ void ContactDatabase::ReplaceGroups(std::uint32_t contact, std::span<const std::
   transaction.Commit();
 }
 
-std::uint32_t ContactDatabase::CountPictures() const {
+bool ContactDatabase::HasRoomForPicture() const {
+  const std::optional<std::int64_t> most = database_.Setting(kMostPictures);
   Query query(count_pictures_);
   query.Step();
-  return static_cast<std::uint32_t>(query.Number(0));
+  return !most || query.Number(0) < *most;
 }
 
 std::vector<std::uint8_t> ContactDatabase::ReadPicture(std::uint32_t id) const {
@@ -148,26 +150,17 @@ std::vector<std::uint8_t> ContactDatabase::ReadPicture(std::uint32_t id) const {
 }
 
 std::uint32_t ContactDatabase::InsertPicture(std::span<const std::uint8_t> data) {
-  Transaction transaction(database_);
-  {
-    Query query(insert_picture_);
-    query.Bind(1, data);
-    query.Run();
-  }
-  const auto id = static_cast<std::uint32_t>(database_.LastInsertedId());
-  transaction.Commit();
-  return id;
+  Query query(insert_picture_);
+  query.Bind(1, data);
+  query.Run();
+  return static_cast<std::uint32_t>(database_.LastInsertedId());
 }
 
 void ContactDatabase::DeletePicture(std::uint32_t id) {
-  Transaction transaction(database_);
-  {
-    Query query(delete_picture_);
-    query.Bind(1, std::int64_t{id});
-    query.Run();
-  }
+  Query query(delete_picture_);
+  query.Bind(1, std::int64_t{id});
+  query.Run();
   if (database_.ChangedRows() == 0) throw UnknownId(id);
-  transaction.Commit();
 }
 
 }  // namespace stores

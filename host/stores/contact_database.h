@@ -15,10 +15,8 @@
 
 namespace stores {
 
-// Settings by which a person or a test has ContactStore.dll refuse. While one of the first three is there and not 0,
-// its entry point does nothing and answers this status.
-inline constexpr std::string_view kContactAddRefusal = "contact_add_refusal";
-inline constexpr std::string_view kGroupAddRefusal = "group_add_refusal";
+// Settings by which a person or a test has ContactStore.dll take no picture. While the first is there and not 0, it is
+// the answer.
 inline constexpr std::string_view kPictureRefusal = "picture_refusal";
 /// So many pictures fit; without it, any number.
 inline constexpr std::string_view kMostPictures = "most_pictures";
@@ -41,11 +39,13 @@ class ContactDatabase {
   /// Makes the tables when there are none. The database must outlive this.
   explicit ContactDatabase(Database& database);
 
-  /// kContacts or kContactGroups.
+  /// As of a store library: kContacts and kContactGroups.
+  std::span<RecordStore> Tables() { return tables_; }
   RecordStore& Table(std::size_t table) { return tables_[table]; }
 
-  /// The lowest id of a record that has exactly this name. What goes beyond the room for a name is not looked at.
-  std::optional<std::uint32_t> FindByName(std::size_t table, std::u16string_view name) const;
+  /// The lowest id of a record that has exactly this name, which may lie at any address. What goes beyond the room for
+  /// a name is not looked at.
+  std::optional<std::uint32_t> FindByName(std::size_t table, const char16_t* name) const;
 
   /// In ascending order. Throws UnknownId.
   std::vector<std::uint32_t> GroupsOf(std::uint32_t contact) const;
@@ -55,7 +55,8 @@ class ContactDatabase {
   /// Takes the contact out of all other groups.
   void ReplaceGroups(std::uint32_t contact, std::span<const std::uint32_t> groups);
 
-  std::uint32_t CountPictures() const;
+  /// By kMostPictures.
+  bool HasRoomForPicture() const;
   /// Throws UnknownId.
   std::vector<std::uint8_t> ReadPicture(std::uint32_t id) const;
   /// At most kMostPictureBytes. Returns the new picture's id.

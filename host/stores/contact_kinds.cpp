@@ -6,14 +6,23 @@
 namespace stores {
 namespace {
 
-/// Records begin as the entries of the sync-info list do: with the id, and behind it the time to the second.
+/// Records begin as the entries of the list do: with the id, and behind it the time to the second.
 constexpr qv::layout::Slot kTime = qv::layout::Bytes(qv::contacts::kRecordId.size, sizeof(CalendarTime));
+constexpr qv::SyncInfoForm kListForm = {kTime.offset + kTime.size, kTime.offset, qv::SyncInfoForm::Time::kSixWords};
 
 }  // namespace
 
 constinit const KindDescription kContactKinds[2] = {
-    {.table = "contacts", .layout = qv::contacts::kContactLayout, .time = kTime, .resolution = kSecond},
-    {.table = "contact_groups", .layout = qv::contacts::kGroupLayout, .time = kTime, .resolution = kSecond},
+    {.table = "contacts",
+     .layout = qv::contacts::kContactLayout,
+     .time = kTime,
+     .list = kListForm,
+     .insert_refusal = kContactAddRefusal},
+    {.table = "contact_groups",
+     .layout = qv::contacts::kGroupLayout,
+     .time = kTime,
+     .list = kListForm,
+     .insert_refusal = kGroupAddRefusal},
 };
 
 }  // namespace stores

@@ -3,7 +3,17 @@
 #ifndef QV_HOST_STORES_CONTACT_KINDS_H
 #define QV_HOST_STORES_CONTACT_KINDS_H
 
+#include <string_view>
+
 #include "host/stores/record_store.h"
+
+namespace stores {
+
+// Settings by which a person or a test has ContactStore.dll take no contact or no group.
+inline constexpr std::string_view kContactAddRefusal = "contact_add_refusal";
+inline constexpr std::string_view kGroupAddRefusal = "group_add_refusal";
+
+}  // namespace stores
 
 #pragma GCC visibility push(default)
 

@@ -58,8 +58,8 @@ class Database {
 };
 
 /// All or nothing: what is done to the database while this lives is undone at its end unless Commit was called. Every
-/// call of a store makes one. They nest: an outer one turns many calls into one, which is how to make many records
-/// fast.
+/// call of a store library makes one; a single statement needs none, being all or nothing by itself. They nest: an
+/// outer one turns many calls into one, which is how to make many records fast.
 class Transaction {
  public:
   explicit Transaction(Database& database);

@@ -18,7 +18,14 @@ struct CalendarTime {
 };
 static_assert(sizeof(CalendarTime) == 12);
 
-/// Parts of a second are dropped.
+/// The same to the millisecond, as a SYSTEMTIME lies in memory; weeks begin with Sunday, 0.
+struct SystemTime {
+  std::uint16_t year, month, day_of_week, day, hour, minute, second, millisecond;
+};
+static_assert(sizeof(SystemTime) == 16);
+
+// What is finer is dropped.
+SystemTime SystemTimeOf(FileTime time);
 CalendarTime CalendarTimeOf(FileTime time);
 
 }  // namespace stores

@@ -62,28 +62,19 @@ MmsMessage MmsDatabase::Read(std::uint32_t id) const {
 }
 
 std::uint32_t MmsDatabase::Insert(const MmsMessage& message, std::optional<FileTime> modified) {
-  Transaction transaction(database_);
-  {
-    Query query(insert_);
-    if (modified) query.Bind(1, *modified);
-    BindMessage(message, query, 2);
-    query.Run();
-  }
-  const auto id = static_cast<std::uint32_t>(database_.LastInsertedId());
-  transaction.Commit();
-  return id;
+  Query query(insert_);
+  if (modified) query.Bind(1, *modified);
+  BindMessage(message, query, 2);
+  query.Run();
+  return static_cast<std::uint32_t>(database_.LastInsertedId());
 }
 
 void MmsDatabase::Update(std::uint32_t id, const MmsMessage& message) {
-  Transaction transaction(database_);
-  {
-    Query query(update_);
-    query.Bind(1, std::int64_t{id});
-    BindMessage(message, query, 2);
-    query.Run();
-  }
+  Query query(update_);
+  query.Bind(1, std::int64_t{id});
+  BindMessage(message, query, 2);
+  query.Run();
   if (database_.ChangedRows() == 0) throw UnknownId(id);
-  transaction.Commit();
 }
 
 std::vector<std::uint8_t> MmsDatabase::Config() const {

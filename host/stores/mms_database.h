@@ -30,6 +30,8 @@ class MmsDatabase {
 
   /// To count, list and delete them.
   RecordStore& Messages() { return messages_; }
+  /// As of a store library.
+  std::span<RecordStore> Tables() { return {&messages_, 1}; }
 
   /// Throws UnknownId.
   MmsMessage Read(std::uint32_t id) const;

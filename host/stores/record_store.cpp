@@ -38,6 +38,11 @@ std::string TableSql(const KindDescription& kind, const std::vector<Column>& col
   return sql + kind.more_columns + ")";
 }
 
+/// Of times in lists, callers see parts of a second in a FILETIME only.
+FileTime ResolutionOf(const qv::SyncInfoForm& list) {
+  return list.time == qv::SyncInfoForm::Time::kFileTime ? 1 : kSecond;
+}
+
 /// A change moves the time even when the clock has not moved since the last one, or stands before it.
 std::string TriggerSql(const std::string& table, FileTime resolution) {
   return "CREATE TRIGGER IF NOT EXISTS " + table + "_modified AFTER UPDATE ON " + table +
@@ -55,7 +60,7 @@ std::vector<Column> CreateTable(Database& database, const KindDescription& kind)
   std::erase_if(columns, [&](const Column& column) { return LiesIn(kind.time, column.slot); });
   Transaction transaction(database);
   database.Execute(TableSql(kind, columns));
-  database.Execute(TriggerSql(kind.table, kind.resolution));
+  database.Execute(TriggerSql(kind.table, ResolutionOf(kind.list)));
   transaction.Commit();
   return columns;
 }
@@ -133,28 +138,19 @@ void RecordStore::BindRecord(const std::uint8_t* record, Query& query) const {
 }
 
 std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<FileTime> modified) {
-  Transaction transaction(database_);
-  {
-    Query query(insert_);
-    if (modified) query.Bind(1, *modified);
-    BindRecord(record, query);
-    query.Run();
-  }
-  const auto id = static_cast<std::uint32_t>(database_.LastInsertedId());
-  transaction.Commit();
-  return id;
+  Query query(insert_);
+  if (modified) query.Bind(1, *modified);
+  BindRecord(record, query);
+  query.Run();
+  return static_cast<std::uint32_t>(database_.LastInsertedId());
 }
 
 void RecordStore::Update(std::uint32_t id, const std::uint8_t* record) {
-  Transaction transaction(database_);
-  {
-    Query query(update_);
-    query.Bind(1, std::int64_t{id});
-    BindRecord(record, query);
-    query.Run();
-  }
+  Query query(update_);
+  query.Bind(1, std::int64_t{id});
+  BindRecord(record, query);
+  query.Run();
   if (database_.ChangedRows() == 0) throw UnknownId(id);
-  transaction.Commit();
 }
 
 void RecordStore::Delete(std::span<const std::uint32_t> ids) {
@@ -169,9 +165,7 @@ void RecordStore::Delete(std::span<const std::uint32_t> ids) {
 }
 
 void RecordStore::DeleteAll() {
-  Transaction transaction(database_);
   Query(delete_all_).Run();
-  transaction.Commit();
 }
 
 }  // namespace stores

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "host/stores/columns.h"
@@ -13,6 +14,7 @@
 #include "host/stores/file_time.h"
 #include "layout/record_layout.h"
 #include "sync/file_forms.h"
+#include "sync/sync_info.h"
 
 #pragma GCC visibility push(default)
 
@@ -23,7 +25,8 @@ struct KindDescription {
   const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id, if it says one.
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
   qv::layout::Slot time = {};              ///< Where a record tells `modified`, a CalendarTime; no column of its own.
-  FileTime resolution = 1;                 ///< A change moves `modified` by this at least: what a list can tell apart.
+  qv::SyncInfoForm list = qv::kFileTimeForm;  ///< How the store lists the records.
+  std::string_view insert_refusal = {};       ///< A setting that the store's insert refuses by (RefuseIfSet).
   bool says_id = true;            ///< Otherwise only the row has an id, and the record's first row is a column.
   const char* more_columns = "";  ///< In SQL, each after a comma: for those who read and write them themselves.
 };
@@ -36,7 +39,7 @@ class UnknownId : public StoreError {
 
 /// One table: `id`, 32 bits, which is never given out twice; `modified`, a FileTime; and the columns of the record form
 /// (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the sqlite3 shell counts as one on
-/// the handset, and a row inserted there gets the present time.
+/// the handset, and a row inserted there gets the present time. It moves by what the store's list can tell at least.
 ///
 /// A record is `layout.store_size` bytes. What is read is what was inserted, but for the record's own id and time,
 /// which are the row's, and bytes that no row names, which are zero. Each call is one transaction; one that throws has

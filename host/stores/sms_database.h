@@ -21,6 +21,8 @@ class SmsDatabase {
   explicit SmsDatabase(Database& database);
 
   RecordStore& Messages() { return messages_; }
+  /// As of a store library: the messages alone.
+  std::span<RecordStore> Tables() { return {&messages_, 1}; }
 
   /// The section's store records back to back, in the order of their ids.
   std::vector<std::uint8_t> Section(std::size_t section) const;

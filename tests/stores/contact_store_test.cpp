@@ -644,15 +644,4 @@ TEST(ContactStoreSessionTest, ItsEndAndTheLibrarysEndCloseTheDatabase) {
   EXPECT_FALSE(std::filesystem::exists(log));
 }
 
-TEST(CalendarTimeTest, AnyTimeHasSixNumbers) {
-  const stores::CalendarTime first = stores::CalendarTimeOf(0);
-  EXPECT_THAT((std::array{first.year, first.month, first.day, first.hour, first.minute, first.second}),
-              ElementsAre(1601, 1, 1, 0, 0, 0));
-  const stores::CalendarTime before = stores::CalendarTimeOf(-1);
-  EXPECT_THAT((std::array{before.year, before.month, before.day, before.hour, before.minute, before.second}),
-              ElementsAre(1600, 12, 31, 23, 59, 59));
-  EXPECT_EQ(stores::CalendarTimeOf(std::numeric_limits<stores::FileTime>::max()).year, 30828);
-  EXPECT_EQ(stores::CalendarTimeOf(std::numeric_limits<stores::FileTime>::min()).month, 4);
-}
-
 }  // namespace

@@ -3,11 +3,10 @@
 
 /// Not 0 when the handset has no mail id.
 STORE_ENTRY_POINT std::uint32_t GetSystemMailID(std::uint32_t* id) {
-  if (id == nullptr) return stores::kNullPointer;
   return stores::StatusOf([&] {
+    stores::Expect({id});
     const std::optional<std::int64_t> setting = stores::Database().Setting(stores::kSystemMailId);
-    if (!setting) return stores::kUnknownRecord;
+    if (!setting) stores::Refuse(stores::kUnknownRecord);
     *id = static_cast<std::uint32_t>(*setting);
-    return stores::kDone;
   });
 }

@@ -5,7 +5,7 @@
 
 namespace {
 
-stores::StoreLibrary library(stores::kScheduleKinds);
+stores::LibraryOf<stores::RecordTables<stores::kScheduleKinds>> library;
 
 }  // namespace
 
@@ -13,9 +13,8 @@ STORE_ENTRY_POINT std::uint32_t SC_Sync_GetTotalNum(std::uint32_t table) {
   return library.Count(table);
 }
 
-STORE_ENTRY_POINT std::uint32_t SC_Sync_GetAllSyncInfo(std::uint32_t table, std::uint32_t* count,
-                                                       qv::SyncInfoEntry* entries) {
-  return library.SyncInfo(table, count, entries);
+STORE_ENTRY_POINT std::uint32_t SC_Sync_GetAllSyncInfo(std::uint32_t table, std::uint32_t* count, void* entries) {
+  return library.List(table, count, entries);
 }
 
 STORE_ENTRY_POINT std::uint32_t SC_Sync_Read(std::uint32_t table, std::uint32_t count, const std::uint32_t* ids,
