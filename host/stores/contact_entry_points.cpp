@@ -5,24 +5,42 @@
 
 #include "host/stores/contact_database.h"
 #include "host/stores/store_library.h"
-#include "modules/contacts/contact_store.h"
-#include "modules/contacts/contacts_layout.h"
+#include "modules/contacts/contacts.h"
 
-// In the forms by which the agent calls them.
-STORE_ENTRY_POINT qv::contacts::InitializeFunction DTP_Initialize;
-STORE_ENTRY_POINT qv::contacts::UnInitializeFunction DTP_UnInitialize;
-STORE_ENTRY_POINT qv::contacts::CountFunction DTP_PIMGetAllManNum, DTP_PIMGetAllGroupNum;
-STORE_ENTRY_POINT qv::contacts::ListFunction DTP_PIMGetAllmanSyncid, DTP_PIMGetAllgroupSyncid;
-STORE_ENTRY_POINT qv::contacts::ReadFunction DTP_PIMReadman, DTP_PIMReadgroup;
-STORE_ENTRY_POINT qv::contacts::DeleteFunction DTP_PIMDeleteMan, DTP_PIMDeleteGroup;
-STORE_ENTRY_POINT qv::contacts::AddFunction DTP_PIMAddManToUnGroup, DTP_PIMAddGroup;
-STORE_ENTRY_POINT qv::contacts::UpdateFunction DTP_PIMUpdateMan, DTP_PIMUpdateGroup;
-STORE_ENTRY_POINT qv::contacts::FindFunction DTP_PIMFindmanSyncidByName, DTP_PIMFindgroupSyncidByName;
-STORE_ENTRY_POINT qv::contacts::QueryMembershipsFunction DTP_PIMQueryManAttachGroup;
-STORE_ENTRY_POINT qv::contacts::ApplyMembershipsFunction DTP_PIMPhoneAddToGroups, DTP_PIMModifyManToGroup;
-STORE_ENTRY_POINT qv::contacts::DownloadPictureFunction DTP_DownloadingImage;
-STORE_ENTRY_POINT qv::contacts::LoadPictureFunction DTP_LoadingImage;
-STORE_ENTRY_POINT qv::contacts::DeletePictureFunction DTP_DeleteImage;
+namespace {
+
+// The forms of the entry points.
+using InitializeFunction = std::int32_t(std::uint32_t reserved);
+using UnInitializeFunction = std::int32_t();
+using CountFunction = std::int32_t(std::int32_t* count);
+using ListFunction = std::int32_t(std::int32_t* count, void* entries);
+using ReadFunction = std::int32_t(const std::uint32_t* ids, std::int32_t count, void* records);
+using DeleteFunction = std::int32_t(const std::uint32_t* ids, std::int32_t count);
+using AddFunction = std::int32_t(const void* records, std::int32_t count, std::uint32_t* new_ids);
+using UpdateFunction = std::int32_t(const std::uint32_t* ids, std::int32_t count, const void* records);
+using FindFunction = std::int32_t(const char16_t* name, std::int32_t* found, std::uint32_t* id);
+using QueryMembershipsFunction = std::int32_t(std::int32_t count, void* memberships);
+using ApplyMembershipsFunction = std::int32_t(std::int32_t count, const void* memberships);
+using DownloadPictureFunction = std::int32_t(std::uint32_t id, void* picture);
+using LoadPictureFunction = std::int32_t(const void* picture, std::uint32_t* new_id);
+using DeletePictureFunction = std::int32_t(std::uint32_t id);
+
+}  // namespace
+
+STORE_ENTRY_POINT InitializeFunction DTP_Initialize;
+STORE_ENTRY_POINT UnInitializeFunction DTP_UnInitialize;
+STORE_ENTRY_POINT CountFunction DTP_PIMGetAllManNum, DTP_PIMGetAllGroupNum;
+STORE_ENTRY_POINT ListFunction DTP_PIMGetAllmanSyncid, DTP_PIMGetAllgroupSyncid;
+STORE_ENTRY_POINT ReadFunction DTP_PIMReadman, DTP_PIMReadgroup;
+STORE_ENTRY_POINT DeleteFunction DTP_PIMDeleteMan, DTP_PIMDeleteGroup;
+STORE_ENTRY_POINT AddFunction DTP_PIMAddManToUnGroup, DTP_PIMAddGroup;
+STORE_ENTRY_POINT UpdateFunction DTP_PIMUpdateMan, DTP_PIMUpdateGroup;
+STORE_ENTRY_POINT FindFunction DTP_PIMFindmanSyncidByName, DTP_PIMFindgroupSyncidByName;
+STORE_ENTRY_POINT QueryMembershipsFunction DTP_PIMQueryManAttachGroup;
+STORE_ENTRY_POINT ApplyMembershipsFunction DTP_PIMPhoneAddToGroups, DTP_PIMModifyManToGroup;
+STORE_ENTRY_POINT DownloadPictureFunction DTP_DownloadingImage;
+STORE_ENTRY_POINT LoadPictureFunction DTP_LoadingImage;
+STORE_ENTRY_POINT DeletePictureFunction DTP_DeleteImage;
 
 namespace {
 
@@ -33,11 +51,8 @@ using stores::ContactDatabase;
 using stores::kContactGroups;
 using stores::kContacts;
 
-/// The contact that callers name for one that was refused when it was to be added.
-constexpr std::uint32_t kRefusedContact = 0xFFFFFFFF;
-
 /// A status that this store alone knows.
-constexpr auto kNoRoomForPictures = static_cast<stores::Status>(static_cast<std::uint32_t>(-504));
+constexpr auto kNoRoom = static_cast<stores::Status>(static_cast<std::uint32_t>(kNoRoomForPictures));
 
 /// Behind the picture's length.
 constexpr std::size_t kPictureData = kStorePictureLength.offset + kStorePictureLength.size;
@@ -89,7 +104,7 @@ std::int32_t ApplyMemberships(PutIntoGroups put, std::int32_t count, const void*
     if (group_count > std::size(groups)) stores::Refuse(stores::kOutOfBounds);
     std::memcpy(groups, membership + kMembershipGroups.offset, sizeof(groups));
     const std::uint32_t contact = LoadSlot(kRecordId, membership);
-    if (contact != kRefusedContact) (contacts.*put)(contact, {groups, group_count});
+    if (contact != kRefused) (contacts.*put)(contact, {groups, group_count});
   };
   return OnMemberships(count, static_cast<const std::uint8_t*>(memberships), apply);
 }
@@ -188,7 +203,7 @@ std::int32_t DTP_LoadingImage(const void* picture, std::uint32_t* new_id) {
   return Signed(library.Call([&](ContactDatabase& contacts) {
     stores::Expect({picture, new_id});
     library.RefuseIfSet(stores::kPictureRefusal);
-    if (!contacts.HasRoomForPicture()) stores::Refuse(kNoRoomForPictures);
+    if (!contacts.HasRoomForPicture()) stores::Refuse(kNoRoom);
     const auto* const buffer = static_cast<const std::uint8_t*>(picture);
     const std::uint32_t length = LoadSlot(kStorePictureLength, buffer);
     if (length > kMostPictureBytes) stores::Refuse(stores::kOutOfBounds);

@@ -21,7 +21,7 @@ constexpr const char* kMmsBlocks = ",\n  text NOT NULL DEFAULT '',\n  data BLOB 
 }  // namespace
 
 constinit const KindDescription kSmsKind = {
-    .table = "sms_messages", .layout = qv::sms::kMessageLayout, .list = qv::sms::kFacts.table.sync_info};
+    .table = "sms_messages", .layout = qv::sms::kMessageLayout, .list = qv::sms::kTableFacts[0].sync_info};
 
 constinit const KindDescription kSmsSectionKinds[qv::sms::kSections] = {
     {.table = "sms_config_1", .layout = kSectionLayouts[0], .says_id = false},

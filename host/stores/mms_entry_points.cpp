@@ -6,21 +6,15 @@
 #include "host/handset/handset.h"
 #include "host/stores/mms_database.h"
 #include "host/stores/store_library.h"
+#include "modules/messaging/mms_layout.h"
 #include "platform/coredll.h"
 
 namespace {
 
+using qv::mms::StoreMessage;
 using stores::kOnlyTable;
 using stores::MmsDatabase;
 using stores::MmsMessage;
-
-struct StoreMessage {
-  char* text;
-  std::uint32_t id;
-  std::uint32_t value;
-  std::uint8_t* data;
-  std::int32_t data_length;
-};
 
 stores::LibraryOf<MmsDatabase> library;
 

@@ -22,6 +22,7 @@ void PutTime(FileTime time, qv::SyncInfoForm::Time form, std::uint8_t* to) {
   using Time = qv::SyncInfoForm::Time;
   switch (form) {
     case Time::kFileTime: return Put(time, to);
+    case Time::kSystemTime: return Put(SystemTimeOf(time), to);
     case Time::kSixWords: return Put(CalendarTimeOf(time), to);
     case Time::kText: return PutText(CalendarTimeOf(time), to);
   }
