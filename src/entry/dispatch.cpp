@@ -8,6 +8,10 @@
 #include "modules/messaging/call_history.h"
 #include "modules/messaging/mms.h"
 #include "modules/messaging/sms.h"
+#include "modules/organizer/card_reader.h"
+#include "modules/organizer/graphic_memo.h"
+#include "modules/telephony/call_filter.h"
+#include "modules/telephony/quick_dial.h"
 
 namespace qv {
 namespace {
@@ -54,13 +58,13 @@ constexpr Operations kOperations[] = {
     kNotBuilt<Result::kStoreNotLoaded>,  // agenda
     kNotBuilt<Result::kStoreNotLoaded>,  // unified mail
     kNotBuilt<Result::kOk>,              // e-mail database
-    kNotBuilt<Result::kStoreNotLoaded>,  // card reader
+    kPlain<card_reader::kFacts>,
     kHandledBy<sms::kNames, sms::SmsHandler>,
     kPlain<call_history::kFacts>,
-    kNotBuilt<Result::kStoreNotLoaded>,  // quick dial
-    kNotBuilt<Result::kStoreNotLoaded>,  // call filter
+    kPlain<quick_dial::kFacts>,
+    kHandledBy<call_filter::kNames, call_filter::CallFilterHandler>,
     kHandledBy<mms::kNames, mms::MmsHandler>,
-    kNotBuilt<Result::kStoreNotLoaded>,  // graphic memo
+    kPlain<graphic_memo::kFacts>,
     kNotBuilt<Result::kStoreNotLoaded>,  // personal settings
     kNotBuilt<Result::kStoreNotLoaded>,  // browser settings
     kNotBuilt<Result::kStoreNotLoaded>,  // clock settings

@@ -9,6 +9,10 @@
 #include "modules/messaging/call_history.h"
 #include "modules/messaging/mms.h"
 #include "modules/messaging/sms.h"
+#include "modules/organizer/card_reader.h"
+#include "modules/organizer/graphic_memo.h"
+#include "modules/telephony/call_filter.h"
+#include "modules/telephony/quick_dial.h"
 #include "sync/anchor_file.h"
 #include "sync/file_forms.h"
 #include "tools/qvdesk/errors.h"
@@ -21,6 +25,7 @@ namespace {
 constexpr BuiltModule kBuiltModules[] = {
     {1, qv::contacts::kNames, &qv::contacts::kFacts, qv::contacts::kStepWords, qv::contacts::kRules},
     {2, qv::schedule::kNames, &qv::schedule::kFacts, qv::schedule::kStepWords},
+    {7, qv::card_reader::kNames, &qv::card_reader::kFacts, qv::kFlaggedTableStepWords},
     {.id = 8,
      .names = qv::sms::kNames,
      .facts = &qv::sms::kFacts,
@@ -29,11 +34,14 @@ constexpr BuiltModule kBuiltModules[] = {
      .config_file = qv::sms::kConfigFile,
      .config_sections = qv::sms::kSectionLayouts},
     {9, qv::call_history::kNames, &qv::call_history::kFacts, qv::kUnflaggedTableStepWords, qv::call_history::kRules},
+    {10, qv::quick_dial::kNames, &qv::quick_dial::kFacts, qv::kFlaggedTableStepWords},
+    {11, qv::call_filter::kNames, &qv::call_filter::kFacts, qv::call_filter::kStepWords, qv::call_filter::kRules},
     {.id = 12,
      .names = qv::mms::kNames,
      .facts = &qv::mms::kFacts,
      .step_words = qv::kUnflaggedTableStepWords,
      .config_file = qv::mms::kConfigFile},
+    {13, qv::graphic_memo::kNames, &qv::graphic_memo::kFacts, qv::kFlaggedTableStepWords},
 };
 
 constexpr FileKind kBookkeepingKinds[] = {FileKind::kChangeList, FileKind::kIdMap, FileKind::kSnapshot,
