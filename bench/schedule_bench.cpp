@@ -110,7 +110,7 @@ bool MeasureChangeComputation() {
   std::printf("Change computation of %u pairs, the snapshot in memory\n", kPairs);
   const std::vector<qv::SnapshotEntry> pairs = ShuffledPairs();
   qv::SyncInfoList current;
-  if (!current.Resize(kPairs, qv::kFileTimeForm)) Die("no memory");
+  if (!current.Resize(kPairs, qv::kFileTimeIn16Bytes)) Die("no memory");
   auto* const entries = static_cast<qv::SyncInfoEntry*>(current.data());
   for (std::uint32_t i = 0; i < kPairs; ++i) entries[i] = {pairs[i].id, 0, pairs[i].time_low, pairs[i].time_high};
   current.Take(kPairs);

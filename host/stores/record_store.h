@@ -25,8 +25,8 @@ struct KindDescription {
   const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id, if it says one.
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
   qv::layout::Slot time = {};              ///< Where a record tells `modified`, a CalendarTime; no column of its own.
-  qv::SyncInfoForm list = qv::kFileTimeForm;  ///< How the store lists the records.
-  std::string_view insert_refusal = {};       ///< A setting that the store's insert refuses by (RefuseIfSet).
+  qv::SyncInfoForm list = qv::kFileTimeIn16Bytes;  ///< How the store lists the records.
+  std::string_view insert_refusal = {};            ///< A setting that the store's insert refuses by (RefuseIfSet).
   bool says_id = true;            ///< Otherwise only the row has an id, and the record's first row is a column.
   const char* more_columns = "";  ///< In SQL, each after a comma: for those who read and write them themselves.
 };

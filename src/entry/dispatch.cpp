@@ -41,7 +41,7 @@ constexpr Operations kHandledBy = {
 
 /// A module that is its facts.
 template <const ModuleFacts& facts>
-constexpr Operations kPlain = kHandledBy<facts.names, PlainHandler, facts>;
+requires(IsComplete(facts)) constexpr Operations kPlain = kHandledBy<facts.names, PlainHandler, facts>;
 
 /// A module that this build lacks answers like one whose store library does not load.
 template <Result not_loaded>
@@ -50,29 +50,41 @@ constexpr Operations kNotBuilt = {
     [](SyncMode, char16_t*, const void*) { return not_loaded; },
 };
 
-/// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
-constexpr Operations kOperations[] = {
-    kHandledBy<contacts::kNames, contacts::ContactsHandler>,
-    kPlain<schedule::kFacts>,
-    kNotBuilt<Result::kOk>,              // tasks
-    kNotBuilt<Result::kStoreNotLoaded>,  // agenda
-    kNotBuilt<Result::kStoreNotLoaded>,  // unified mail
-    kNotBuilt<Result::kOk>,              // e-mail database
-    kPlain<card_reader::kFacts>,
-    kHandledBy<sms::kNames, sms::SmsHandler>,
-    kPlain<call_history::kFacts>,
-    kPlain<quick_dial::kFacts>,
-    kHandledBy<call_filter::kNames, call_filter::CallFilterHandler>,
-    kHandledBy<mms::kNames, mms::MmsHandler>,
-    kPlain<graphic_memo::kFacts>,
-    kNotBuilt<Result::kStoreNotLoaded>,  // personal settings
-    kNotBuilt<Result::kStoreNotLoaded>,  // browser settings
-    kNotBuilt<Result::kStoreNotLoaded>,  // clock settings
+struct Row {
+  std::int32_t id;
+  Operations operations;
 };
-static_assert(std::size(kOperations) == std::size(kModuleTable));
+
+/// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
+constexpr Row kRows[] = {
+    {1, kHandledBy<contacts::kNames, contacts::ContactsHandler>},
+    {2, kPlain<schedule::kFacts>},
+    {3, kNotBuilt<Result::kOk>},              // tasks
+    {4, kNotBuilt<Result::kStoreNotLoaded>},  // agenda
+    {5, kNotBuilt<Result::kStoreNotLoaded>},  // unified mail
+    {6, kNotBuilt<Result::kOk>},              // e-mail database
+    {7, kPlain<card_reader::kFacts>},
+    {8, kHandledBy<sms::kNames, sms::SmsHandler>},
+    {9, kPlain<call_history::kFacts>},
+    {10, kPlain<quick_dial::kFacts>},
+    {11, kHandledBy<call_filter::kNames, call_filter::CallFilterHandler>},
+    {12, kHandledBy<mms::kNames, mms::MmsHandler>},
+    {13, kPlain<graphic_memo::kFacts>},
+    {14, kNotBuilt<Result::kStoreNotLoaded>},  // personal settings
+    {15, kNotBuilt<Result::kStoreNotLoaded>},  // browser settings
+    {16, kNotBuilt<Result::kStoreNotLoaded>},  // clock settings
+};
+
+consteval bool IsInOrder() {
+  for (std::size_t i = 0; i < std::size(kRows); ++i) {
+    if (kRows[i].id != kModuleTable[i].id) return false;
+  }
+  return std::size(kRows) == std::size(kModuleTable);
+}
+static_assert(IsInOrder());
 
 const Operations& OperationsOf(const ModuleRow& module) {
-  return kOperations[&module - kModuleTable];
+  return kRows[&module - kModuleTable].operations;
 }
 
 }  // namespace

@@ -200,15 +200,30 @@ constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
   return true;
 }
 
-/// What is carried as it stands needs the same room on both sides, and times are numbers in exchange files, six for a
-/// text.
+/// Whether the interpreter can carry the one side to the other: numbers to numbers, text to text, what is carried as it
+/// stands to as much room, and times to numbers, to six from a text.
 constexpr bool SidesFit(const Field& field) {
   const Form store = field.store.form;
   const Form exchange = field.exchange.form;
-  if (store == Form::kNone || exchange == Form::kNone) return true;
-  if (store == Form::kBytes || store == Form::kRawText) return field.store.size == field.exchange.size;
-  if (store == Form::kTimeText && field.exchange.size != 4 * kTimeParts) return false;
-  return (store == Form::kTimeText || store == Form::kFileTime) == (exchange == Form::kTimeNumbers);
+  if (store == Form::kNone || exchange == Form::kNone || field.carried == Carried::kByModule) return true;
+  switch (store) {
+    case Form::kNumber:
+    case Form::kBits:
+    case Form::kTruth: return IsNumeric(exchange);
+    case Form::kText: return exchange == Form::kText;
+    case Form::kTimeText: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
+    case Form::kFileTime: return exchange == Form::kTimeNumbers;
+    default: return exchange == store && field.exchange.size == field.store.size;
+  }
+}
+
+/// Whether a row of the fixed part is the run's count.
+constexpr bool IsCounted(const ItemRun& run, std::span<const Field> fields) {
+  for (const Field& field : fields) {
+    const Slot& slot = field.exchange;
+    if (slot.form == run.count.form && slot.offset == run.count.offset && slot.size == run.count.size) return true;
+  }
+  return false;
 }
 
 constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
@@ -221,7 +236,8 @@ constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
 }  // namespace internal
 
 /// True when the rows cover each side of the record to the last bit, none of them twice, and each row's sides fit. A
-/// row that only repeats another claims its exchange slot but not the store slot it reads.
+/// row that only repeats another claims its exchange slot but not the store slot it reads. Each run of items has a row
+/// that counts it.
 template <std::size_t store_size, std::size_t exchange_size>
 consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> items = {}) {
   std::array<std::uint8_t, store_size> store{};
@@ -231,10 +247,27 @@ consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> ite
     if (!internal::Claim(field.exchange, exchange) || !internal::SidesFit(field)) return false;
   }
   for (const ItemRun& run : items) {
+    if (!internal::IsCounted(run, fields)) return false;
+    if (run.slots == kAnyNumber) continue;
     const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);
     if (!internal::Claim(Bytes(run.store_offset, size), store)) return false;
   }
   return internal::IsFull(store) && internal::IsFull(exchange);
+}
+
+namespace internal {
+
+/// Never defined: a layout that calls it does not compile.
+void RowsDoNotTileTheRecord();
+
+}  // namespace internal
+
+/// The layout of these rows, which must tile its records.
+template <std::size_t store_size, std::size_t exchange_size>
+consteval RecordLayout TiledLayout(const char* name, std::span<const Field> fields,
+                                   std::span<const ItemRun> items = {}) {
+  if (!Tiles<store_size, exchange_size>(fields, items)) internal::RowsDoNotTileTheRecord();
+  return {name, store_size, exchange_size, fields, items};
 }
 
 }  // namespace qv::layout

@@ -15,15 +15,6 @@ Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record
   return Result::kOk;
 }
 
-Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count) {
-  count = 0;
-  std::size_t got = 0;
-  if (!exchange_table.Read(records.data(), records.size(), got)) return Result::kFileUnreadable;
-  std::fill(records.begin() + got, records.end(), std::uint8_t{0});
-  count = (got + record_size - 1) / record_size;
-  return Result::kOk;
-}
-
 Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                  std::uint8_t* store) {
   for (const layout::ItemRun& run : layout.items) {

@@ -7,18 +7,14 @@
 
 #include "layout/record_layout.h"
 #include "platform/file.h"
-#include "platform/memory.h"
 #include "sync/result.h"
 
 namespace qv {
 
-/// Reads the fixed part of the next record: the first bytes of a request of `request` bytes, at least record_size. What
-/// the end of the file cuts off reads as zero. `more` is false at the end, and after a failure: kFileUnreadable.
+/// Reads the fixed part of the next record: the first bytes of a request of `request` bytes, at least record_size, for
+/// which `record` has room. What the end of the file cuts off of the record reads as zero. `more` is false at the end,
+/// and after a failure: kFileUnreadable.
 Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record_size, std::size_t request, bool& more);
-
-/// Reads the next records of a table whose records are all fixed parts: as many as `records` has room for, which
-/// receives them; what the end of the file cuts off reads as zero. `count` is 0 at the end. kFileUnreadable.
-Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count);
 
 /// Reads the items that follow a fixed part into the slots of its store record. kFileUnreadable also when the counts
 /// exceed the slots or the file ends before the last item: nothing of such a record may be applied.

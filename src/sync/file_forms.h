@@ -61,14 +61,15 @@ inline constexpr layout::Field kIdMapFields[] = {
     layout::FileOnly("incoming_id", layout::U32(offsetof(IdMapEntry, incoming_id))),
 };
 
-inline constexpr layout::RecordLayout kSnapshotLayout = {"snapshot entry", 0, sizeof(SnapshotEntry), kSnapshotFields};
-inline constexpr layout::RecordLayout kChangeLayout = {"change record", 0, sizeof(ChangeRecord), kChangeFields};
-inline constexpr layout::RecordLayout kIdMapLayout = {"id map entry", 0, sizeof(IdMapEntry), kIdMapFields};
-static_assert(layout::Tiles<0, sizeof(SnapshotEntry)>(kSnapshotFields));
-static_assert(layout::Tiles<0, sizeof(ChangeRecord)>(kChangeFields));
-static_assert(layout::Tiles<0, sizeof(IdMapEntry)>(kIdMapFields));
+inline constexpr layout::RecordLayout kSnapshotLayout =
+    layout::TiledLayout<0, sizeof(SnapshotEntry)>("snapshot entry", kSnapshotFields);
+inline constexpr layout::RecordLayout kChangeLayout =
+    layout::TiledLayout<0, sizeof(ChangeRecord)>("change record", kChangeFields);
+inline constexpr layout::RecordLayout kIdMapLayout =
+    layout::TiledLayout<0, sizeof(IdMapEntry)>("id map entry", kIdMapFields);
 
-/// The change list of an incremental recover: what the desktop wants done with each record of the tables.
+/// The change list of an incremental recover: what the desktop wants done with each record of the tables but those it
+/// deletes.
 class ChangeList {
  public:
   /// Room for a first entry. Without it there is no change list, which is a result of its own.

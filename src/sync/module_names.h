@@ -28,7 +28,7 @@ struct ModuleNames {
   const char16_t* change_list;  ///< In the exchange directory.
   const char16_t* id_map;       ///< In the exchange directory.
   /// By table number, in the order in which an export creates them and a recover deletes them. Those with a snapshot
-  /// log come first.
+  /// log come first. What a module handles before its tables, as the messages' configurations, is none of them.
   std::span<const TableNames> tables;
   // What the store's session is begun and ended with; null for a store that has none.
   const char16_t* initialize = nullptr;

@@ -26,8 +26,8 @@ Result DeleteRecords(const Library& store, const EntryPoint& erase, const Deleti
 ChangeRecord AsItCounts(ChangeRecord change, TablesOfChanges tables) {
   const bool deletes = change.operation == Operation::kDeleted;
   switch (tables) {
-    case TablesOfChanges::kOnlyOne: change.table = kMainTable; break;
-    case TablesOfChanges::kOnlyOneToDelete:
+    case TablesOfChanges::kIgnored: change.table = kMainTable; break;
+    case TablesOfChanges::kIgnoredToDelete:
       if (deletes) change.table = kMainTable;
       break;
     case TablesOfChanges::kLowByteToDelete:
@@ -56,24 +56,28 @@ Result Procedure::CreateFiles(SyncMode mode, File& change_list) {
       if (!File::CreateAlways(call_.PathOf(table.exchange_file)).IsOpen()) return Result::kFileFailed;
     }
   }
-  if (facts_.looks_up_first && !main_.LookUp(RecordTable::Use::kListAndRead)) return Result::kEntryPointMissing;
+  if (facts_.looks_up_before_change_list && !LookUpTables()) return Result::kEntryPointMissing;
   if (mode != SyncMode::kIncremental) return Result::kOk;
   change_list = File::CreateAlways(call_.PathOf(facts_.names.change_list));
   return change_list.IsOpen() ? Result::kOk : Result::kFileFailed;
+}
+
+bool Procedure::LookUpTables() {
+  constexpr RecordTable::Use kUse = RecordTable::Use::kListAndRead;
+  return main_.LookUp(kUse) && (groups_ == nullptr || groups_->LookUp(kUse));
 }
 
 Result Procedure::ExportTables(SyncMode mode) {
   File change_list;
   if (const Result created = CreateFiles(mode, change_list); IsFailure(created)) return created;
   File* const changes = change_list.IsOpen() ? &change_list : nullptr;
-  if (const Result exported = ExportOne(main_, changes); IsFailure(exported)) return exported;
-  return groups_ != nullptr ? ExportOne(*groups_, changes) : Result::kOk;
+  if (const Result exported = ExportFlagged(main_, changes); IsFailure(exported)) return exported;
+  return groups_ != nullptr ? ExportFlagged(*groups_, changes) : Result::kOk;
 }
 
-Result Procedure::ExportOne(RecordTable& table, File* change_list) {
-  const bool found = facts_.looks_up_first || table.LookUp(RecordTable::Use::kListAndRead);
-  const Result exported =
-      found ? ExportTable(table, call_.PathOf(table.names().exchange_file), change_list) : Result::kEntryPointMissing;
+Result Procedure::ExportFlagged(RecordTable& table, File* change_list) {
+  const bool found = facts_.looks_up_before_change_list || table.LookUp(RecordTable::Use::kListAndRead);
+  const Result exported = found ? table.Export(change_list) : Result::kEntryPointMissing;
   return IsFailure(exported) ? exported | table.facts().exported : Result::kOk;
 }
 
@@ -84,8 +88,12 @@ Result Procedure::WriteSnapshots(SyncMode mode) {
 }
 
 Result Procedure::WriteSnapshotOf(RecordTable& table) {
-  const Result written = WriteSnapshot(table);
+  const Result written = table.WriteSnapshot();
   return IsFailure(written) ? written | StepFlag::kSnapshotWritten : Result::kOk;
+}
+
+void Procedure::BeginRecover(SyncMode mode, char16_t* anchor) const {
+  call_.MoveAnchor(mode, anchor);
 }
 
 Result Procedure::Recover(SyncMode mode) {
@@ -106,19 +114,19 @@ Result Procedure::ApplyTables(SyncMode mode) {
   if (incremental) {
     if (const Result applied = ApplyChangeList(); IsFailure(applied)) return applied | StepFlag::kChangeListApplied;
   }
-  const Applying applying = {incremental ? ApplyForm::kInsertOrUpdate : ApplyForm::kInsertOnly, changes_, id_map_};
+  const Applying applying = {incremental, changes_, id_map_};
   if (groups_ != nullptr) {
-    if (const Result applied = ApplyOne(*groups_, applying); IsFailure(applied)) return applied;
+    if (const Result applied = ApplyFlagged(*groups_, applying); IsFailure(applied)) return applied;
   }
-  if (const Result applied = ApplyOne(main_, applying); IsFailure(applied)) return applied;
+  if (const Result applied = ApplyFlagged(main_, applying); IsFailure(applied)) return applied;
   if (incremental) call_.Delete(facts_.consumed_change_list);
   return Result::kOk;
 }
 
-Result Procedure::ApplyOne(RecordTable& table, const Applying& applying) {
-  const Result applied = ApplyTable(table, call_.PathOf(table.names().exchange_file), applying);
+Result Procedure::ApplyFlagged(RecordTable& table, const Applying& applying) {
+  const Result applied = table.Apply(applying);
   if (!IsFailure(applied)) return Result::kOk;
-  return applied | (applying.form == ApplyForm::kInsertOnly ? table.facts().inserted : table.facts().applied);
+  return applied | (applying.incremental ? table.facts().applied_incrementally : table.facts().applied);
 }
 
 Result Procedure::ApplyChangeList() {
@@ -139,20 +147,19 @@ Result Procedure::ApplyChangeList() {
 
 Result Procedure::Finish(SyncMode mode) {
   for (const TableNames& table : facts_.names.tables) call_.Delete(table.exchange_file);
-  if (!IsRemembered(mode)) return Result::kOk;
   if (const Result written = WriteSnapshots(mode); IsFailure(written)) return written;
+  if (!IsRemembered(mode)) return Result::kOk;
   File file = File::CreateAlways(call_.PathOf(facts_.names.id_map));
   const Result mapped = file.IsOpen() ? WriteEntries(file, id_map_) : Result::kFileFailed;
   return IsFailure(mapped) && facts_.id_map_written != kNoFlag ? mapped | facts_.id_map_written : Result::kOk;
 }
 
 PlainHandler::PlainHandler(const ModuleFacts& facts, const ModuleCall& call)
-    : call_(call),
-      main_(call.store(), kMainTable, facts.names.tables[kMainTable], facts.tables[kMainTable]),
-      procedure_(facts, call, main_, facts.tables.size() > kGroupTable ? &MakeGroups(facts) : nullptr) {}
+    : main_(call, kMainTable, facts.tables[kMainTable]),
+      procedure_(facts, call, main_, facts.tables.size() > kGroupTable ? &MakeGroups(facts, call) : nullptr) {}
 
-PlainTable& PlainHandler::MakeGroups(const ModuleFacts& facts) {
-  return groups_.emplace(call_.store(), kGroupTable, facts.names.tables[kGroupTable], facts.tables[kGroupTable]);
+PlainTable& PlainHandler::MakeGroups(const ModuleFacts& facts, const ModuleCall& call) {
+  return groups_.emplace(call, kGroupTable, facts.tables[kGroupTable]);
 }
 
 Result PlainHandler::Export(SyncMode& mode, char16_t* anchor) {
@@ -161,7 +168,7 @@ Result PlainHandler::Export(SyncMode& mode, char16_t* anchor) {
 }
 
 Result PlainHandler::Recover(SyncMode mode, char16_t* anchor) {
-  call_.MoveAnchor(mode, anchor);
+  procedure_.BeginRecover(mode, anchor);
   return procedure_.Recover(mode);
 }
 

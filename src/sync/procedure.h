@@ -31,9 +31,9 @@ constexpr bool IsEmptied(EmptiedBy emptied_by, SyncMode mode) {
 
 /// What the table that an entry of a change list names is good for.
 enum class TablesOfChanges : std::uint8_t {
-  kNamed,            ///< It is the entry's table; a deletion from another than the module's is passed over.
-  kOnlyOne,          ///< Nothing: the store has one table.
-  kOnlyOneToDelete,  ///< As kOnlyOne for deletions; other entries are about the table that they name.
+  kNamed,            ///< It is the entry's table, usually; a deletion from another than the module's is passed over.
+  kIgnored,          ///< Nothing: all entries are about the main table.
+  kIgnoredToDelete,  ///< The same for deletions; other entries are about the table that they name.
   kLowByteToDelete,  ///< Of a deletion the low byte counts: 0 is the main table, anything else the groups.
 };
 
@@ -50,15 +50,27 @@ struct ModuleFacts {
   /// earlier run.
   bool creates_tables_first = false;
   /// An export looks the entry points up before it creates the change list.
-  bool looks_up_first = false;
+  bool looks_up_before_change_list = false;
 
   TablesOfChanges tables_of_changes = TablesOfChanges::kNamed;
-  bool passes_over_operation_0 = false;  ///< Of an entry of a change list; otherwise it stands before later ones.
+  /// An entry of a change list with operation 0 is as good as none. Usually it hides later ones of the same record.
+  bool passes_over_operation_0 = false;
   const char16_t* consumed_change_list = names.change_list;  ///< What an incremental recover deletes at its end.
-  /// What an id map that cannot be written is flagged with; kNoFlag: it is not reported, the map is a kindness, and
-  /// without it the desktop asks for a full export.
+  /// What an id map that cannot be written is flagged with; kNoFlag: that is not reported, because without a map the
+  /// desktop asks for a full export.
   StepFlag id_map_written = kNoFlag;
 };
+
+/// Whether the facts name all that the procedure calls.
+constexpr bool IsComplete(const ModuleFacts& facts) {
+  for (const RecordTableFacts& table : facts.tables) {
+    for (const EntryPoint& call : {table.calls.count, table.calls.list, table.calls.read, table.calls.insert,
+                                   table.calls.update, facts.erase, facts.erase_all}) {
+      if (call.name == nullptr) return false;
+    }
+  }
+  return !facts.tables.empty() && facts.tables.size() <= facts.names.tables.size();
+}
 
 /// One run over a module's tables.
 class Procedure {
@@ -72,30 +84,34 @@ class Procedure {
   /// What follows on that, of a module without steps in between.
   Result Export(SyncMode mode);
   /// Creates what the facts say comes first, and in an incremental run the change list, which stays open. kFileFailed,
-  /// and with looks_up_first kEntryPointMissing.
+  /// and with looks_up_before_change_list kEntryPointMissing.
   Result CreateFiles(SyncMode mode, File& change_list);
   /// CreateFiles, and writes the tables and the change list. The tables' flags.
   Result ExportTables(SyncMode mode);
   /// Rewrites the snapshot logs in a run that is remembered. StepFlag::kSnapshotWritten.
   Result WriteSnapshots(SyncMode mode);
 
-  /// All of a recover behind the anchor, of a module without steps in between.
+  /// Moves the anchor.
+  void BeginRecover(SyncMode mode, char16_t* anchor) const;
+  /// What follows on that, of a module without steps in between.
   Result Recover(SyncMode mode);
   /// Deletes all that the store holds, in the modes that begin so. kEntryPointMissing, kWipeFailed.
   Result EmptyStore(SyncMode mode);
   /// Applies the tables, groups first: the main records are pointed at the ids that these receive. An incremental run
-  /// applies the change list's deletions before and deletes the list behind. StepFlag::kChangeListApplied, and the
-  /// tables' flags.
+  /// applies the change list's deletions before and deletes the facts' consumed list behind.
+  /// StepFlag::kChangeListApplied, and the tables' flags.
   Result ApplyTables(SyncMode mode);
   /// Which handset id each record received so far.
   IdMap& id_map() { return id_map_; }
-  /// Deletes the exchange tables, rewrites the snapshot logs and writes the id map.
+  /// Deletes the exchange tables; in a run that is remembered also rewrites the snapshot logs and writes the id map.
+  /// StepFlag::kSnapshotWritten, and the id map's flag.
   Result Finish(SyncMode mode);
 
  private:
-  Result ExportOne(RecordTable& table, File* change_list);
+  [[nodiscard]] bool LookUpTables();
+  Result ExportFlagged(RecordTable& table, File* change_list);
   Result WriteSnapshotOf(RecordTable& table);
-  Result ApplyOne(RecordTable& table, const Applying& applying);
+  Result ApplyFlagged(RecordTable& table, const Applying& applying);
   Result ApplyChangeList();
 
   const ModuleFacts& facts_;
@@ -111,37 +127,35 @@ class PlainHandler {
  public:
   PlainHandler(const ModuleFacts& facts, const ModuleCall& call);
 
-  // As every module's, within a call that has begun: see entry/dispatch.h. Results are told in words in the module's
-  // StepWords; those without a flag are kFileFailed of an export and kEntryPointMissing and kWipeFailed of a recover.
+  // As every module's, within a call that has begun (entry/dispatch.cpp). Results carry the flags of the facts, and are
+  // told in words in the module's StepWords. Without a flag are kFileFailed of an export, whatever else fails in
+  // exporting a table whose facts give it none, and kEntryPointMissing and kWipeFailed of a recover.
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
 
  private:
-  PlainTable& MakeGroups(const ModuleFacts& facts);
+  PlainTable& MakeGroups(const ModuleFacts& facts, const ModuleCall& call);
 
-  const ModuleCall& call_;
   PlainTable main_;
   std::optional<PlainTable> groups_;
   Procedure procedure_;
 };
 
-// What a module with one table, and no groups, flags.
+// The steps of a module with one table, in words.
 
-/// A recover applies the one table under this flag in every mode.
-inline constexpr StepFlag kTableApplied{0x3000000};
-
-inline constexpr StepWords kFlaggedTableStepWords[] = {
+inline constexpr StepWords kOneTableStepWords[] = {
     {Direction::kExport, Modes::kAny, StepFlag::kTable0Exported, "writing the records"},
     {Direction::kExport, Modes::kIncremental, StepFlag::kSnapshotRead, "reading the snapshot log"},
     {Direction::kExport, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot log"},
     {Direction::kRecover, Modes::kIncremental, StepFlag::kChangeListApplied, "applying the change list's deletions"},
-    {Direction::kRecover, Modes::kAny, kTableApplied, "applying the records"},
+    {Direction::kRecover, Modes::kAny, RecordTableFacts{}.applied, "applying the records"},
     {Direction::kRecover, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot log"},
 };
 
-/// Of a module whose table is written without a flag.
-inline constexpr std::span<const StepWords> kUnflaggedTableStepWords =
-    std::span<const StepWords>(kFlaggedTableStepWords).subspan(1);
+/// A table may be written without a flag.
+constexpr std::span<const StepWords> OneTableStepWords(const ModuleFacts& facts) {
+  return std::span<const StepWords>(kOneTableStepWords).subspan(facts.tables.front().written == kNoFlag ? 1 : 0);
+}
 
 }  // namespace qv
 

@@ -19,16 +19,9 @@ bool IsStatus(const EntryPoint& count) {
 }  // namespace
 
 bool RecordTable::LookUp(Use use) {
-  if (IsCounted() && !count_.LookUp(store_, facts_.calls.count)) return false;
-  if (!list_.LookUp(store_, facts_.calls.list)) return false;
-  return use == Use::kList || read_.LookUp(store_, facts_.calls.read);
-}
-
-bool RecordTable::LookUpForApplying(ApplyForm form) {
-  if (!insert_.LookUp(store_, facts_.calls.insert)) return false;
-  if (form == ApplyForm::kInsertOnly) return true;
-  return LookUpUpdate() &&
-         (facts_.needed_for_changes == nullptr || store_.Resolve<void()>(facts_.needed_for_changes) != nullptr);
+  if (IsCounted() && !count_.LookUp(store(), facts_.calls.count)) return false;
+  if (!list_.LookUp(store(), facts_.calls.list)) return false;
+  return use == Use::kList || read_.LookUp(store(), facts_.calls.read);
 }
 
 Result RecordTable::Count(std::uint32_t& count) const {
@@ -54,7 +47,7 @@ Result RecordTable::ListRecords(SyncInfoList& info) {
   if (!list_({.table = number_, .count_place = &count, .entries = info.data()})) return Result::kSyncInfoFailed;
   const bool listed_none = is_none(count);
   info.Take(listed_none ? 0 : count);
-  return listed_none && facts_.is_empty_when_unlisted ? EmptyResult() : Result::kOk;
+  return listed_none && facts_.lists_none_when_empty ? EmptyResult() : Result::kOk;
 }
 
 bool RecordTable::Read(std::span<const std::uint32_t> ids, void* records) const {
@@ -62,8 +55,43 @@ bool RecordTable::Read(std::span<const std::uint32_t> ids, void* records) const 
   return read_({.table = number_, .count = count, .ids = ids.data(), .records = records});
 }
 
-Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, const char16_t* path, File& exchange_table) {
-  const layout::RecordLayout& layout = *names_.layout;
+Result RecordTable::QueueRecords(File* change_list, SyncInfoList& info) const {
+  if (change_list == nullptr) {
+    info.QueueAll();
+    return Result::kOk;
+  }
+  Snapshot snapshot;
+  const Result loaded = snapshot.Load(names().snapshot_log);
+  if (IsFailure(loaded)) return loaded | StepFlag::kSnapshotRead;
+  EntryWriter<ChangeRecord> changes(*change_list);
+  return CompareWithSnapshot(number_, info, snapshot, changes);
+}
+
+Result RecordTable::Export(File* change_list) {
+  const TableCreated created = change_list != nullptr ? facts_.created_incrementally : facts_.created;
+  File exchange_table;
+  if (created == TableCreated::kFirst || created == TableCreated::kFirstAndAnew) {
+    exchange_table = CreateExchangeTable();
+    if (!exchange_table.IsOpen()) return Result::kFileFailed;
+    if (created == TableCreated::kFirstAndAnew) exchange_table.Close();
+  }
+  const auto leave_empty = [&](Result result) {
+    const bool is_late = created == TableCreated::kWithRecords || created == TableCreated::kUnlessEmpty;
+    return !is_late || CreateExchangeTable().IsOpen() ? result : Result::kFileFailed;
+  };
+  SyncInfoList info;
+  if (const Result listed = ListRecords(info); listed != Result::kOk) {
+    return IsFailure(listed) || created == TableCreated::kUnlessEmpty ? listed : leave_empty(listed);
+  }
+  if (const Result queued = QueueRecords(change_list, info); IsFailure(queued)) return queued;
+  if (info.QueuedIds().empty()) return leave_empty(Result::kOk);
+  const Result exported = ExportRecords(info.QueuedIds(), exchange_table);
+  const bool lacks_memory = change_list != nullptr && exported == Result::kNoMemory;
+  return lacks_memory ? facts_.no_memory_for_changed_records : exported;
+}
+
+Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) {
+  const layout::RecordLayout& layout = *names().layout;
   const std::size_t batch = facts_.read_batch != 0 ? facts_.read_batch : ids.size();
   List<std::uint8_t> records;
   if (!records.Resize(std::max<std::size_t>(batch, facts_.read_room), layout.store_size)) return Result::kNoMemory;
@@ -71,7 +99,7 @@ Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, const char
   if (!exchange_records_.Resize(layout.exchange_size)) return Result::kNoMemory;
   return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
     if (!Read(run, records.data())) return Result::kReadFailed;
-    if (!exchange_table.IsOpen()) exchange_table = File::CreateAlways(path);
+    if (!exchange_table.IsOpen()) exchange_table = CreateExchangeTable();
     if (!exchange_table.IsOpen()) return Result::kFileFailed | facts_.written;
     for (std::size_t i = 0; i < run.size(); ++i) {
       const std::uint8_t* const record = records.data() + i * layout.store_size;
@@ -82,7 +110,7 @@ Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, const char
 }
 
 bool RecordTable::WriteRecord(File& exchange_table, std::uint32_t id, const std::uint8_t* record) {
-  const layout::RecordLayout& layout = *names_.layout;
+  const layout::RecordLayout& layout = *names().layout;
   std::uint8_t* const exchange = exchange_records_.data();
   if (facts_.to_exchange != nullptr) {
     facts_.to_exchange(record, exchange);
@@ -93,13 +121,44 @@ bool RecordTable::WriteRecord(File& exchange_table, std::uint32_t id, const std:
   return exchange_table.Write(exchange, layout.exchange_size) && WriteItems(exchange_table, layout, exchange, record);
 }
 
-Result RecordTable::NextRecord(File& exchange_table, ApplyForm form, const std::uint8_t*& record) {
-  if (form == ApplyForm::kInsertOnly && facts_.insert_chunk != 0) return NextOfChunk(exchange_table, record);
+Result RecordTable::WriteSnapshot() {
+  File log = File::CreateAlways(names().snapshot_log);
+  if (!log.IsOpen()) return Result::kFileFailed;
+  if (!LookUp(Use::kList)) return Result::kEntryPointMissing;
+  SyncInfoList info;
+  if (const Result listed = ListRecords(info); listed != Result::kOk) return listed;
+  return WriteEntries(log, info.entries());
+}
+
+bool RecordTable::LookUpForApplying(bool incremental) {
+  if (!insert_.LookUp(store(), facts_.calls.insert)) return false;
+  if (!incremental) return true;
+  const char16_t* const also_needed = facts_.also_needed_for_changes;
+  return LookUpUpdate() && (also_needed == nullptr || store().Resolve<void()>(also_needed) != nullptr);
+}
+
+Result RecordTable::Apply(const Applying& applying) {
+  const bool looks_up_before = facts_.looks_up_before_table && applying.incremental;
+  if (looks_up_before && !LookUpForApplying(applying.incremental)) return Result::kEntryPointMissing;
+  File exchange_table = OpenExchangeTable();
+  if (!exchange_table.IsOpen()) {
+    const bool may_be_missing = facts_.may_be_missing_incrementally && applying.incremental;
+    return may_be_missing ? Result::kOk : Result::kFileFailed;
+  }
+  if (!looks_up_before && !LookUpForApplying(applying.incremental)) return Result::kEntryPointMissing;
+  for (bool more = true; more;) {
+    if (const Result applied = ApplyRecord(exchange_table, applying, more); IsFailure(applied)) return applied;
+  }
+  return Result::kOk;
+}
+
+Result RecordTable::NextRecord(File& exchange_table, bool incremental, const std::uint8_t*& record) {
+  if (!incremental && facts_.insert_chunk != 0) return NextOfChunk(exchange_table, record);
   // Of each request that an incremental recover reads only the first record is applied. Desktops lay such a table out
   // so.
-  const std::size_t size = names_.layout->exchange_size;
-  const bool strides = form == ApplyForm::kInsertOrUpdate && names_.incremental_stride != 0;
-  const std::size_t request = strides ? names_.incremental_stride : size;
+  const std::size_t size = names().layout->exchange_size;
+  const bool strides = incremental && names().incremental_stride != 0;
+  const std::size_t request = strides ? names().incremental_stride : size;
   if (!exchange_records_.Resize(request)) return Result::kNoMemory;
   bool more = false;
   const Result read = ReadRecord(exchange_table, exchange_records_.data(), size, request, more);
@@ -108,7 +167,7 @@ Result RecordTable::NextRecord(File& exchange_table, ApplyForm form, const std::
 }
 
 Result RecordTable::NextOfChunk(File& exchange_table, const std::uint8_t*& record) {
-  const std::size_t size = names_.layout->exchange_size;
+  const std::size_t size = names().layout->exchange_size;
   record = nullptr;
   if (next_of_chunk_ == exchange_records_.size()) {
     if (has_read_chunk_ && facts_.inserts_one_chunk) return Result::kOk;
@@ -126,9 +185,9 @@ Result RecordTable::NextOfChunk(File& exchange_table, const std::uint8_t*& recor
 }
 
 Result RecordTable::ApplyRecord(File& exchange_table, const Applying& applying, bool& more) {
-  const layout::RecordLayout& layout = *names_.layout;
+  const layout::RecordLayout& layout = *names().layout;
   const std::uint8_t* exchange = nullptr;
-  const Result read = NextRecord(exchange_table, applying.form, exchange);
+  const Result read = NextRecord(exchange_table, applying.incremental, exchange);
   more = exchange != nullptr;
   if (!more) return read;
   if (!store_record_.Resize(layout.store_size)) return Result::kNoMemory;
@@ -164,67 +223,6 @@ Result RecordTable::Insert(const Applying& applying, Arguments arguments) {
   arguments.new_id = &new_id;
   if (!insert_(arguments)) return Result::kInsertFailed;
   return applying.id_map.Append(number_, new_id, arguments.id) ? Result::kOk : Result::kNoMemory;
-}
-
-Result QueueRecords(const RecordTable& table, File* change_list, SyncInfoList& info) {
-  if (change_list == nullptr) {
-    info.QueueAll();
-    return Result::kOk;
-  }
-  Snapshot snapshot;
-  const Result loaded = snapshot.Load(table.names().snapshot_log);
-  if (IsFailure(loaded)) return loaded | StepFlag::kSnapshotRead;
-  EntryWriter<ChangeRecord> changes(*change_list);
-  return CompareWithSnapshot(table.number(), info, snapshot, changes);
-}
-
-Result ExportTable(RecordTable& table, const char16_t* path, File* change_list) {
-  const RecordTableFacts& facts = table.facts();
-  const TableCreated created = change_list != nullptr ? facts.created_incrementally : facts.created;
-  File exchange_table;
-  if (created == TableCreated::kFirst || created == TableCreated::kFirstAndAnew) {
-    exchange_table = File::CreateAlways(path);
-    if (!exchange_table.IsOpen()) return Result::kFileFailed;
-    if (created == TableCreated::kFirstAndAnew) exchange_table.Close();
-  }
-  const auto leave_empty = [&](Result result) {
-    const bool is_late = created == TableCreated::kWithRecords || created == TableCreated::kUnlessEmpty;
-    return !is_late || File::CreateAlways(path).IsOpen() ? result : Result::kFileFailed;
-  };
-  SyncInfoList info;
-  if (const Result listed = table.ListRecords(info); listed != Result::kOk) {
-    return IsFailure(listed) || created == TableCreated::kUnlessEmpty ? listed : leave_empty(listed);
-  }
-  if (const Result queued = QueueRecords(table, change_list, info); IsFailure(queued)) return queued;
-  if (info.QueuedIds().empty()) return leave_empty(Result::kOk);
-  const Result exported = table.ExportRecords(info.QueuedIds(), path, exchange_table);
-  const bool lacks_memory = change_list != nullptr && exported == Result::kNoMemory;
-  return lacks_memory ? facts.no_memory_for_changes : exported;
-}
-
-Result ApplyTable(RecordTable& table, const char16_t* path, const Applying& applying) {
-  const bool looks_up_first = table.facts().looks_up_first && applying.form == ApplyForm::kInsertOrUpdate;
-  if (looks_up_first && !table.LookUpForApplying(applying.form)) return Result::kEntryPointMissing;
-  File exchange_table = File::OpenExisting(path);
-  if (!exchange_table.IsOpen()) {
-    const bool may_be_missing =
-        table.facts().may_be_missing_incrementally && applying.form == ApplyForm::kInsertOrUpdate;
-    return may_be_missing ? Result::kOk : Result::kFileFailed;
-  }
-  if (!looks_up_first && !table.LookUpForApplying(applying.form)) return Result::kEntryPointMissing;
-  for (bool more = true; more;) {
-    if (const Result applied = table.ApplyRecord(exchange_table, applying, more); IsFailure(applied)) return applied;
-  }
-  return Result::kOk;
-}
-
-Result WriteSnapshot(RecordTable& table) {
-  File log = File::CreateAlways(table.names().snapshot_log);
-  if (!log.IsOpen()) return Result::kFileFailed;
-  if (!table.LookUp(RecordTable::Use::kList)) return Result::kEntryPointMissing;
-  SyncInfoList info;
-  if (const Result listed = table.ListRecords(info); listed != Result::kOk) return listed;
-  return WriteEntries(log, info.entries());
 }
 
 }  // namespace qv

@@ -6,7 +6,7 @@
 
 namespace qv {
 
-/// A step's code, or a code with a StepFlag. Modules add codes of their own.
+/// A step's code, or a code with a StepFlag.
 enum class [[nodiscard]] Result : std::uint32_t{
     kOk = 0,
     kStoreNotLoaded = 1,

@@ -25,9 +25,12 @@ struct SyncInfoForm {
   Time time;
 };
 
-/// As SyncInfoEntry says: what most stores have.
-inline constexpr SyncInfoForm kFileTimeForm = {sizeof(SyncInfoEntry), offsetof(SyncInfoEntry, time_low),
-                                               SyncInfoForm::Time::kFileTime};
+/// As SyncInfoEntry says.
+inline constexpr SyncInfoForm kFileTimeIn16Bytes = {sizeof(SyncInfoEntry), offsetof(SyncInfoEntry, time_low),
+                                                    SyncInfoForm::Time::kFileTime};
+/// As the snapshot log has it.
+inline constexpr SyncInfoForm kFileTimeIn12Bytes = {sizeof(SnapshotEntry), offsetof(SnapshotEntry, time_low),
+                                                    SyncInfoForm::Time::kFileTime};
 
 /// A store table's records as the store lists them, and then, in the same memory, the ids of those to export: of
 /// 100,000 records neither list needs room of its own.
@@ -56,7 +59,7 @@ class SyncInfoList {
   std::uint32_t* Words() { return reinterpret_cast<std::uint32_t*>(bytes_.data()); }
 
   List<std::uint8_t> bytes_;
-  SyncInfoForm form_ = kFileTimeForm;
+  SyncInfoForm form_ = kFileTimeIn16Bytes;
   std::size_t count_ = 0;
   std::size_t queued_ = 0;
 };

@@ -1,4 +1,4 @@
-// How long the steps of an export took: a hook for whoever looks for what is slow on a handset. It does nothing in this
+// How long the steps of an export took: a hook for whoever looks for what is slow on a handset. It tells nobody in this
 // build.
 #ifndef QV_SYNC_TIMING_H
 #define QV_SYNC_TIMING_H

@@ -30,7 +30,7 @@ Bytes ListOf(const qv::SyncInfoForm& form) {
 }
 
 TEST(SyncInfoListTest, MostStoresTellAFileTimeBehindAnUnusedWord) {
-  EXPECT_THAT(ListOf(qv::kFileTimeForm),
+  EXPECT_THAT(ListOf(qv::kFileTimeIn16Bytes),
               ElementsAre(1, 2, 3, 4, 0, 0, 0, 0, 0x07, 0xAE, 0x00, 0xD8, 0xD6, 0x11, 0xC6, 0x01,  //
                           7, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x29, 0xBA, 0x66, 0x6B, 0x6B, 0xDA, 0x01));
 }

@@ -139,9 +139,33 @@ std::string Items(const RecordLayout& layout) {
   return text;
 }
 
+std::string NameAt(const RecordLayout& layout, const Slot& exchange) {
+  for (const Field& field : layout.fields) {
+    if (field.exchange.form == exchange.form && field.exchange.offset == exchange.offset) return field.name;
+  }
+  return "";
+}
+
+/// What the procedure does with a record besides converting it.
+std::string ProcedureRules(const BuiltModule& module, const RecordLayout* layout) {
+  std::string text;
+  for (std::size_t i = 0; i < module.facts->tables.size(); ++i) {
+    const qv::RecordTableFacts& facts = module.facts->tables[i];
+    if (module.names.tables[i].layout != layout) continue;
+    if (facts.listed_id.form != Form::kNone) {
+      text += fmt::format("- {}: an export writes the id that the store listed the record under.\n",
+                          NameAt(*layout, facts.listed_id));
+    }
+    if (facts.group_reference.form != Form::kNone) {
+      text += "- A recover points the record at the id that its group received.\n";
+    }
+  }
+  return text;
+}
+
 /// What the fields' table refers to by "by a rule", and what else no table says.
 std::string Rules(const BuiltModule& module, const RecordLayout* layout) {
-  std::string text;
+  std::string text = ProcedureRules(module, layout);
   for (const qv::RuleWords& rule : module.rules) {
     if (rule.layout == layout) text += fmt::format("- {}\n", rule.rule);
   }

@@ -55,12 +55,12 @@ std::string WithoutStep() {
   row(Result::kSyncInfoFailed, qv::Directions::kRecover, "emptying the store: it cannot say which records to delete");
   row(Result::kWipeFailed, qv::Directions::kRecover, "emptying the store: it refused");
   row(Result::kEntryPointMissing, qv::Directions::kBoth,
-      "messages: the store cannot be asked for its configuration, or to take one; messages and calls: it cannot list "
-      "or "
-      "read its records");
-  row(Result::kSyncInfoFailed, qv::Directions::kExport, "messages and calls: the store cannot list its records");
+      "messages: the store cannot be asked for its configuration, or to take one; in modules with one table: to list "
+      "or read its records");
+  row(Result::kSyncInfoFailed, qv::Directions::kExport, "modules with one table: the store cannot list its records");
   row(Result::kReadFailed, qv::Directions::kBoth,
-      "messages: the configuration cannot be read from the store; messages and calls: an export cannot read a record");
+      "messages: the configuration cannot be read from the store; modules with one table: an export cannot read a "
+      "record");
   row(Result::kInsertFailed, qv::Directions::kRecover, "multimedia messages: the store refused the configuration");
   row(Result::kNoMemory, qv::Directions::kBoth,
       "there was no memory for the anchor, or for the messages' configuration");

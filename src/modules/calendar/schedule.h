@@ -24,12 +24,12 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
-/// A recover flags a failing table by its place in the order, and the incremental one counts the other way round.
-/// Desktops read the flags so.
-inline constexpr StepFlag kEntriesInserted{0x3000000};
-inline constexpr StepFlag kGroupsInserted{0x4000000};
-inline constexpr StepFlag kGroupsApplied{0x3000000};
-inline constexpr StepFlag kEntriesApplied{0x4000000};
+/// Groups are applied first in every mode. An incremental recover flags a failing table by that order, any other by the
+/// table's number. Desktops read the flags so.
+inline constexpr StepFlag kEntriesApplied{0x3000000};
+inline constexpr StepFlag kGroupsApplied{0x4000000};
+inline constexpr StepFlag kGroupsAppliedIncrementally{0x3000000};
+inline constexpr StepFlag kEntriesAppliedIncrementally{0x4000000};
 
 /// The last argument of an insert and an update is an entry's group, and of a group a value of its own.
 inline constexpr TableCalls kCalls = {
@@ -49,15 +49,15 @@ inline constexpr RecordTableFacts kTableFacts[] = {
      .group_reference = kEntryGroupId,
      .group_argument = kEntryGroupId,
      .exported = StepFlag::kTable0Exported,
-     .inserted = kEntriesInserted,
-     .applied = kEntriesApplied},
+     .applied = kEntriesApplied,
+     .applied_incrementally = kEntriesAppliedIncrementally},
     {.calls = kCalls,
      .read_batch = 50,
      .read_room = 100,
      .group_argument = kGroupValue,
      .exported = StepFlag::kTable1Exported,
-     .inserted = kGroupsInserted,
-     .applied = kGroupsApplied},
+     .applied = kGroupsApplied,
+     .applied_incrementally = kGroupsAppliedIncrementally},
 };
 
 inline constexpr ModuleFacts kFacts = {
@@ -74,10 +74,10 @@ inline constexpr StepWords kStepWords[] = {
     {Direction::kExport, Modes::kAny, StepFlag::kTable1Exported, "exporting the groups"},
     {Direction::kExport, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
     {Direction::kRecover, Modes::kIncremental, StepFlag::kChangeListApplied, "applying the change list's deletions"},
-    {Direction::kRecover, Modes::kOtherThanIncremental, kEntriesInserted, "inserting the entries"},
-    {Direction::kRecover, Modes::kOtherThanIncremental, kGroupsInserted, "inserting the groups"},
-    {Direction::kRecover, Modes::kIncremental, kGroupsApplied, "inserting and updating the groups"},
-    {Direction::kRecover, Modes::kIncremental, kEntriesApplied, "inserting and updating the entries"},
+    {Direction::kRecover, Modes::kOtherThanIncremental, kEntriesApplied, "inserting the entries"},
+    {Direction::kRecover, Modes::kOtherThanIncremental, kGroupsApplied, "inserting the groups"},
+    {Direction::kRecover, Modes::kIncremental, kGroupsAppliedIncrementally, "inserting and updating the groups"},
+    {Direction::kRecover, Modes::kIncremental, kEntriesAppliedIncrementally, "inserting and updating the entries"},
     {Direction::kRecover, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
 };
 

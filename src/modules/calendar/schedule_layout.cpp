@@ -102,8 +102,6 @@ constexpr ItemRun kEntryItems[] = {
     {.name = "item_144", .count = kItem144Count, .item = Bytes(0, 144), .store_offset = 2304, .slots = 44},
 };
 
-static_assert(Tiles<kEntryStoreSize, kEntryExchangeSize>(kEntryFields, kEntryItems));
-
 // A group passes through as it stands, but for the exchange record's tail, which the store has no room for.
 constexpr Field kGroupFields[] = {
     Both("group_id", kGroupId, kGroupId),
@@ -114,12 +112,11 @@ constexpr Field kGroupFields[] = {
     ExchangeUnused(264, 24),
 };
 
-static_assert(Tiles<kGroupStoreSize, kGroupExchangeSize>(kGroupFields));
-
 }  // namespace
 
-constinit const RecordLayout kEntryLayout = {"schedule entry", kEntryStoreSize, kEntryExchangeSize, kEntryFields,
-                                             kEntryItems};
-constinit const RecordLayout kGroupLayout = {"schedule group", kGroupStoreSize, kGroupExchangeSize, kGroupFields};
+constinit const RecordLayout kEntryLayout =
+    TiledLayout<kEntryStoreSize, kEntryExchangeSize>("schedule entry", kEntryFields, kEntryItems);
+constinit const RecordLayout kGroupLayout =
+    TiledLayout<kGroupStoreSize, kGroupExchangeSize>("schedule group", kGroupFields);
 
 }  // namespace qv::schedule

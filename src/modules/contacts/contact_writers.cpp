@@ -85,7 +85,7 @@ Result ChangeEraser::HandOver() {
 Result TableWriter::Open(const Library& store) {
   const TableCalls& calls = kTableFacts[table_].calls;
   if (!count_.LookUp(store, calls.count) || !add_.LookUp(store, calls.insert)) return Result::kEntryPointMissing;
-  if (!MayUpdate()) return Result::kOk;
+  if (!applying_.incremental) return Result::kOk;
   if (!update_.LookUp(store, calls.update)) return Result::kEntryPointMissing;
   find_by_name_ = store.Resolve<FindFunction>(kFindByName[table_]);
   return find_by_name_ != nullptr ? Result::kOk : Result::kEntryPointMissing;
@@ -100,11 +100,12 @@ Result TableWriter::CountRoom(std::size_t& room) const {
 }
 
 bool TableWriter::Reserve() {
-  return added_.Reserve(kStoreSize) && new_ids_.Resize(kChunk) && (!MayUpdate() || modified_.Reserve(kStoreSize));
+  return added_.Reserve(kStoreSize) && new_ids_.Resize(kChunk) &&
+         (!applying_.incremental || modified_.Reserve(kStoreSize));
 }
 
 Result TableWriter::TakeNew(std::uint32_t id) {
-  if (MayUpdate()) {
+  if (applying_.incremental) {
     // A record of the same name stands for the new one.
     const auto* const name = reinterpret_cast<const char16_t*>(added_.Next() + kStoreName.offset);
     std::int32_t found = 0;

@@ -115,7 +115,6 @@ class TableWriter {
   /// What the store finds by a name; `found` counts it.
   using FindFunction = std::int32_t(const char16_t* name, std::int32_t* found, std::uint32_t* id);
 
-  bool MayUpdate() const { return applying_.form == ApplyForm::kInsertOrUpdate; }
   Result TakeNew(std::uint32_t id);
   Result HandOverNew();
 

@@ -10,7 +10,7 @@ Result ContactsHandler::Export(SyncMode& mode, char16_t* anchor) {
 }
 
 Result ContactsHandler::Recover(SyncMode mode, char16_t* anchor) {
-  call_.MoveAnchor(mode, anchor);
+  procedure_.BeginRecover(mode, anchor);
   const bool incremental = mode == SyncMode::kIncremental;
   if (incremental) {
     const Result deletions = ApplyChangeList();
@@ -18,7 +18,7 @@ Result ContactsHandler::Recover(SyncMode mode, char16_t* anchor) {
   } else if (IsEmptied(kFacts.emptied_by, mode)) {
     if (const Result emptied = EmptyStore(); IsFailure(emptied)) return emptied;
   }
-  const Result applied = ApplyTables(incremental ? ApplyForm::kInsertOrUpdate : ApplyForm::kInsertOnly);
+  const Result applied = ApplyTables(incremental);
   if (IsFailure(applied)) return applied;
   if (incremental) call_.Delete(kNames.change_list);
   return procedure_.Finish(mode);

@@ -64,7 +64,7 @@ inline constexpr RecordTableFacts kTableFacts[] = {
                .update = {u"DTP_PIMUpdateMan", {Argument::kIds, Argument::kCount, Argument::kRecords}}},
      .sync_info = kSyncInfo,
      .counts_are_signed = true,
-     .is_empty_when_unlisted = true,
+     .lists_none_when_empty = true,
      .read_batch = 400},
     // An export does not count the groups: their list has a room of its own.
     {.calls = {.count = {u"DTP_PIMGetAllGroupNum", {Argument::kCountPlace}},
@@ -75,7 +75,7 @@ inline constexpr RecordTableFacts kTableFacts[] = {
      .sync_info = kSyncInfo,
      .uncounted_room = kMostRecords[kGroupTable],
      .counts_are_signed = true,
-     .is_empty_when_unlisted = true},
+     .lists_none_when_empty = true},
 };
 
 /// Records are deleted table by table, each with an entry point of its own.
@@ -153,14 +153,14 @@ class ContactsHandler {
 
   Result EmptyStore();
   Result ApplyChangeList();
-  Result ApplyTables(ApplyForm form);
+  Result ApplyTables(bool incremental);
   Result ApplyPictures();
   Result ApplyTable(const RecordTable& table, const Applying& applying);
   Result ApplyMemberships(const Applying& applying);
 
   const ModuleCall& call_;
-  PlainTable contacts_{call_.store(), kMainTable, kTables[kMainTable], kTableFacts[kMainTable]};
-  PlainTable groups_{call_.store(), kGroupTable, kTables[kGroupTable], kTableFacts[kGroupTable]};
+  PlainTable contacts_{call_, kMainTable, kTableFacts[kMainTable]};
+  PlainTable groups_{call_, kGroupTable, kTableFacts[kGroupTable]};
   Procedure procedure_{kFacts, call_, contacts_, &groups_};
   ChangeList changes_;
   IdMap new_pictures_;  ///< Under kPictureChanges. They are no business of the desktop's, so they have a map of their

@@ -35,8 +35,8 @@ Result ContactsHandler::ExportTables(SyncMode mode) {
 Result ContactsHandler::ExportContacts(File* change_list, SyncInfoList& listed, List<std::uint32_t>& pictures) {
   if (!contacts_.LookUp(RecordTable::Use::kListAndRead)) return Result::kEntryPointMissing;
   if (const Result found = contacts_.ListRecords(listed); found != Result::kOk) return found;
-  if (const Result queued = QueueRecords(contacts_, change_list, listed); IsFailure(queued)) return queued;
-  File exchange_table = File::CreateAlways(call_.PathOf(contacts_.names().exchange_file));
+  if (const Result queued = contacts_.QueueRecords(change_list, listed); IsFailure(queued)) return queued;
+  File exchange_table = contacts_.CreateExchangeTable();
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
   if (listed.QueuedIds().empty()) return Result::kOk;
 
@@ -64,7 +64,7 @@ Result ContactsHandler::ExportGroups(File* change_list) {
   if (!groups_.LookUp(RecordTable::Use::kListAndRead)) return Result::kEntryPointMissing;
   SyncInfoList listed;
   if (const Result found = groups_.ListRecords(listed); found != Result::kOk) return found;
-  if (const Result queued = QueueRecords(groups_, change_list, listed); IsFailure(queued)) return queued;
+  if (const Result queued = groups_.QueueRecords(change_list, listed); IsFailure(queued)) return queued;
   const std::span<const std::uint32_t> ids = listed.QueuedIds();
   if (ids.empty()) return Result::kOk;
 
@@ -75,7 +75,7 @@ Result ContactsHandler::ExportGroups(File* change_list) {
   if (!exchange.Resize(ids.size() * kGroupExchangeSize)) return Result::kNoMemory;
   records.Zero();
   if (!groups_.Read(ids, records.data())) return Result::kReadFailed;
-  File exchange_table = File::CreateAlways(call_.PathOf(groups_.names().exchange_file));
+  File exchange_table = groups_.CreateExchangeTable();
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
   for (std::size_t i = 0; i < ids.size(); ++i) {
     GroupToExchange(records.data() + i * kStoreSize, exchange.data() + i * kGroupExchangeSize);

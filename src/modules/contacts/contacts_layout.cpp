@@ -132,8 +132,6 @@ constexpr Field kContactFields[] = {
     StoreUnused(2728, 8),
 };
 
-static_assert(Tiles<kStoreSize, kContactExchangeSize>(kContactFields));
-
 constexpr Field kGroupFields[] = {
     Both("group_id", kRecordId, kRecordId),
     Both("name", kStoreName, Text(4, 42)),
@@ -152,8 +150,6 @@ constexpr Field kGroupFields[] = {
     StoreUnused(2548, 196),
 };
 
-static_assert(Tiles<kStoreSize, kGroupExchangeSize>(kGroupFields));
-
 constexpr Field kMembershipFields[] = {
     Both("contact_id", kRecordId, kRecordId),
     Both("group_count", kMembershipCount, kMembershipCount),
@@ -167,8 +163,6 @@ constexpr ItemRun kMembershipItems[] = {
      .slots = kMostGroupsOfContact},
 };
 
-static_assert(Tiles<kMembershipStoreSize, kMembershipExchangeSize>(kMembershipFields, kMembershipItems));
-
 constexpr Field kPictureFields[] = {
     Both("picture_id", kRecordId, kRecordId),
     Both("length", kStorePictureLength, kExchangePictureLength),
@@ -176,8 +170,6 @@ constexpr Field kPictureFields[] = {
     StoreUnused(8198, 2),
     ExchangeUnused(8200, 36),
 };
-
-static_assert(Tiles<kPictureStoreSize, kPictureExchangeSize>(kPictureFields));
 
 /// The slot of a number, a type byte: the first one's, moved on.
 constexpr Slot Following(const Slot& first, std::uint32_t position) {
@@ -268,12 +260,12 @@ void PutReminders(const std::uint8_t* exchange, std::uint8_t* store) {
 
 }  // namespace
 
-constinit const RecordLayout kContactLayout = {"contact", kStoreSize, kContactExchangeSize, kContactFields};
-constinit const RecordLayout kGroupLayout = {"contact group", kStoreSize, kGroupExchangeSize, kGroupFields};
-constinit const RecordLayout kMembershipLayout = {"membership", kMembershipStoreSize, kMembershipExchangeSize,
-                                                  kMembershipFields, kMembershipItems};
-constinit const RecordLayout kPictureLayout = {"contact picture", kPictureStoreSize, kPictureExchangeSize,
-                                               kPictureFields};
+constinit const RecordLayout kContactLayout = TiledLayout<kStoreSize, kContactExchangeSize>("contact", kContactFields);
+constinit const RecordLayout kGroupLayout = TiledLayout<kStoreSize, kGroupExchangeSize>("contact group", kGroupFields);
+constinit const RecordLayout kMembershipLayout =
+    TiledLayout<kMembershipStoreSize, kMembershipExchangeSize>("membership", kMembershipFields, kMembershipItems);
+constinit const RecordLayout kPictureLayout =
+    TiledLayout<kPictureStoreSize, kPictureExchangeSize>("contact picture", kPictureFields);
 
 void ContactToExchange(const std::uint8_t* store, std::uint8_t* exchange) {
   // Desktops expect this constant behind both dates.

@@ -14,6 +14,17 @@ using LoadPictureFunction = std::int32_t(const void* picture, std::uint32_t* new
 constexpr EntryPoint kAddMemberships = {u"DTP_PIMPhoneAddToGroups", {Argument::kCount, Argument::kRecords}};
 constexpr EntryPoint kModifyMemberships = {u"DTP_PIMModifyManToGroup", {Argument::kCount, Argument::kRecords}};
 
+/// Reads the next chunk of records into `records`, which has the room; what the end of the file cuts off reads as zero.
+/// `count` is 0 at the end. kFileUnreadable.
+Result ReadChunk(File& exchange_table, std::size_t record_size, List<std::uint8_t>& records, std::size_t& count) {
+  count = 0;
+  std::size_t got = 0;
+  if (!exchange_table.Read(records.data(), records.size(), got)) return Result::kFileUnreadable;
+  std::fill(records.begin() + got, records.end(), std::uint8_t{0});
+  count = (got + record_size - 1) / record_size;
+  return Result::kOk;
+}
+
 /// Reads the next membership with its groups into a store record. `more` is false at the end, and after a failure:
 /// kFileUnreadable.
 Result ReadMembership(File& table, std::uint8_t* record, bool& more) {
@@ -64,9 +75,9 @@ Result ContactsHandler::ApplyChangeList() {
   return IsFailure(read) ? read : eraser.HandOver();
 }
 
-Result ContactsHandler::ApplyTables(ApplyForm form) {
+Result ContactsHandler::ApplyTables(bool incremental) {
   // Each step needs the ids that the ones before it brought: contacts their pictures', memberships all of them.
-  const Applying applying = {form, changes_, procedure_.id_map()};
+  const Applying applying = {incremental, changes_, procedure_.id_map()};
   if (const Result done = ApplyPictures(); IsFailure(done)) return done | kPicturesApplied;
   if (const Result done = ApplyTable(groups_, applying); IsFailure(done)) return done | kGroupsApplied;
   if (const Result done = ApplyTable(contacts_, applying); IsFailure(done)) return done | kContactsApplied;
@@ -145,11 +156,10 @@ Result ContactsHandler::ApplyTable(const RecordTable& table, const Applying& app
 Result ContactsHandler::ApplyMemberships(const Applying& applying) {
   File table = File::OpenExisting(call_.PathOf(kMembershipFile));
   if (!table.IsOpen()) return Result::kFileFailed;
-  const bool incremental = applying.form == ApplyForm::kInsertOrUpdate;
   MembershipWriter added(Result::kInsertFailed);
   MembershipWriter modified(Result::kUpdateFailed);
   if (const Result opened = added.Open(call_.store(), kAddMemberships); IsFailure(opened)) return opened;
-  if (incremental) {
+  if (applying.incremental) {
     if (const Result opened = modified.Open(call_.store(), kModifyMemberships); IsFailure(opened)) return opened;
   }
 
@@ -166,7 +176,7 @@ Result ContactsHandler::ApplyMemberships(const Applying& applying) {
       const std::uint32_t id = applying.id_map.Translate(kMainTable, incoming);
       layout::StoreSlot(kRecordId, record, id);
       // Only an incremental recover minds that the contact was refused.
-      if (!incremental || id != kRefused) done = added.Add(record);
+      if (!applying.incremental || id != kRefused) done = added.Add(record);
     } else if (operation == Operation::kModified) {
       done = modified.Add(record);
     }

@@ -30,7 +30,6 @@ inline constexpr RecordTableFacts kTableFacts[] = {{
     .read_room = 100,
     .to_exchange = CallToExchange,
     .to_store = CallToStore,
-    .inserted = kTableApplied,
 }};
 
 inline constexpr ModuleFacts kFacts = {

@@ -26,11 +26,9 @@ constexpr Field kCallFields[] = {
     StoreUnused(176, 4),
 };
 
-static_assert(Tiles<kStoreSize, kExchangeSize>(kCallFields));
-
 }  // namespace
 
-constinit const RecordLayout kCallLayout = {"call", kStoreSize, kExchangeSize, kCallFields};
+constinit const RecordLayout kCallLayout = TiledLayout<kStoreSize, kExchangeSize>("call", kCallFields);
 
 void CallToExchange(const std::uint8_t* store, std::uint8_t* exchange) {
   ToExchange(kCallLayout, store, exchange);

@@ -70,7 +70,7 @@ Result MmsHandler::Export(SyncMode& mode, char16_t* anchor) {
 }
 
 Result MmsHandler::Recover(SyncMode mode, char16_t* anchor) {
-  call_.MoveAnchor(mode, anchor);
+  procedure_.BeginRecover(mode, anchor);
   if (const Result applied = ApplyConfig(); IsFailure(applied)) return applied;
   call_.Delete(kConfigFile);
   return procedure_.Recover(mode);
@@ -100,15 +100,14 @@ Result MmsHandler::ApplyConfig() {
   return set(block.data(), size) == 0 ? Result::kOk : Result::kInsertFailed;
 }
 
-Result MmsHandler::Table::ExportRecords(std::span<const std::uint32_t> ids, const char16_t* path,
-                                        File& exchange_table) {
+Result MmsHandler::Table::ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) {
   return ForEachBatch(ids, kBatch, [&](std::span<const std::uint32_t> run) {
     Batch batch;
     if (!Read(run, batch.data())) {
       batch.Forget();
       return Result::kReadFailed;
     }
-    if (!exchange_table.IsOpen()) exchange_table = File::CreateAlways(path);
+    if (!exchange_table.IsOpen()) exchange_table = CreateExchangeTable();
     if (!exchange_table.IsOpen()) return Result::kFileFailed;
     for (std::size_t i = 0; i < run.size(); ++i) {
       if (const Result done = WriteMessage(exchange_table, batch.data()[i]); IsFailure(done)) return done;
@@ -140,7 +139,7 @@ Result MmsHandler::Table::ApplyRecord(File& exchange_table, const Applying& appl
                                 .value = layout::LoadSlot(kValue, exchange),
                                 .data = data.data(),
                                 .data_length = said_length};
-  return Put(applying, message.id, &message, 0);
+  return Put(applying, message.id, &message);
 }
 
 }  // namespace qv::mms

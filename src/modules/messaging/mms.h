@@ -29,7 +29,6 @@ inline constexpr RecordTableFacts kTableFacts[] = {{
               .update = {u"mms_Sync_Update", {Argument::kId, Argument::kRecords}}},
     .read_batch = 50,
     .incoming_id = kMessageId,
-    .inserted = kTableApplied,
 }};
 
 inline constexpr ModuleFacts kFacts = {
@@ -56,10 +55,10 @@ class MmsHandler {
    public:
     using RecordTable::RecordTable;
 
-    Result ExportRecords(std::span<const std::uint32_t> ids, const char16_t* path, File& exchange_table) override;
+   private:
+    Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) override;
     Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
 
-   private:
     bool rest_is_known_ = false;
     std::uint32_t rest_ = 0;  ///< Bytes of the exchange table that are not read yet.
   };
@@ -68,7 +67,7 @@ class MmsHandler {
   Result ApplyConfig();
 
   const ModuleCall& call_;
-  Table table_{call_.store(), kMainTable, kTables[kMainTable], kTableFacts[kMainTable]};
+  Table table_{call_, kMainTable, kTableFacts[kMainTable]};
   Procedure procedure_{kFacts, call_, table_};
 };
 

@@ -25,10 +25,9 @@ constexpr ItemRun kMessageItems[] = {
      .is_signed = true},
 };
 
-static_assert(Tiles<0, kExchangeSize>(kMessageFields));
-
 }  // namespace
 
-constinit const RecordLayout kMessageLayout = {"multimedia message", 0, kExchangeSize, kMessageFields, kMessageItems};
+constinit const RecordLayout kMessageLayout =
+    TiledLayout<0, kExchangeSize>("multimedia message", kMessageFields, kMessageItems);
 
 }  // namespace qv::mms

@@ -14,7 +14,7 @@ Result SmsHandler::Recover(SyncMode mode, char16_t* anchor) {
   if (IsFailure(applied)) return applied;
   if (const Result learnt = LearnFolders(call_.store(), folders_); IsFailure(learnt)) return learnt;
   // Only now: a desktop that sends no configuration gets its anchor back as it was.
-  call_.MoveAnchor(mode, anchor);
+  procedure_.BeginRecover(mode, anchor);
   call_.Delete(kConfigFile);
   return procedure_.Recover(mode);
 }

@@ -6,6 +6,7 @@
 #include "modules/messaging/sms_layout.h"
 #include "sync/form_rules.h"
 #include "sync/procedure.h"
+#include "sync/sync_calls.h"
 
 namespace qv::sms {
 
@@ -23,26 +24,21 @@ inline constexpr ModuleNames kNames = {
 };
 
 inline constexpr RecordTableFacts kTableFacts[] = {{
-    .calls = {.count = {u"Sync_GetAllRecNum", {}},
-              .list = {u"Sync_GetAllidTime", {Argument::kCountPlace, Argument::kEntries}},
-              .read = {u"Sync_Read", {Argument::kCount, Argument::kIds, Argument::kRecords}},
-              .insert = {u"Sync_Insert", {Argument::kRecords, Argument::kNewId}},
-              .update = {u"Sync_Update", {Argument::kId, Argument::kRecords}}},
+    .calls = kSyncCalls,
     .sync_info = {36, 4, SyncInfoForm::Time::kText},
     .created = TableCreated::kFirstAndAnew,
-    .looks_up_first = true,
+    .looks_up_before_table = true,
     .written = StepFlag::kTable0Exported,
-    .inserted = kTableApplied,
 }};
 
 inline constexpr ModuleFacts kFacts = {
     .names = kNames,
     .tables = kTableFacts,
-    .erase = {u"Sync_Del", {Argument::kCount, Argument::kIds}},
-    .erase_all = {u"Sync_DelAll", {}},
+    .erase = kSyncErase,
+    .erase_all = kSyncEraseAll,
     .deletes_table_first = true,
-    .looks_up_first = true,
-    .tables_of_changes = TablesOfChanges::kOnlyOne,
+    .looks_up_before_change_list = true,
+    .tables_of_changes = TablesOfChanges::kIgnored,
 };
 
 inline constexpr RuleWords kRules[] = {
@@ -63,8 +59,8 @@ class SmsHandler {
   /// Messages go into the handset's folders.
   class Table final : public RecordTable {
    public:
-    Table(const Library& store, const FolderMap& folders)
-        : RecordTable(store, kMainTable, kTables[kMainTable], kTableFacts[kMainTable]), folders_(folders) {}
+    Table(const ModuleCall& call, const FolderMap& folders)
+        : RecordTable(call, kMainTable, kTableFacts[kMainTable]), folders_(folders) {}
 
    private:
     void Repoint(std::uint8_t* message, const IdMap& id_map) const override;
@@ -74,7 +70,7 @@ class SmsHandler {
 
   const ModuleCall& call_;
   FolderMap folders_;
-  Table table_{call_.store(), folders_};
+  Table table_{call_, folders_};
   Procedure procedure_{kFacts, call_, table_};
 };
 

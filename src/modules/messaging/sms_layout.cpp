@@ -2,6 +2,8 @@
 // named after its place in the exchange record.
 #include "modules/messaging/sms_layout.h"
 
+#include <algorithm>
+
 namespace qv::sms {
 namespace {
 
@@ -35,14 +37,10 @@ constexpr Field kMessageFields[] = {
     ExchangeUnused(1586, 38),
 };
 
-static_assert(Tiles<kMessageStoreSize, kMessageExchangeSize>(kMessageFields));
-
 constexpr Field kFirstSectionFields[] = {
     Both("value_0", U32(0), U32(0)),
     Both("text_4", Text(4, 200), Text(4, 204)),
 };
-static_assert(Tiles<204, 208>(kFirstSectionFields));
-
 constexpr Field kSecondSectionFields[] = {
     ExchangeUnused(0, 4),
     Both("text_4", Text(0, 66), Text(4, 68)),
@@ -51,8 +49,6 @@ constexpr Field kSecondSectionFields[] = {
     Both("time", TimeText(148), TimeNumbers(156)),
     ExchangeUnused(180, 8),
 };
-static_assert(Tiles<178, 188>(kSecondSectionFields));
-
 constexpr Field kThirdSectionFields[] = {
     ExchangeUnused(0, 4),
     Both("value_4", U32(0), U32(4)),
@@ -61,8 +57,6 @@ constexpr Field kThirdSectionFields[] = {
     Both("text_12", Text(8, 66), Text(12, 68)),
     Both("text_80", Text(74, 82), Text(80, 120)),
 };
-static_assert(Tiles<156, 200>(kThirdSectionFields));
-
 constexpr Field kFolderFields[] = {
     Both("folder_id", kFolderId, U32(0)),
     Both("name", kFolderName, Text(4, 82)),
@@ -72,8 +66,6 @@ constexpr Field kFolderFields[] = {
     StoreUnused(90, 2),
     ExchangeUnused(89, 39),
 };
-static_assert(Tiles<92, 128>(kFolderFields));
-
 constexpr Field kFifthSectionFields[] = {
     ExchangeUnused(0, 4),
     Both("value_4", U32(0), U32(4)),
@@ -86,18 +78,19 @@ constexpr Field kFifthSectionFields[] = {
     Both("text_86", Text(16, 80), Text(86, 118)),
     StoreUnused(10, 2),
 };
-static_assert(Tiles<164, 204>(kFifthSectionFields));
-
 }  // namespace
 
-constinit const RecordLayout kMessageLayout = {"short message", kMessageStoreSize, kMessageExchangeSize,
-                                               kMessageFields};
-constinit const RecordLayout kSectionLayouts[kSections] = {
-    {"configuration section 1", 204, 208, kFirstSectionFields},
-    {"configuration section 2", 178, 188, kSecondSectionFields},
-    {"configuration section 3", 156, 200, kThirdSectionFields},
-    {"configuration folder", 92, 128, kFolderFields},
-    {"configuration section 5", 164, 204, kFifthSectionFields},
+constinit const RecordLayout kMessageLayout =
+    TiledLayout<kMessageStoreSize, kMessageExchangeSize>("short message", kMessageFields);
+constexpr RecordLayout kSectionLayouts[kSections] = {
+    TiledLayout<204, 208>("configuration section 1", kFirstSectionFields),
+    TiledLayout<178, 188>("configuration section 2", kSecondSectionFields),
+    TiledLayout<156, 200>("configuration section 3", kThirdSectionFields),
+    TiledLayout<92, 128>("configuration folder", kFolderFields),
+    TiledLayout<164, 204>("configuration section 5", kFifthSectionFields),
 };
+
+static_assert(std::ranges::max(kSectionLayouts, {}, &RecordLayout::exchange_size).exchange_size ==
+              kMostSectionExchangeSize);
 
 }  // namespace qv::sms

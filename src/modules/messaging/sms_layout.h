@@ -11,7 +11,6 @@ inline constexpr std::size_t kMessageExchangeSize = 1624;
 
 inline constexpr std::size_t kSections = 5;
 inline constexpr std::size_t kFolders = 3;  ///< The section, counted from 0, that lists the folders.
-inline constexpr std::size_t kMostSectionStoreSize = 204;
 inline constexpr std::size_t kMostSectionExchangeSize = 208;
 
 // The fields that the module itself looks at.

@@ -35,11 +35,10 @@ inline constexpr RecordTableFacts kTableFacts[] = {{
                        kSuccess},
               .insert = {u"CR_Sync_Insert", {Argument::kRecords, Argument::kNewId, Argument::kZero}, kSuccess},
               .update = {u"CR_Sync_Update", {Argument::kRecords}, kSuccess}},
-    .sync_info = {12, 4, SyncInfoForm::Time::kFileTime},
+    .sync_info = kFileTimeIn12Bytes,
     .counts_are_signed = true,
     .created = TableCreated::kWithRecords,
     .written = StepFlag::kTable0Exported,
-    .inserted = kTableApplied,
 }};
 
 inline constexpr ModuleFacts kFacts = {
@@ -48,7 +47,7 @@ inline constexpr ModuleFacts kFacts = {
     .erase = {u"CR_Sync_Del", {Argument::kCount, Argument::kIds, Argument::kZero}, kSuccess},
     .erase_all = {u"CR_Sync_DeleteAllCardRecord", {}, kSuccess},
     .emptied_by = EmptiedBy::kAllButAdding,
-    .tables_of_changes = TablesOfChanges::kOnlyOneToDelete,
+    .tables_of_changes = TablesOfChanges::kIgnoredToDelete,
 };
 
 }  // namespace qv::card_reader

@@ -25,10 +25,8 @@ constexpr Field kCardFields[] = {
     StoreUnused(928, 40),
 };
 
-static_assert(Tiles<kStoreSize, kExchangeSize>(kCardFields));
-
 }  // namespace
 
-constinit const RecordLayout kCardLayout = {"business card", kStoreSize, kExchangeSize, kCardFields};
+constinit const RecordLayout kCardLayout = TiledLayout<kStoreSize, kExchangeSize>("business card", kCardFields);
 
 }  // namespace qv::card_reader

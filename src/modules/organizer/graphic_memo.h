@@ -26,12 +26,11 @@ inline constexpr RecordTableFacts kTableFacts[] = {{
               .read = {u"DrawInfo_Read", {Argument::kTable, Argument::kCount, Argument::kIds, Argument::kRecords}},
               .insert = {u"DrawInfo_Insert", {Argument::kTable, Argument::kRecords, Argument::kNewId}},
               .update = {u"DrawInfo_Update", {Argument::kTable, Argument::kId, Argument::kRecords}}},
-    .sync_info = {12, 4, SyncInfoForm::Time::kFileTime},
+    .sync_info = kFileTimeIn12Bytes,
     .created = TableCreated::kFirstAndAnew,
     .created_incrementally = TableCreated::kUnlessEmpty,
-    .no_memory_for_changes = Result::kNoChangeList,
+    .no_memory_for_changed_records = Result::kNoChangeList,
     .written = StepFlag::kTable0Exported,
-    .inserted = kTableApplied,
 }};
 
 inline constexpr ModuleFacts kFacts = {
@@ -40,8 +39,8 @@ inline constexpr ModuleFacts kFacts = {
     .erase = {u"DrawInfo_Sync_Del", {Argument::kTable, Argument::kCount, Argument::kIds}},
     .erase_all = {u"DrawInfo_DelAll", {}},
     .emptied_by = EmptiedBy::kAllButAdding,
-    .looks_up_first = true,
-    .tables_of_changes = TablesOfChanges::kOnlyOneToDelete,
+    .looks_up_before_change_list = true,
+    .tables_of_changes = TablesOfChanges::kIgnoredToDelete,
 };
 
 }  // namespace qv::graphic_memo

@@ -30,10 +30,8 @@ constexpr Field kMemoFields[] = {
     ExchangeUnused(1188, 36),
 };
 
-static_assert(Tiles<kStoreSize, kExchangeSize>(kMemoFields));
-
 }  // namespace
 
-constinit const RecordLayout kMemoLayout = {"graphic memo", kStoreSize, kExchangeSize, kMemoFields};
+constinit const RecordLayout kMemoLayout = TiledLayout<kStoreSize, kExchangeSize>("graphic memo", kMemoFields);
 
 }  // namespace qv::graphic_memo

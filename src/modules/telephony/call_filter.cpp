@@ -23,7 +23,7 @@ Result CallFilterHandler::Export(SyncMode& mode, char16_t* anchor) {
 }
 
 Result CallFilterHandler::Recover(SyncMode mode, char16_t* anchor) {
-  call_.MoveAnchor(mode, anchor);
+  procedure_.BeginRecover(mode, anchor);
   if (IsEmptied(kFacts.emptied_by, mode)) {
     if (const Result emptied = EmptyStore(); IsFailure(emptied)) return emptied;
   }
@@ -67,12 +67,12 @@ Result CallFilterHandler::ApplyConfig() {
   return write({.records = record}) ? Result::kOk : Result::kUpdateFailed;
 }
 
-bool CallFilterHandler::GroupTable::LookUpForApplying(ApplyForm form) {
-  return RecordTable::LookUpForApplying(form) && (form == ApplyForm::kInsertOrUpdate || LookUpUpdate());
+bool CallFilterHandler::GroupTable::LookUpForApplying(bool incremental) {
+  return RecordTable::LookUpForApplying(incremental) && (incremental || LookUpUpdate());
 }
 
 Result CallFilterHandler::GroupTable::Insert(const Applying& applying, Arguments arguments) {
-  if (applying.form == ApplyForm::kInsertOnly && arguments.id == kFixedGroup) {
+  if (!applying.incremental && arguments.id == kFixedGroup) {
     const std::uint32_t answer = update().Answer(arguments);
     if (answer == 0) return applying.id_map.Append(number(), 0, kFixedGroup) ? Result::kOk : Result::kNoMemory;
     if (answer != kNoSuchRecord) return Result::kUpdateFailed;

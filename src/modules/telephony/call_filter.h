@@ -1,5 +1,6 @@
 // Module 11, the call filter: the callers that the telephone lets through or turns away, in groups with times of their
-// own, and a configuration; kept by CallFilterStore.dll.
+// own, and a configuration; kept by CallFilterStore.dll. In files and anchors it is the "redblist", of black and red
+// callers.
 #ifndef QV_MODULES_TELEPHONY_CALL_FILTER_H
 #define QV_MODULES_TELEPHONY_CALL_FILTER_H
 
@@ -29,7 +30,7 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
-/// The configuration shares the flags of the entries.
+/// In every mode, unlike the schedule's. The configuration shares the flags of the entries.
 inline constexpr StepFlag kEntriesApplied{0x3000000};
 inline constexpr StepFlag kGroupsApplied{0x4000000};
 
@@ -65,28 +66,28 @@ inline constexpr TableCalls kCalls = {
     .update = {u"Sync_Update", {Argument::kTable, Argument::kId, Argument::kRecords}},
 };
 
-inline constexpr SyncInfoForm kSyncInfo = {12, 4, SyncInfoForm::Time::kFileTime};
-
 /// An incremental recover goes without a store that lacks this, although it deletes by kFacts.erase.
-inline constexpr char16_t kNeededForChanges[] = u"Sync_Del";
+inline constexpr char16_t kAlsoNeededForChanges[] = u"Sync_Del";
 
 inline constexpr RecordTableFacts kTableFacts[] = {
     {.calls = kCalls,
-     .sync_info = kSyncInfo,
+     .sync_info = kFileTimeIn12Bytes,
      .read_batch = 200,
      .group_reference = kEntryGroupId,
      .insert_chunk = 200,
      .may_be_missing_incrementally = true,
-     .needed_for_changes = kNeededForChanges,
+     .also_needed_for_changes = kAlsoNeededForChanges,
      .exported = StepFlag::kTable0Exported,
-     .inserted = kEntriesApplied},
+     .applied = kEntriesApplied},
     {.calls = kCalls,
-     .sync_info = kSyncInfo,
+     .sync_info = kFileTimeIn12Bytes,
+     .to_exchange = GroupToExchange,
+     .to_store = GroupToStore,
      .insert_chunk = 9,
      .inserts_one_chunk = true,
-     .needed_for_changes = kNeededForChanges,
+     .also_needed_for_changes = kAlsoNeededForChanges,
      .exported = StepFlag::kTable1Exported,
-     .inserted = kGroupsApplied},
+     .applied = kGroupsApplied},
 };
 
 inline constexpr SuccessNumbers kEmptied = {0, 2};
@@ -117,9 +118,8 @@ class CallFilterHandler {
    public:
     using RecordTable::RecordTable;
 
-    [[nodiscard]] bool LookUpForApplying(ApplyForm form) override;
-
    private:
+    [[nodiscard]] bool LookUpForApplying(bool incremental) override;
     Result Insert(const Applying& applying, Arguments arguments) override;
   };
 
@@ -128,8 +128,8 @@ class CallFilterHandler {
   Result ApplyConfig();
 
   const ModuleCall& call_;
-  PlainTable entries_{call_.store(), kMainTable, kTables[kMainTable], kTableFacts[kMainTable]};
-  GroupTable groups_{call_.store(), kGroupTable, kTables[kGroupTable], kTableFacts[kGroupTable]};
+  PlainTable entries_{call_, kMainTable, kTableFacts[kMainTable]};
+  GroupTable groups_{call_, kGroupTable, kTableFacts[kGroupTable]};
   Procedure procedure_{kFacts, call_, entries_, &groups_};
 };
 

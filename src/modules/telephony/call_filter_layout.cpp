@@ -15,8 +15,6 @@ constexpr Field kEntryFields[] = {
     Both("text_1", Text(16, 62), Text(40, 62)), Both("text_2", Text(78, 66), Text(102, 102)),
 };
 
-static_assert(Tiles<kEntryStoreSize, kEntryExchangeSize>(kEntryFields));
-
 constexpr Slot kStoreDays = U16(204);
 constexpr Slot kExchangeDays = Bytes(384, 7);
 
@@ -51,8 +49,6 @@ constexpr Field kGroupFields[] = {
     Both("text_a", Text(272, 258), Text(648, 258)),
     Both("text_b", Text(530, 258), Text(906, 294)),
 };
-
-static_assert(Tiles<kGroupStoreSize, kGroupExchangeSize>(kGroupFields));
 
 constexpr std::uint32_t kConfigSlots = 8;
 constexpr Slot kStoreConfigCount = U16(6);
@@ -121,8 +117,6 @@ constexpr Field kConfigFields[] = {
     ByModule("index_of_8", StoreIndex(7), {}),
 };
 
-static_assert(Tiles<kConfigStoreSize, kConfigExchangeSize>(kConfigFields));
-
 void Clear(const Slot& slot, std::uint8_t* record) {
   std::fill_n(record + slot.offset, slot.size, std::uint8_t{0});
 }
@@ -136,10 +130,12 @@ std::uint32_t CutCount(const Slot& count, std::uint8_t* record) {
 
 }  // namespace
 
-constinit const RecordLayout kEntryLayout = {"call filter entry", kEntryStoreSize, kEntryExchangeSize, kEntryFields};
-constinit const RecordLayout kGroupLayout = {"call filter group", kGroupStoreSize, kGroupExchangeSize, kGroupFields};
-constinit const RecordLayout kConfigLayout = {"call filter configuration", kConfigStoreSize, kConfigExchangeSize,
-                                              kConfigFields};
+constinit const RecordLayout kEntryLayout =
+    TiledLayout<kEntryStoreSize, kEntryExchangeSize>("call filter entry", kEntryFields);
+constinit const RecordLayout kGroupLayout =
+    TiledLayout<kGroupStoreSize, kGroupExchangeSize>("call filter group", kGroupFields);
+constinit const RecordLayout kConfigLayout =
+    TiledLayout<kConfigStoreSize, kConfigExchangeSize>("call filter configuration", kConfigFields);
 
 // The two directions of the days are not inverse. Desktops and stores live with it.
 

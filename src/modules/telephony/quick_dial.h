@@ -4,6 +4,7 @@
 
 #include "modules/telephony/quick_dial_layout.h"
 #include "sync/procedure.h"
+#include "sync/sync_calls.h"
 
 namespace qv::quick_dial {
 
@@ -19,27 +20,29 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
+/// An update is not told the id: the record says it.
+inline constexpr TableCalls kCalls = {.count = kSyncCalls.count,
+                                      .list = kSyncCalls.list,
+                                      .read = kSyncCalls.read,
+                                      .insert = kSyncCalls.insert,
+                                      .update = {kSyncCalls.update.name, {Argument::kRecords}}};
+
 inline constexpr RecordTableFacts kTableFacts[] = {{
-    .calls = {.count = {u"Sync_GetAllRecNum", {}},
-              .list = {u"Sync_GetAllidTime", {Argument::kCountPlace, Argument::kEntries}},
-              .read = {u"Sync_Read", {Argument::kCount, Argument::kIds, Argument::kRecords}},
-              .insert = {u"Sync_Insert", {Argument::kRecords, Argument::kNewId}},
-              .update = {u"Sync_Update", {Argument::kRecords}}},
+    .calls = kCalls,
     .sync_info = {20, 4, SyncInfoForm::Time::kSystemTime},
     .created = TableCreated::kWithRecords,
     .incoming_id = kEntryId,
     .written = StepFlag::kTable0Exported,
-    .inserted = kTableApplied,
 }};
 
 inline constexpr ModuleFacts kFacts = {
     .names = kNames,
     .tables = kTableFacts,
-    .erase = {u"Sync_Del", {Argument::kCount, Argument::kIds}},
-    .erase_all = {u"Sync_DelAll", {}},
+    .erase = kSyncErase,
+    .erase_all = kSyncEraseAll,
     .emptied_by = EmptiedBy::kAllButAdding,
     .deletes_table_first = true,
-    .tables_of_changes = TablesOfChanges::kOnlyOneToDelete,
+    .tables_of_changes = TablesOfChanges::kIgnoredToDelete,
 };
 
 }  // namespace qv::quick_dial

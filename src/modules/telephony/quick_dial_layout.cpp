@@ -27,10 +27,8 @@ constexpr Field kEntryFields[] = {
     StoreUnused(180, 4),
 };
 
-static_assert(Tiles<kStoreSize, kExchangeSize>(kEntryFields));
-
 }  // namespace
 
-constinit const RecordLayout kEntryLayout = {"quick dial entry", kStoreSize, kExchangeSize, kEntryFields};
+constinit const RecordLayout kEntryLayout = TiledLayout<kStoreSize, kExchangeSize>("quick dial entry", kEntryFields);
 
 }  // namespace qv::quick_dial

@@ -28,14 +28,14 @@ SweptModule Schedule() {
                       .sent = SentEntries(),
                       .exported = kMainTableExported,
                       .export_begin = LooksUp(u"SC_Sync_GetTotalNum"),
-                      .applied = kGroupTableApplied},  // An incremental recover counts the other way round.
+                      .applied = 0x4000000},  // An incremental recover counts in the order in which it applies them.
                      {.file = kGroups,
                       .snapshot_log = kGroupLog,
                       .sent = ExchangeGroup(50),
                       .exported = kGroupTableExported,
                       .export_begin = LooksUp(u"SC_Sync_GetTotalNum", 2),
                       .inserted = kGroupTableApplied,
-                      .applied = kMainTableApplied}},
+                      .applied = 0x3000000}},
           .change_list = kChangeList,
           .changes = Words({0, kEntryId, 1, 0, 2, 2, 0, 1, 3, 1, 50, 1, 1, 5, 3}),
           .id_map = kIdMap,

@@ -107,6 +107,56 @@ TEST(RecordLayoutTest, AnItemCountIsCutToItsSlots) {
   EXPECT_EQ(Exported(kWideCount, {0, 0, 0, 0x80, 0, 0, 0, 0}, 4, kNumbers), (Record{1, 0, 0, 0}));
 }
 
+// 11 December 2006, 07:02:10, on both sides; and the same with 5 milliseconds.
+const Record kSixNumbers = {0xD6, 0x07, 0, 0, 12, 0, 0, 0, 11, 0, 0, 0, 7, 0, 0, 0, 2, 0, 0, 0, 10, 0, 0, 0};
+const Record kSevenNumbers = {0xD6, 0x07, 0, 0, 12, 0, 0,  0, 11, 0, 0, 0, 7, 0,
+                              0,    0,    2, 0, 0,  0, 10, 0, 0,  0, 5, 0, 0, 0};
+const Record kFileTime = {0x00, 0x85, 0xDE, 0x46, 0xF2, 0x1C, 0xC7, 0x01};
+const Record kFileTimeWithMilliseconds = {0x50, 0x48, 0xDF, 0x46, 0xF2, 0x1C, 0xC7, 0x01};
+const Record kDigits = {'2', 0,   '0', 0,   '0', 0,   '6', 0,   '1', 0,   '2', 0,   '1', 0, '1',
+                        0,   '0', 0,   '7', 0,   '0', 0,   '2', 0,   '1', 0,   '0', 0,   0, 0};
+
+TEST(RecordLayoutTest, AFileTimeIsSixNumbersOrSevenWithTheMilliseconds) {
+  static constexpr Field kSix[] = {Both("time", FileTime(0), TimeNumbers(0))};
+  EXPECT_EQ(Exported(kSix, kFileTimeWithMilliseconds, 24), kSixNumbers);
+  EXPECT_EQ(Recovered(kSix, kSixNumbers, 8), kFileTime);
+  static constexpr Field kSeven[] = {Both("time", FileTime(0), TimeOfSeven(0))};
+  EXPECT_EQ(Exported(kSeven, kFileTimeWithMilliseconds, 28), kSevenNumbers);
+  EXPECT_EQ(Recovered(kSeven, kSevenNumbers, 8), kFileTimeWithMilliseconds);
+}
+
+TEST(RecordLayoutTest, ATimeThatDoesNotExistIsZero) {
+  static constexpr Field kFields[] = {Both("time", FileTime(0), TimeOfSeven(0))};
+  EXPECT_EQ(Exported(kFields, Record(8, 0xFF), 28), Record(28)) << "a FILETIME that no date can tell";
+  EXPECT_EQ(Recovered(kFields, Record(28), 8), Record(8));
+  Record no_such_day = kSevenNumbers;
+  no_such_day[8] = 32;
+  EXPECT_EQ(Recovered(kFields, no_such_day, 8), Record(8));
+}
+
+TEST(RecordLayoutTest, ATimeTextIsSixNumbers) {
+  static constexpr Field kFields[] = {Both("time", TimeText(0), TimeNumbers(0))};
+  EXPECT_EQ(Exported(kFields, kDigits, 24), kSixNumbers);
+  EXPECT_EQ(Recovered(kFields, kSixNumbers, 30), kDigits);
+  Record with_letter = kDigits;
+  with_letter[26] = 'x';
+  EXPECT_EQ(Exported(kFields, with_letter, 24), Record(24));
+}
+
+TEST(RecordLayoutTest, RowsOfOneWayLeaveTheOtherSideZero) {
+  static constexpr Field kFields[] = {ExportOnly("out", U8(0), U8(0)), RecoverOnly("in", U8(1), U8(1)),
+                                      ByModule("rule", U8(2), U8(2))};
+  EXPECT_EQ(Exported(kFields, {1, 2, 3}, 3), (Record{1, 0, 0}));
+  EXPECT_EQ(Recovered(kFields, {1, 2, 3}, 3), (Record{0, 2, 0}));
+}
+
+TEST(RecordLayoutTest, ASignedCountBelowZeroIsNoItems) {
+  static constexpr ItemRun kRun = {
+      .name = "item", .count = U32(0), .item = Bytes(0, 1), .store_offset = 0, .slots = 3, .is_signed = true};
+  const Record minus_one = {0xFF, 0xFF, 0xFF, 0xFF};
+  EXPECT_EQ(ItemCount(kRun, minus_one.data()), 0u);
+}
+
 constexpr Field kWhole[] = {Both("a", U16(0), U8(0)), ExchangeUnused(1, 1)};
 constexpr Field kOverlapping[] = {Both("a", U16(0), U8(0)), Both("b", U8(1), U8(1))};
 constexpr Field kOverlappingBits[] = {Both("a", Bits(0, 1, 7, 3), U8(0)), Both("b", Bits(0, 1, 3, 0), U8(1))};
@@ -114,6 +164,12 @@ constexpr Field kMissingBit[] = {Both("a", Bits(0, 1, 7, 4), U8(0)), Both("b", B
 constexpr Field kOutside[] = {Both("a", U16(1), U16(0))};
 constexpr Field kUnequalBytes[] = {Both("a", Bytes(0, 2), Bytes(0, 1)), ExchangeUnused(1, 1)};
 constexpr ItemRun kItemRun[] = {{"item", U8(0), Bytes(0, 2), 1, 3}};
+constexpr ItemRun kUncountedRun[] = {{"item", U16(0), Bytes(0, 2), 1, 3}};
+constexpr Field kTextAsBytes[] = {Both("a", Text(0, 4), Bytes(0, 8))};
+constexpr Field kNumberAsText[] = {Both("a", U16(0), Text(0, 2))};
+constexpr Field kSevenOfAText[] = {Both("a", TimeText(0), TimeOfSeven(0))};
+constexpr Field kSevenOfAFileTime[] = {Both("a", FileTime(0), TimeOfSeven(0))};
+constexpr Field kFileTimeAsItStands[] = {Both("a", FileTime(0), FileTime(0))};
 constexpr Field kCountOnly[] = {Both("count", U8(0), U8(0))};
 
 TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {
@@ -125,7 +181,13 @@ TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {
   EXPECT_FALSE((Tiles<1, 2>(kMissingBit)));
   EXPECT_FALSE((Tiles<2, 2>(kOutside)));
   EXPECT_FALSE((Tiles<2, 2>(kUnequalBytes))) << "bytes that stand for bytes are as many";
+  EXPECT_FALSE((Tiles<4, 8>(kTextAsBytes)));
+  EXPECT_FALSE((Tiles<2, 2>(kNumberAsText)));
+  EXPECT_FALSE((Tiles<30, 28>(kSevenOfAText))) << "a text tells no milliseconds";
+  EXPECT_FALSE((Tiles<8, 8>(kFileTimeAsItStands))) << "exchange files tell times in numbers";
+  EXPECT_TRUE((Tiles<8, 28>(kSevenOfAFileTime)));
   EXPECT_TRUE((Tiles<7, 1>(kCountOnly, kItemRun)));
+  EXPECT_FALSE((Tiles<7, 1>(kCountOnly, kUncountedRun))) << "no row is the count";
   EXPECT_FALSE((Tiles<8, 1>(kCountOnly, kItemRun)));
 }
 
