@@ -85,14 +85,15 @@ Result RecordTable::Export(File* change_list) {
   }
   if (const Result queued = QueueRecords(change_list, info); IsFailure(queued)) return queued;
   if (info.QueuedIds().empty()) return leave_empty(Result::kOk);
-  const Result exported = ExportRecords(info.QueuedIds(), exchange_table);
+  const std::size_t most = change_list != nullptr ? facts_.read_batch_incrementally : facts_.read_batch;
+  const std::size_t batch = most != 0 ? most : info.QueuedIds().size();
+  const Result exported = ExportRecords(info.QueuedIds(), batch, exchange_table);
   const bool lacks_memory = change_list != nullptr && exported == Result::kNoMemory;
   return lacks_memory ? facts_.no_memory_for_changed_records : exported;
 }
 
-Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) {
+Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) {
   const layout::RecordLayout& layout = *names().layout;
-  const std::size_t batch = facts_.read_batch != 0 ? facts_.read_batch : ids.size();
   List<std::uint8_t> records;
   if (!records.Resize(std::max<std::size_t>(batch, facts_.read_room), layout.store_size)) return Result::kNoMemory;
   records.Zero();

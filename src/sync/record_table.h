@@ -47,6 +47,7 @@ struct RecordTableFacts {
   bool lists_none_when_empty = false;
 
   std::uint32_t read_batch = 0;  ///< Records asked for in one call; 0: all of them.
+  std::uint32_t read_batch_incrementally = read_batch;
   /// Records that one call has room for, if more than read_batch: the store may use what lies behind.
   std::uint32_t read_room = 0;
   TableCreated created = TableCreated::kFirst;
@@ -153,9 +154,9 @@ class RecordTable {
   const Library& store() const { return call_.store(); }
   File OpenExchangeTable() const { return File::OpenExisting(call_.PathOf(names().exchange_file)); }
 
-  /// Reads the records of these ids and writes them to the exchange table. When it is not open it is created as soon as
-  /// the first records are there. kNoMemory, kReadFailed; kFileFailed with facts().written.
-  virtual Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table);
+  /// Reads the records of these ids, `batch` in one call, and writes them to the exchange table. When it is not open it
+  /// is created as soon as the first records are there. kNoMemory, kReadFailed; kFileFailed with facts().written.
+  virtual Result ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table);
 
   /// False when an entry point is missing.
   [[nodiscard]] virtual bool LookUpForApplying(bool incremental);

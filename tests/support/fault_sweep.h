@@ -53,6 +53,7 @@ struct StepBegin {
   PlatformCall call;
   std::uint32_t flag;  ///< What failures carry from this call on; 0 for a step without a flag.
   std::set<std::uint32_t> modes = {1, 2, 3, 4, 5};
+  bool is_behind_changes = false;  ///< The change list is deleted by then.
 };
 
 /// A table of the module as it travels. Files are given by their paths.
@@ -145,7 +146,7 @@ class FaultSweepTest : public AgentTest, public testing::WithParamInterface<Faul
  private:
   static std::unique_ptr<ScriptedStore> Prepare();
   Answer Perform();
-  void ExpectFailure(const Answer& answer, std::uint32_t result);
+  void ExpectFailure(const Answer& answer, std::uint32_t result, bool is_behind_changes = false);
 };
 
 std::string NameOfScript(const testing::TestParamInfo<FaultScript>& info);

@@ -100,17 +100,17 @@ Result MmsHandler::ApplyConfig() {
   return set(block.data(), size) == 0 ? Result::kOk : Result::kInsertFailed;
 }
 
-Result MmsHandler::Table::ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) {
-  return ForEachBatch(ids, kBatch, [&](std::span<const std::uint32_t> run) {
-    Batch batch;
-    if (!Read(run, batch.data())) {
-      batch.Forget();
+Result MmsHandler::Table::ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) {
+  return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
+    Batch messages;
+    if (!Read(run, messages.data())) {
+      messages.Forget();
       return Result::kReadFailed;
     }
     if (!exchange_table.IsOpen()) exchange_table = CreateExchangeTable();
     if (!exchange_table.IsOpen()) return Result::kFileFailed;
     for (std::size_t i = 0; i < run.size(); ++i) {
-      if (const Result done = WriteMessage(exchange_table, batch.data()[i]); IsFailure(done)) return done;
+      if (const Result done = WriteMessage(exchange_table, messages.data()[i]); IsFailure(done)) return done;
     }
     return Result::kOk;
   });

@@ -56,7 +56,7 @@ class MmsHandler {
     using RecordTable::RecordTable;
 
    private:
-    Result ExportRecords(std::span<const std::uint32_t> ids, File& exchange_table) override;
+    Result ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) override;
     Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
 
     bool rest_is_known_ = false;
