@@ -65,8 +65,10 @@ std::vector<Column> CreateTable(Database& database, const KindDescription& kind)
   return columns;
 }
 
+/// The record's columns are the parameters from the second on, and the last is the id.
 std::string InsertSql(const std::string& table, const std::vector<Column>& columns) {
-  return "INSERT INTO " + table + " (modified" + Listed(columns) + ") VALUES (?" + Placeholders(columns.size()) + ")";
+  return "INSERT INTO " + table + " (modified" + Listed(columns) + ", id) VALUES (?" +
+         Placeholders(columns.size() + 1) + ")";
 }
 
 /// The record's columns are the parameters from the second on, as in the insert.
@@ -82,8 +84,9 @@ qv::SyncInfoEntry SyncInfoOf(const Query& row) {
           .time_high = static_cast<std::uint32_t>(modified >> 32)};
 }
 
-void PutTime(const CalendarTime& time, const qv::layout::Slot& slot, std::uint8_t* record) {
-  std::memcpy(record + slot.offset, &time, sizeof(time));
+void PutTime(FileTime time, const qv::layout::Slot& slot, std::uint8_t* record) {
+  const auto put = [&](const auto& value) { std::memcpy(record + slot.offset, &value, sizeof(value)); };
+  slot.form == qv::layout::Form::kFileTime ? put(time) : put(CalendarTimeOf(time));
 }
 
 }  // namespace
@@ -124,7 +127,7 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
     if (!query.Step()) throw UnknownId(id);
     std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
     if (kind_.says_id) qv::layout::StoreSlot(kind_.layout.fields[0].store, records, id);
-    if (kind_.time.size != 0) PutTime(CalendarTimeOf(query.Number(0)), kind_.time, records);
+    if (kind_.time.size != 0) PutTime(query.Number(0), kind_.time, records);
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);
     }
@@ -137,10 +140,12 @@ void RecordStore::BindRecord(const std::uint8_t* record, Query& query) const {
   for (const Column& column : columns_) BindColumn(column.slot, record, query, parameter++);
 }
 
-std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<FileTime> modified) {
+std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<FileTime> modified,
+                                  std::optional<std::uint32_t> id) {
   Query query(insert_);
   if (modified) query.Bind(1, *modified);
   BindRecord(record, query);
+  if (id) query.Bind(static_cast<int>(columns_.size()) + 2, std::int64_t{*id});
   query.Run();
   return static_cast<std::uint32_t>(database_.LastInsertedId());
 }

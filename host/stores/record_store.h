@@ -24,7 +24,8 @@ struct KindDescription {
   const char* table;                       ///< In the database.
   const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id, if it says one.
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
-  qv::layout::Slot time = {};              ///< Where a record tells `modified`, a CalendarTime; no column of its own.
+  qv::layout::Slot time = {};              ///< Where a record tells `modified`: a FILETIME, or bytes of a CalendarTime.
+                                           ///< It is no column of its own.
   qv::SyncInfoForm list = qv::kFileTimeIn16Bytes;  ///< How the store lists the records.
   std::string_view insert_refusal = {};            ///< A setting that the store's insert refuses by (RefuseIfSet).
   bool says_id = true;            ///< Otherwise only the row has an id, and the record's first row is a column.
@@ -59,8 +60,9 @@ class RecordStore {
   /// Puts the records back to back in the order of `ids`. Throws UnknownId.
   void Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const;
 
-  /// Returns the new record's id. Without `modified` it is as of now.
-  std::uint32_t Insert(const std::uint8_t* record, std::optional<FileTime> modified = std::nullopt);
+  /// Returns the new record's id. Without `modified` it is as of now, without `id` it gets the next one.
+  std::uint32_t Insert(const std::uint8_t* record, std::optional<FileTime> modified = std::nullopt,
+                       std::optional<std::uint32_t> id = std::nullopt);
 
   /// Throws UnknownId.
   void Update(std::uint32_t id, const std::uint8_t* record);

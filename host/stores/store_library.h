@@ -28,7 +28,7 @@ enum Status : std::uint32_t {
   kUnknownRecord = 3,   ///< No record has this id, or one of these ids.
   kDatabaseFailed = 4,  ///< The database cannot be opened, read or written.
   kNoSession = 5,       ///< The library wants to be initialised first.
-  kOutOfBounds = 6,     ///< A count or length that is negative, or more than there can be.
+  kOutOfBounds = 6,     ///< A count or length that is negative, or more than there can be; no 0 where one must be.
   kNoMemory = 7,        ///< No room for what the call would hand out.
 };
 
@@ -82,6 +82,9 @@ class StoreLibrary {
   /// Of all tables.
   Status DeleteAll() noexcept;
 
+  /// How an entry point says this status.
+  Status Answer(Status status) const;
+
   /// For a call: refuses it with the status that this setting holds, if it is there and not 0.
   void RefuseIfSet(std::string_view setting) const;
 
@@ -102,7 +105,6 @@ class StoreLibrary {
  private:
   virtual std::unique_ptr<Opened> Open() const = 0;
 
-  Status Answer(Status status) const;
   Status OnTable(std::uint32_t table, const std::function<void(RecordStore&)>& call) noexcept;
   void InsertRecords(RecordStore& store, std::uint32_t count, const void* records, std::uint32_t* new_ids,
                      std::uint32_t argument) const;

@@ -71,8 +71,8 @@ class DeskTest : public testing::Test {
     return outcome.out;
   }
 
-  void CreatePhone(const std::string& records = "12", const std::string& contacts = "0") const {
-    Done({"create", Phone().string(), "--records", records, "--groups", "2", "--contacts", contacts});
+  void CreatePhone(const std::string& entries = "12", const std::string& contacts = "0") const {
+    Done({"create", Phone().string(), "--schedule-entries", entries, "--schedule-groups", "2", "--contacts", contacts});
   }
   Outcome Export(const std::vector<std::string>& more = {}) const { return Transfer("export", more); }
   Outcome Recover(const std::vector<std::string>& more = {}) const { return Transfer("recover", more); }

@@ -7,6 +7,10 @@ namespace {
 
 using testing::HasSubstr;
 
+/// Those with sample data.
+constexpr const char* kModules[] = {"contacts",   "schedule",    "card-reader", "sms",         "call-history",
+                                    "quick-dial", "call-filter", "mms",         "graphic-memo"};
+
 class Handset : public desk::DeskTest {
  protected:
   std::string Ask(std::vector<std::string> question) const {
@@ -20,12 +24,13 @@ TEST_F(Handset, SameSeedMakesTheSameTablesAndAnotherSeedOthers) {
   std::map<std::string, std::vector<std::string>> tables;
   for (const char* const seed : {"5", "5", "6"}) {
     desk::fs::remove_all(Phone());
-    Done({"create", Phone().string(), "--records", "20", "--contacts", "20", "--seed", seed});
-    for (const char* const module : {"schedule", "contacts", "sms", "mms", "call-history"}) {
+    Done({"create", Phone().string(), "--schedule-entries", "20", "--contacts", "20", "--seed", seed});
+    for (const char* const module : kModules) {
       EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
     }
-    for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl",
-                                    "mmsinfo.tbl", "callinfo.tbl"}) {
+    for (const char* const table :
+         {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl", "mmsinfo.tbl", "callinfo.tbl",
+          "cardreader.tbl", "gmemoinfo.tbl", "Quickinfo.tbl", "redblistinfo.tbl", "redblistgroup.tbl"}) {
       tables[table].push_back(desk::Contents(Sync(table)));
     }
   }
@@ -50,13 +55,18 @@ TEST_F(Handset, FileInItsPlaceIsRefused) {
 }
 
 TEST_F(Handset, EmptyHandsetAndOneWithoutGroupsCanBeExported) {
-  Done({"create", Phone().string(), "--records", "0", "--groups", "0", "--contacts", "0", "--messages", "0", "--mms",
-        "0", "--calls", "0"});
-  for (const char* const module : {"schedule", "contacts", "sms", "mms", "call-history"}) {
+  std::vector<std::string> create = {"create", Phone().string()};
+  for (const char* const kind : {"--schedule-entries", "--schedule-groups", "--contacts", "--messages", "--mms",
+                                 "--calls", "--cards", "--memos", "--quick-dials", "--filters"}) {
+    create.insert(create.end(), {kind, "0"});
+  }
+  Done(create);
+  for (const char* const module : kModules) {
     EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
   }
-  for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl",
-                                  "smsinfo.tbl", "mmsinfo.tbl", "callinfo.tbl"}) {
+  for (const char* const table :
+       {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl", "mmsinfo.tbl",
+        "callinfo.tbl", "cardreader.tbl", "gmemoinfo.tbl", "Quickinfo.tbl", "redblistinfo.tbl", "redblistgroup.tbl"}) {
     EXPECT_EQ(desk::fs::file_size(Sync(table)), 0u) << table;
   }
 }

@@ -176,7 +176,7 @@ class Messages : public MessageFiles {
 
 TEST_F(Messages, CreateSaysWhatIsOnThePhone) {
   EXPECT_THAT(Done({"create", At("other").string(), "--messages", "7", "--mms", "2", "--calls", "5"}),
-              HasSubstr("7 short messages, 2 multimedia messages and 5 calls"));
+              HasSubstr("7 short messages, 2 multimedia messages, 5 calls,"));
 }
 
 TEST_F(Messages, SampleMessagesAreInSeveralFoldersAndLanguages) {

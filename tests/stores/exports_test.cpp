@@ -67,4 +67,30 @@ TEST(StoreExportsTest, TheCallLogStoreExportsItsSevenEntryPointsAndNothingElse) 
                            "EXPCALLHISTORY_Sync_Del", "EXPCALLHISTORY_Sync_DelAll"));
 }
 
+TEST(StoreExportsTest, TheSpeedDialStoreExportsItsSevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_SPEED_DIAL_STORE),
+              UnorderedElementsAre("Sync_GetAllRecNum", "Sync_GetAllidTime", "Sync_Read", "Sync_Insert", "Sync_Update",
+                                   "Sync_Del", "Sync_DelAll"));
+}
+
+TEST(StoreExportsTest, TheCardScanStoreExportsItsNineEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_CARD_SCAN_STORE),
+              UnorderedElementsAre("CR_Initialize", "CR_UnInitialize", "CR_Sync_GetAllRecNum", "CR_Sync_GetAllidTime",
+                                   "CR_Sync_Read", "CR_Sync_Insert", "CR_Sync_Update", "CR_Sync_Del",
+                                   "CR_Sync_DeleteAllCardRecord"));
+}
+
+TEST(StoreExportsTest, TheSketchStoreExportsItsSevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_SKETCH_STORE),
+              UnorderedElementsAre("DrawInfo_GetAllRecNum", "DrawInfo_GetAllidTime", "DrawInfo_Read", "DrawInfo_Insert",
+                                   "DrawInfo_Update", "DrawInfo_Sync_Del", "DrawInfo_DelAll"));
+}
+
+TEST(StoreExportsTest, TheCallFilterStoreExportsItsElevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_CALL_FILTER_STORE),
+              UnorderedElementsAre("Sync_GetAllRecNum", "Sync_GetAllidTime", "Sync_Read", "Sync_insert", "Sync_Update",
+                                   "Sync_Del", "SC_Sync_Del", "Sync_DelAll", "Sync_rbc_ReadConfig",
+                                   "Sync_rbc_WriteConfig", "Sync_rbc_DelConfig"));
+}
+
 }  // namespace

@@ -28,16 +28,23 @@ void ClearTime(const stores::KindDescription& kind, Record& record) {
   std::fill_n(record.begin() + kind.time.offset, kind.time.size, std::uint8_t{0});
 }
 
+/// Those that calls here change.
+std::vector<const stores::KindDescription*> AllKinds() {
+  std::vector<const stores::KindDescription*> kinds = {&stores::kCallFilterConfigKind};
+  for (const stores::KindDescription& kind : stores::kScheduleKinds) kinds.push_back(&kind);
+  for (const stores::KindDescription& kind : stores::kContactKinds) kinds.push_back(&kind);
+  for (const ListDeletion& deletion : kListDeletions) kinds.push_back(&deletion.kind);
+  return kinds;
+}
+
 Contents ReadContents() {
   stores::Database database;
   EXPECT_TRUE(database.IsIntact());
   Contents contents;
-  for (const auto& kinds : {std::span(stores::kScheduleKinds), std::span(stores::kContactKinds)}) {
-    for (const stores::KindDescription& kind : kinds) {
-      const stores::RecordStore store(database, kind);
-      auto& records = contents.records[kind.table];
-      for (const std::uint32_t id : IdsOf(store)) ClearTime(kind, records[id] = ReadOne(store, id));
-    }
+  for (const stores::KindDescription* const kind : AllKinds()) {
+    const stores::RecordStore store(database, *kind);
+    auto& records = contents.records[kind->table];
+    for (const std::uint32_t id : IdsOf(store)) ClearTime(*kind, records[id] = ReadOne(store, id));
   }
   stores::ContactDatabase contacts(database);
   for (const std::uint32_t id : IdsOf(contacts.Table(stores::kContacts))) contents.groups[id] = contacts.GroupsOf(id);
@@ -52,10 +59,14 @@ void FillDatabase() {
   std::mt19937 random(2);
   stores::Database database;
   stores::Transaction transaction(database);
-  stores::RecordStore entries(database, stores::kScheduleKinds[stores::kScheduleEntries]);
-  stores::RecordStore groups(database, stores::kScheduleKinds[stores::kScheduleGroups]);
-  Fill(entries, kEntriesBefore, random);
-  Fill(groups, kGroupsBefore, random);
+  const auto fill = [&](const stores::KindDescription& kind, std::uint32_t count) {
+    stores::RecordStore store(database, kind);
+    Fill(store, count, random);
+  };
+  fill(stores::kScheduleKinds[stores::kScheduleEntries], kEntriesBefore);
+  fill(stores::kScheduleKinds[stores::kScheduleGroups], kGroupsBefore);
+  fill(stores::kCallFilterConfigKind, 1);
+  for (const ListDeletion& deletion : kListDeletions) fill(deletion.kind, kEntriesBefore);
   stores::ContactDatabase contacts(database);
   Fill(contacts.Table(stores::kContacts), kContactsBefore, random);
   Fill(contacts.Table(stores::kContactGroups), kContactGroupsBefore, random);
@@ -64,7 +75,6 @@ void FillDatabase() {
   transaction.Commit();
 }
 
-/// What the whole call makes of `contents`.
 Contents AfterScheduleCall(std::string_view call, Contents contents) {
   auto& entries = contents.records[stores::kScheduleKinds[stores::kScheduleEntries].table];
   if (call == "delete_all") {
@@ -100,10 +110,22 @@ Contents AfterContactCall(std::string_view call, Contents contents) {
   return contents;
 }
 
+/// What the whole call makes of `contents`.
+Contents After(std::string_view call, Contents contents) {
+  if (IsContactCall(call)) return AfterContactCall(call, contents);
+  if (const ListDeletion* const deletion = FindListDeletion(call)) {
+    for (const std::uint32_t id : DeletedIds()) contents.records[deletion->kind.table].erase(id);
+    return contents;
+  }
+  if (call != kWriteConfig) return AfterScheduleCall(call, contents);
+  contents.records[stores::kCallFilterConfigKind.table] = {{2, WrittenConfig()}};
+  return contents;
+}
+
 /// True when it was killed, false when it came through; anything else fails the test.
 bool IsKilled(const std::filesystem::path& root, std::string call, unsigned n, std::string when) {
   std::string program = QV_STORE_CALL_VICTIM, number = std::to_string(n);
-  std::string library = IsContactCall(call) ? QV_CONTACT_STORE : QV_SCHED_STORE;
+  std::string library = std::filesystem::path(QV_SCHED_STORE).replace_filename(LibraryOf(call)).string();
   std::string root_name = root.string();
   char* const arguments[] = {program.data(), root_name.data(), library.data(), call.data(),
                              number.data(),  when.data(),      nullptr};
@@ -130,7 +152,7 @@ TEST_P(KillTest, LeavesTheWholeCallOrNothing) {
   const std::filesystem::path filled = handset_.Root() / "filled.db";
   std::filesystem::copy_file(file, filled);
   const Contents before = ReadContents();
-  const Contents after = IsContactCall(call) ? AfterContactCall(call, before) : AfterScheduleCall(call, before);
+  const Contents after = After(call, before);
 
   unsigned without = 0, with = 0;
   bool killed = true;
@@ -148,7 +170,7 @@ TEST_P(KillTest, LeavesTheWholeCallOrNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AtEachFileSystemCall, KillTest,
-                         testing::Combine(testing::ValuesIn(kCalls), testing::Values("before", "after")),
+                         testing::Combine(testing::ValuesIn(AllCalls()), testing::Values("before", "after")),
                          [](const testing::TestParamInfo<Sweep>& sweep) {
                            return std::string(std::get<0>(sweep.param)) + "_" + std::string(std::get<1>(sweep.param));
                          });

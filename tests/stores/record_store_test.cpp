@@ -118,6 +118,14 @@ TEST_F(RecordStoreTest, IdsAreNeverGivenOutTwice) {
   EXPECT_EQ(InsertSample(), 5u);
 }
 
+TEST_F(RecordStoreTest, AnIdThatIsGivenIsTakenAndThoseAfterItAreGreater) {
+  const Record record(groups_.Kind().layout.store_size);
+  EXPECT_EQ(groups_.Insert(record.data(), 1000, 7), 7u);
+  EXPECT_EQ(groups_.Insert(record.data(), 1000), 8u);
+  EXPECT_THROW(groups_.Insert(record.data(), 1000, 7), stores::StoreError);
+  EXPECT_THAT(IdsOf(groups_), ElementsAre(7, 8));
+}
+
 TEST_F(RecordStoreTest, AnUnknownIdAmongThoseToDeleteKeepsThemAll) {
   for (int i = 0; i < 3; ++i) InsertSample();
   EXPECT_THROW(entries_.Delete(std::vector<std::uint32_t>{1, 2, 99}), stores::UnknownId);

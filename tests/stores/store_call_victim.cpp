@@ -126,8 +126,21 @@ std::uint32_t MakeContactCall(std::string_view call, const ContactStoreLibrary& 
   return static_cast<std::uint32_t>(call == "add_contacts" ? AddContacts(library) : ModifyGroups(library));
 }
 
+std::uint32_t WriteConfig(const LibraryFile& library) {
+  return library.Find<std::uint32_t(const void*)>("Sync_rbc_WriteConfig")(WrittenConfig().data());
+}
+
+std::uint32_t DeleteList(const LibraryFile& library, const char* entry_point) {
+  const auto doomed = DeletedIds();
+  return library.Find<std::uint32_t(std::uint32_t, const std::uint32_t*)>(entry_point)(doomed.size(), doomed.data());
+}
+
 std::uint32_t Make(std::string_view call, const std::string& library) {
   if (IsContactCall(call)) return MakeContactCall(call, ContactStoreLibrary(library));
+  if (call == kWriteConfig) return WriteConfig(LibraryFile(library));
+  if (const ListDeletion* const deletion = FindListDeletion(call)) {
+    return DeleteList(LibraryFile(library), deletion->entry_point);
+  }
   return MakeScheduleCall(call, SchedStoreLibrary(library));
 }
 

@@ -247,8 +247,8 @@ void ScriptedRecordStore::Insert(const Call& call) {
   auto* new_id = call.Place<std::uint32_t>(Argument::kNewId);
   for (std::uint32_t i = 0; i < call.Count(); ++i, ++new_id) {
     EXPECT_EQ(*new_id, 0u) << "what a new id is preset to";
-    Record& record =
-        tables[table].emplace_back(next_id++, facts_.list.new_time, Bytes(), call.Number(Argument::kGroup));
+    tables[table].push_back({next_id++, facts_.list.new_time, Bytes(), call.Number(Argument::kGroup)});
+    Record& record = tables[table].back();
     TakeIn(record, table, place);
     place += facts_.tables.at(table).record_size;
     if (Fills(call)) *new_id = record.id;

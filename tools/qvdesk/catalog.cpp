@@ -16,6 +16,7 @@
 #include "sync/anchor_file.h"
 #include "sync/file_forms.h"
 #include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/telling_columns.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -23,9 +24,18 @@ namespace {
 
 /// In the order of their numbers. A new module is one line here.
 constexpr BuiltModule kBuiltModules[] = {
-    {1, qv::contacts::kNames, &qv::contacts::kFacts, qv::contacts::kStepWords, qv::contacts::kRules},
+    {.id = 1,
+     .names = qv::contacts::kNames,
+     .facts = &qv::contacts::kFacts,
+     .step_words = qv::contacts::kStepWords,
+     .rules = qv::contacts::kRules,
+     .main_columns = ContactColumns},
     {2, qv::schedule::kNames, &qv::schedule::kFacts, qv::schedule::kStepWords},
-    {7, qv::card_reader::kNames, &qv::card_reader::kFacts, qv::OneTableStepWords(qv::card_reader::kFacts)},
+    {.id = 7,
+     .names = qv::card_reader::kNames,
+     .facts = &qv::card_reader::kFacts,
+     .step_words = qv::OneTableStepWords(qv::card_reader::kFacts),
+     .main_columns = CardColumns},
     {.id = 8,
      .names = qv::sms::kNames,
      .facts = &qv::sms::kFacts,
@@ -65,9 +75,9 @@ std::string FileName(std::string_view path) {
 }
 
 void AddFile(std::vector<FileForm>& forms, FileKind kind, const qv::layout::RecordLayout* layout,
-             const BuiltModule* module, const char16_t* path, std::uint32_t incremental_stride = 0) {
+             const BuiltModule* module, const char16_t* path) {
   const std::string utf8 = ToUtf8(path);
-  forms.push_back({FileName(utf8), kind, layout, module, utf8, incremental_stride});
+  forms.push_back({FileName(utf8), kind, layout, module, utf8});
 }
 
 std::vector<FileForm> CollectForms() {
@@ -75,7 +85,9 @@ std::vector<FileForm> CollectForms() {
   for (const BuiltModule& module : kBuiltModules) {
     for (const qv::TableNames& table : module.names.tables) {
       if (table.exchange_file == nullptr) continue;
-      AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file, table.incremental_stride);
+      AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file);
+      forms.back().incremental_stride = table.incremental_stride;
+      if (&table == module.names.tables.data()) forms.back().columns = module.main_columns;
     }
     if (module.config_file != nullptr) {
       const FileKind kind = module.config_sections.empty() ? FileKind::kBlock : FileKind::kSections;

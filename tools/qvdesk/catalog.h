@@ -4,6 +4,7 @@
 #define QV_TOOLS_QVDESK_CATALOG_H
 
 #include <cstdint>
+#include <filesystem>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,6 +19,11 @@
 
 namespace qvdesk {
 
+struct Column;  // telling_columns.h
+/// The columns of the table view of a file in `directory`.
+using ChooseColumns = std::vector<Column>(const qv::layout::RecordLayout& layout,
+                                          const std::filesystem::path& directory);
+
 /// A module that this build has.
 struct BuiltModule {
   std::int32_t id;
@@ -27,6 +33,7 @@ struct BuiltModule {
   std::span<const qv::RuleWords> rules = {};  ///< Of its forms, as far as the layouts cannot say them.
   const char16_t* config_file = nullptr;      ///< What travels before the tables, in the exchange directory.
   std::span<const qv::layout::RecordLayout> config_sections = {};  ///< None: the configuration is one block.
+  ChooseColumns* main_columns = nullptr;  ///< Of table 0, when its texts are too many for a line; null: as of any form.
 };
 
 std::span<const BuiltModule> BuiltModules();
@@ -47,6 +54,7 @@ struct FileForm {
   const BuiltModule* module;               ///< Null for a form that is the same in all modules.
   std::string path;  ///< On the handset: absolute, or a file name in the exchange directory. Empty for such a form.
   std::uint32_t incremental_stride = 0;  ///< As in qv::TableNames.
+  ChooseColumns* columns = nullptr;      ///< Null: as of any form.
 };
 
 /// What the name of a kind is when no module is meant: "change-list".

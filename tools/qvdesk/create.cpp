@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "host/handset/handset.h"
 #include "host/stores/database.h"
@@ -11,7 +12,9 @@
 #include "tools/qvdesk/phone.h"
 #include "tools/qvdesk/sample_contacts.h"
 #include "tools/qvdesk/sample_messages.h"
+#include "tools/qvdesk/sample_organizer.h"
 #include "tools/qvdesk/sample_schedule.h"
+#include "tools/qvdesk/sample_telephony.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -19,9 +22,12 @@ namespace {
 
 struct Options {
   std::filesystem::path directory;
-  SampleSize size{.records = 100, .groups = 4, .seed = 1};
+  SampleSchedule schedule{.entries = 100, .groups = 4};
   std::uint32_t contacts = 60;
   SampleMessages messages{.short_messages = 60, .multimedia_messages = 6, .calls = 40};
+  SampleOrganizer organizer{.cards = 10, .memos = 6};
+  SampleTelephony telephony{.quick_dials = 8, .filters = 12};
+  std::uint32_t seed = 1;
 };
 
 /// What the model ships with, and a directory for the exchange.
@@ -37,6 +43,25 @@ constexpr std::u16string_view kDirectories[] = {u"\\Windows",
 
 constexpr std::uint32_t kMailId = 4711;
 
+void InsertSamples(const Options& options) {
+  stores::Database database;
+  InsertSampleSchedule(database, options.schedule, options.seed);
+  InsertSampleContacts(database, options.contacts, options.seed);
+  InsertSampleMessages(database, options.messages, options.seed);
+  InsertSampleOrganizer(database, options.organizer, options.seed);
+  InsertSampleTelephony(database, options.telephony, options.seed);
+  database.SetSetting(stores::kSystemMailId, kMailId);
+}
+
+std::string Describe(const Options& options) {
+  return fmt::format(
+      "{} schedule entries in {} groups, {} contacts, {} short messages, {} multimedia messages, {} calls, {} cards, "
+      "{} memos, {} quick dials and {} call filter entries",
+      options.schedule.entries, options.schedule.groups, options.contacts, options.messages.short_messages,
+      options.messages.multimedia_messages, options.messages.calls, options.organizer.cards, options.organizer.memos,
+      options.telephony.quick_dials, options.telephony.filters);
+}
+
 int Create(const Options& options) {
   const std::string name = options.directory.string();
   if (std::filesystem::exists(options.directory)) {
@@ -50,16 +75,8 @@ int Create(const Options& options) {
   for (const std::u16string_view directory : kDirectories) {
     std::filesystem::create_directories(handset::HostPath(directory));
   }
-  stores::Database database;
-  InsertSampleSchedule(database, options.size);
-  InsertSampleContacts(database, options.contacts, options.size.seed);
-  InsertSampleMessages(database, options.messages, options.size.seed);
-  database.SetSetting(stores::kSystemMailId, kMailId);
-  fmt::print(
-      "{}: a handset with {} schedule entries in {} groups, {} contacts, {} short messages, {} multimedia messages "
-      "and {} calls\n",
-      name, options.size.records, options.size.groups, options.contacts, options.messages.short_messages,
-      options.messages.multimedia_messages, options.messages.calls);
+  InsertSamples(options);
+  fmt::print("{}: a handset with {}\n", name, Describe(options));
   fmt::print("  its database: {}\n", handset::HostPath(stores::kDatabasePath).string());
   return kSuccess;
 }
@@ -70,26 +87,30 @@ void AddCreate(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "create",
       "Makes a simulated handset: the directories of the phone's file system, an exchange directory \"\\sync\", and a "
-      "store database with a made-up schedule, made-up contacts, messages and calls, and a system mail account. The "
-      "database is SQLite: "
-      "look at it and change it with the sqlite3 shell, which counts as an edit on the phone. The same seed makes the "
-      "same data.");
+      "store database with made-up data of each kind and a system mail account. The database is SQLite: look at it and "
+      "change it with the sqlite3 shell, which counts as an edit on the phone. The same seed makes the same data.");
   auto options = std::make_shared<Options>();
-  constexpr std::uint32_t kMostGroups = 60000;  // Each has a 16-bit number of its own.
+  constexpr std::uint32_t kMostGroups = 60000;   // Each has a 16-bit number of its own.
+  constexpr std::uint32_t kMostQuickDials = 98;  // The keys 2 to 99.
+  const auto add = [&](const char* name, std::uint32_t& value, const char* help) {
+    return command->add_option(name, value, help)->capture_default_str();
+  };
   command->add_option("DIR", options->directory, "The handset's directory: a new or an empty one")->required();
-  command->add_option("--records", options->size.records, "Schedule entries")->capture_default_str();
-  command->add_option("--groups", options->size.groups, "Groups that the schedule entries belong to")
-      ->check(CLI::Range(0u, kMostGroups))
-      ->capture_default_str();
-  command->add_option("--contacts", options->contacts, "Contacts; a few groups and pictures come along")
-      ->capture_default_str();
-  command->add_option("--messages", options->messages.short_messages, "Short messages, in a few folders")
-      ->capture_default_str();
-  command->add_option("--mms", options->messages.multimedia_messages, "Multimedia messages, each with a small picture")
-      ->capture_default_str();
-  command->add_option("--calls", options->messages.calls, "Calls made, received and missed")->capture_default_str();
-  command->add_option("--seed", options->size.seed, "Any number; another one makes other data")->capture_default_str();
-  command->footer("Example:\n  qvdesk create /tmp/phone --records 1000 --seed 7");
+  add("--schedule-entries", options->schedule.entries, "Schedule entries");
+  add("--schedule-groups", options->schedule.groups, "Groups that the schedule entries belong to")
+      ->check(CLI::Range(0u, kMostGroups));
+  add("--contacts", options->contacts, "Contacts; a few groups and pictures come along");
+  add("--messages", options->messages.short_messages, "Short messages, in a few folders");
+  add("--mms", options->messages.multimedia_messages, "Multimedia messages, each with a small picture");
+  add("--calls", options->messages.calls, "Calls made, received and missed");
+  add("--cards", options->organizer.cards, "Business cards");
+  add("--memos", options->organizer.memos, "Memos drawn by hand");
+  add("--quick-dials", options->telephony.quick_dials, "Numbers behind the keys from 2 on")
+      ->check(CLI::Range(0u, kMostQuickDials));
+  add("--filters", options->telephony.filters,
+      "Callers in the call filter; three groups and a configuration come along");
+  add("--seed", options->seed, "Any number; another one makes other data");
+  command->footer("Example:\n  qvdesk create /tmp/phone --schedule-entries 1000 --seed 7");
   command->callback([options, &status] { status = Create(*options); });
 }
 

@@ -76,9 +76,12 @@ void PutTimeParts(const Json& value, const Slot& slot, std::span<std::uint8_t> r
   }
 }
 
-/// To the second; nothing for the zeros of a time that is none.
+/// To the second; nothing for a time that is none: all zero, or what the FILETIME 0 becomes.
 std::string DescribeTime(const std::vector<std::uint32_t>& parts) {
-  if (std::ranges::all_of(parts, [](std::uint32_t part) { return part == 0; })) return "";
+  constexpr std::uint32_t kFileTimeZero[] = {1601, 1, 1, 0, 0, 0, 0};
+  const bool is_none = std::ranges::all_of(parts, [](std::uint32_t part) { return part == 0; }) ||
+                       std::ranges::equal(parts, std::span(kFileTimeZero).first(parts.size()));
+  if (is_none) return "";
   return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]);
 }
 

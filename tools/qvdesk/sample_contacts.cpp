@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/stores/contact_database.h"
+#include "modules/contacts/contacts_layout.h"
 #include "tools/qvdesk/sample_data.h"
 #include "tools/qvdesk/sample_picture.h"
 
@@ -90,11 +91,10 @@ constexpr Culture kCultures[] = {
 
 constexpr std::string_view kGroups[] = {"Family", "Work", "朋友", "同学", "Neighbours"};
 
-// What the store's record has for things that the exchange record says otherwise.
-constexpr std::uint32_t kContactKind = 1;
-constexpr std::uint32_t kGroupKind = 2;
-constexpr std::uint32_t kMark = 128;
-constexpr std::uint32_t kReminderOn = 100;
+using qv::contacts::kContactKind;
+using qv::contacts::kGroupKind;
+using qv::contacts::kMark;
+using qv::contacts::kReminderOn;
 
 void SetAddress(RecordBuilder& contact, const std::string& prefix, const Place& place, Dice& dice) {
   contact.Set(prefix + "_street", fmt::format(fmt::runtime(place.street), 1 + dice.Roll(180)));
@@ -106,13 +106,12 @@ void SetAddress(RecordBuilder& contact, const std::string& prefix, const Place& 
 
 /// A mobile number, and maybe others; one of them is the default.
 void SetNumbers(RecordBuilder& contact, const Culture& culture, const Place& place, Dice& dice) {
-  constexpr std::uint32_t kSevenDigits = 10'000'000;
   const std::uint32_t count = 1 + dice.Roll(culture.number_labels.size());
   const std::uint32_t chosen = dice.Roll(count);
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::string_view area = i == 0 ? culture.mobile : place.landline;
     const std::uint32_t type = i + 1;
-    contact.Set(fmt::format("number_{}", i + 1), fmt::format("{} {:07}", area, dice.Roll(kSevenDigits)));
+    contact.Set(fmt::format("number_{}", i + 1), NumberIn(area, dice));
     contact.Set(fmt::format("number_type_{}", i + 1), i == chosen ? kMark + type : type);
     contact.Set(fmt::format("number_text_{}", i + 1), culture.number_labels[i]);
   }

@@ -3,22 +3,35 @@
 
 #include <fmt/format.h>
 
+#include <cstring>
 #include <stdexcept>
 
 #include "tools/qvdesk/field_value.h"
 
 namespace qvdesk {
 
-stores::FileTime ModifiedTime(Dice& dice) {
-  constexpr auto kSince1601 = kSampleDay - std::chrono::sys_days(std::chrono::January / 1 / 1601);
-  constexpr std::uint32_t kHalfYear = 180 * 86400;
-  const auto second = std::chrono::seconds(kSince1601).count() - 1 - dice.Roll(kHalfYear);
-  return second * stores::kSecond;
+stores::FileTime FileTimeOf(std::chrono::sys_days day) {
+  const auto since_1601 = day - std::chrono::sys_days(std::chrono::January / 1 / 1601);
+  return std::chrono::seconds(since_1601).count() * stores::kSecond;
 }
 
-std::string NameByTurns(std::span<const std::string_view> names, std::uint32_t i) {
-  const std::string_view name = names[i % names.size()];
-  return i < names.size() ? std::string(name) : fmt::format("{} {}", name, i / names.size() + 1);
+stores::FileTime ModifiedTime(Dice& dice) {
+  constexpr std::uint32_t kHalfYear = 180 * 86400;
+  return FileTimeOf(kSampleDay) - (1 + dice.Roll(kHalfYear)) * stores::kSecond;
+}
+
+std::string TimeText(stores::FileTime time) {
+  const stores::CalendarTime t = stores::CalendarTimeOf(time);
+  return fmt::format("{:04}{:02}{:02}{:02}{:02}{:02}", t.year, t.month, t.day, t.hour, t.minute, t.second);
+}
+
+std::string NumberIn(std::string_view area, Dice& dice) {
+  constexpr std::uint32_t kSevenDigits = 10'000'000;
+  return fmt::format("{} {:07}", area, dice.Roll(kSevenDigits));
+}
+
+std::string NameByTurns(std::string_view name, std::size_t names, std::uint32_t i) {
+  return i < names ? std::string(name) : fmt::format("{} {}", name, i / names + 1);
 }
 
 void RecordBuilder::Set(std::string_view field, std::uint32_t value) {
@@ -39,6 +52,10 @@ void RecordBuilder::SetDate(const std::string& prefix, std::chrono::sys_days day
 void RecordBuilder::SetTime(const std::string& prefix, std::uint32_t minutes) {
   Set(prefix + "_hour", minutes / 60 % 24);
   Set(prefix + "_minute", minutes % 60);
+}
+
+void RecordBuilder::SetFileTime(std::string_view field, stores::FileTime time) {
+  std::memcpy(&record_[SlotOf(field).offset], &time, sizeof(time));
 }
 
 void RecordBuilder::SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice) {

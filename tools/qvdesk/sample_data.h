@@ -36,11 +36,20 @@ class Dice {
   std::mt19937 engine_;
 };
 
+/// Midnight of a day.
+stores::FileTime FileTimeOf(std::chrono::sys_days day);
+
 /// Some time in the half year before kSampleDay, to the second.
 stores::FileTime ModifiedTime(Dice& dice);
 
-/// The name of number `i` of things that are called by turns: what comes round again is numbered.
-std::string NameByTurns(std::span<const std::string_view> names, std::uint32_t i);
+/// A time as records of texts tell it: 14 digits.
+std::string TimeText(stores::FileTime time);
+
+/// A telephone number with these first digits.
+std::string NumberIn(std::string_view area, Dice& dice);
+
+/// The name of number `i` of things that are taken by turns from a list: what comes round again is numbered.
+std::string NameByTurns(std::string_view name, std::size_t names, std::uint32_t i);
 
 /// A store record that is filled field by field, by the names of its layout.
 class RecordBuilder {
@@ -52,6 +61,8 @@ class RecordBuilder {
   void Set(std::string_view field, std::string_view text);
   void SetDate(const std::string& prefix, std::chrono::sys_days day);
   void SetTime(const std::string& prefix, std::uint32_t minutes);
+  /// A FILETIME.
+  void SetFileTime(std::string_view field, stores::FileTime time);
   /// Items of made-up bytes.
   void SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice);
 

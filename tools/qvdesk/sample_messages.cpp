@@ -2,14 +2,11 @@
 // and what was written are put where there is room for such.
 #include "tools/qvdesk/sample_messages.h"
 
-#include <fmt/format.h>
-
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/stores/file_time.h"
 #include "host/stores/message_kinds.h"
 #include "host/stores/mms_database.h"
 #include "host/stores/sms_database.h"
@@ -58,12 +55,6 @@ constexpr std::string_view kMmsConfig = "centre=http://mms.example/;proxy=10.0.0
 
 constexpr std::uint32_t kFirstCallType = 46000;
 constexpr std::uint32_t kCallTypes = 3;
-
-/// A time of the store's lists, as records of messages and calls tell it.
-std::string TimeText(stores::FileTime time) {
-  const stores::CalendarTime t = stores::CalendarTimeOf(time);
-  return fmt::format("{:04}{:02}{:02}{:02}{:02}{:02}", t.year, t.month, t.day, t.hour, t.minute, t.second);
-}
 
 const qv::layout::RecordLayout& SectionLayout(std::size_t section) {
   return stores::kSmsSectionKinds[section].layout;

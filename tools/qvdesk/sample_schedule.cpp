@@ -35,7 +35,7 @@ std::vector<std::uint32_t> InsertGroups(stores::Database& database, std::uint32_
   std::vector<std::uint32_t> ids;
   for (std::uint32_t i = 0; i < count; ++i) {
     RecordBuilder group(kind.layout);
-    group.Set("name", NameByTurns(kGroups, i));
+    group.Set("name", NameByTurns(kGroups[i % std::size(kGroups)], std::size(kGroups), i));
     group.Set("value_250", i + 1);
     ids.push_back(groups.Insert(group.data(), ModifiedTime(dice)));
   }
@@ -71,13 +71,13 @@ RecordBuilder MakeEntry(const qv::layout::RecordLayout& layout, const std::vecto
 
 }  // namespace
 
-void InsertSampleSchedule(stores::Database& database, const SampleSize& size) {
-  Dice dice(size.seed);
+void InsertSampleSchedule(stores::Database& database, const SampleSchedule& count, std::uint32_t seed) {
+  Dice dice(seed);
   stores::Transaction transaction(database);
-  const std::vector<std::uint32_t> groups = InsertGroups(database, size.groups, dice);
+  const std::vector<std::uint32_t> groups = InsertGroups(database, count.groups, dice);
   const stores::KindDescription& kind = stores::kScheduleKinds[stores::kScheduleEntries];
   stores::RecordStore entries(database, kind);
-  for (std::uint32_t i = 0; i < size.records; ++i) {
+  for (std::uint32_t i = 0; i < count.entries; ++i) {
     const RecordBuilder entry = MakeEntry(kind.layout, groups, dice);
     entries.Insert(entry.data(), ModifiedTime(dice));
   }

@@ -8,14 +8,13 @@
 
 namespace qvdesk {
 
-struct SampleSize {
-  std::uint32_t records;
+struct SampleSchedule {
+  std::uint32_t entries;
   std::uint32_t groups;
-  std::uint32_t seed;
 };
 
 /// Fills the schedule's tables of the running handset's database.
-void InsertSampleSchedule(stores::Database& database, const SampleSize& size);
+void InsertSampleSchedule(stores::Database& database, const SampleSchedule& count, std::uint32_t seed);
 
 }  // namespace qvdesk
 

@@ -109,9 +109,10 @@ int EndWith(const std::optional<std::string>& damage, const Options& options, co
 }
 
 /// For people.
-std::string Render(const Options& options, const RecordLayout& layout, const RecordFile& file) {
+std::string Render(const Options& options, const FileForm& form, const RecordLayout& layout, const RecordFile& file) {
   if (options.all_fields) return RenderAllFields(layout, file);
-  return RenderTable(TellingColumns(layout, options.file.parent_path()), file);
+  if (form.columns == nullptr) return RenderTable(TellingColumns(layout), file);
+  return RenderTable(form.columns(layout, options.file.parent_path()), file);
 }
 
 int ShowRecords(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
@@ -122,7 +123,7 @@ int ShowRecords(const Options& options, const FileForm& form, const std::vector<
     for (const RecordView& record : file.records) records.push_back(ToJson(layout, record));
     fmt::print("{}", RenderJson(form, "records", records));
   } else {
-    fmt::print("{}", Render(options, layout, file));
+    fmt::print("{}", Render(options, form, layout, file));
     fmt::print("{} of the form \"{}\"\n", CountOf(file.records.size(), "record"), form.name);
   }
   return EndWith(file.damage, options, form);
@@ -139,7 +140,7 @@ int ShowSections(const Options& options, const FileForm& form, const std::vector
   for (std::size_t i = 0; i < layouts.size(); ++i) {
     const RecordFile& section = file.sections[i];
     fmt::print("{}: {}\n{}", layouts[i].name, CountOf(section.records.size(), "record"),
-               Render(options, layouts[i], section));
+               Render(options, form, layouts[i], section));
   }
   return EndWith(file.damage, options, form);
 }

@@ -1,4 +1,4 @@
-// Ids, dates, texts and items as any form has them, but of contacts, whose texts are too many for a line, a choice.
+// Ids, dates, texts and items as any form has them, and choices for contacts and cards, which have too many texts.
 #include "tools/qvdesk/telling_columns.h"
 
 #include <fmt/format.h>
@@ -80,7 +80,9 @@ Column ReadableColumn(const RecordLayout& layout, const char* name) {
           }};
 }
 
-std::vector<Column> ColumnsOfAnyForm(const RecordLayout& layout) {
+}  // namespace
+
+std::vector<Column> TellingColumns(const RecordLayout& layout) {
   std::vector<Column> ids, dates, texts, others;
   const auto shown = std::ranges::count_if(layout.fields, [](const Field& field) { return IsShown(field.exchange); });
   for (const Field& field : layout.fields) {
@@ -106,6 +108,8 @@ std::vector<Column> ColumnsOfAnyForm(const RecordLayout& layout) {
 }
 
 // Contacts.
+
+namespace {
 
 /// The number that the contact calls its default, or else the first one that it has: what a recover makes the default.
 std::string DefaultNumber(const RecordLayout& layout, const RecordView& record) {
@@ -144,6 +148,8 @@ Column PictureColumn(const RecordLayout& layout, const std::filesystem::path& di
           }};
 }
 
+}  // namespace
+
 std::vector<Column> ContactColumns(const RecordLayout& layout, const std::filesystem::path& directory) {
   const auto field = [&](const char* name) { return FieldColumn(*FindField(layout, name)); };
   return {field("contact_id"),
@@ -156,10 +162,13 @@ std::vector<Column> ContactColumns(const RecordLayout& layout, const std::filesy
           PictureColumn(layout, directory)};
 }
 
-}  // namespace
-
-std::vector<Column> TellingColumns(const RecordLayout& layout, const std::filesystem::path& directory) {
-  return &layout == &qv::contacts::kContactLayout ? ContactColumns(layout, directory) : ColumnsOfAnyForm(layout);
+/// Name, company, position, number and address.
+std::vector<Column> CardColumns(const RecordLayout& layout, const std::filesystem::path&) {
+  std::vector<Column> columns;
+  for (const char* const name : {"card_id", "time", "text_1", "text_3", "text_4", "text_7", "text_8"}) {
+    columns.push_back(FieldColumn(*FindField(layout, name)));
+  }
+  return columns;
 }
 
 }  // namespace qvdesk

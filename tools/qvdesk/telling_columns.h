@@ -19,8 +19,14 @@ struct Column {
   bool whole = true;                                   ///< Not to be cut.
 };
 
-/// For the records of a file in `directory`, where contacts find their pictures. The layout must outlive the columns.
-std::vector<Column> TellingColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
+/// What tells records of any form apart: ids, dates, texts, items. The layout must outlive the columns, here as below.
+std::vector<Column> TellingColumns(const qv::layout::RecordLayout& layout);
+
+// Choices for forms whose texts are too many for a line.
+
+/// Contacts find their pictures in `directory`.
+std::vector<Column> ContactColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
+std::vector<Column> CardColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
 
 }  // namespace qvdesk
 

@@ -9,8 +9,6 @@ namespace {
 
 using namespace layout;
 
-constexpr std::uint32_t kContactKind = 1;
-constexpr std::uint32_t kGroupKind = 2;
 constexpr Slot kKind = U8(17);
 
 constexpr Slot kFirstNumber = Text(382, 66);  // The others follow it.
@@ -184,8 +182,6 @@ bool IsEmpty(const Slot& text, const std::uint8_t* record) {
 
 // Marks. A store adds one to a byte that is below it, and a byte that equals it is taken for a plain value.
 
-constexpr std::uint32_t kMark = 128;
-
 bool IsMarked(const Slot& byte, const std::uint8_t* record) {
   return LoadSlot(byte, record) > kMark;
 }
@@ -193,9 +189,6 @@ bool IsMarked(const Slot& byte, const std::uint8_t* record) {
 void AddMark(const Slot& byte, std::uint8_t* record) {
   StoreSlot(byte, record, LoadSlot(byte, record) + kMark);
 }
-
-/// What a reminder that is switched on reads in a store record.
-constexpr std::uint32_t kReminderOn = 100;
 
 bool IsOn(const Slot& reminder, const std::uint8_t* store) {
   return static_cast<std::int32_t>(LoadSlot(reminder, store)) > 0;

@@ -22,6 +22,12 @@ inline constexpr std::uint16_t kMostPictureBytes = 8192;
 
 inline constexpr std::uint32_t kNumbers = 8;  ///< Telephone numbers and the like that a contact has.
 
+// Values that the store's fields have.
+inline constexpr std::uint32_t kContactKind = 1;
+inline constexpr std::uint32_t kGroupKind = 2;
+inline constexpr std::uint32_t kMark = 128;  ///< Added to the type of the number, or the flag, that is the chosen one.
+inline constexpr std::uint32_t kReminderOn = 100;
+
 // The fields that the module itself looks at.
 inline constexpr layout::Slot kRecordId = layout::U32(0);  ///< In all forms, on both sides.
 inline constexpr layout::Slot kStoreName = layout::Text(18, 62);

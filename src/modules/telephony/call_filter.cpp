@@ -10,7 +10,6 @@ constexpr EntryPoint kReadConfig = {u"Sync_rbc_ReadConfig", {Argument::kRecords}
 constexpr EntryPoint kWriteConfig = {u"Sync_rbc_WriteConfig", {Argument::kRecords}};
 constexpr EntryPoint kEraseConfig = {u"Sync_rbc_DelConfig", {}, kEmptied};
 
-constexpr std::uint32_t kFixedGroup = 7;
 constexpr std::uint32_t kNoSuchRecord = 3;  ///< What an update answers.
 
 }  // namespace

@@ -13,6 +13,8 @@ inline constexpr std::size_t kGroupExchangeSize = 1200;
 inline constexpr std::size_t kConfigStoreSize = 712;
 inline constexpr std::size_t kConfigExchangeSize = 700;
 
+inline constexpr std::uint32_t kFixedGroup = 7;  ///< The id of the group that every handset has.
+
 inline constexpr layout::Slot kEntryGroupId = layout::U32(4);
 
 extern const layout::RecordLayout kEntryLayout;
