@@ -10,8 +10,12 @@ constinit const KindDescription kQuickDialKinds[1] = {
     {.table = "quick_dials", .layout = qv::quick_dial::kEntryLayout, .list = qv::quick_dial::kTableFacts[0].sync_info}};
 
 constinit const KindDescription kCallFilterKinds[2] = {
-    {.table = "call_filter_entries", .layout = qv::call_filter::kEntryLayout, .list = qv::call_filter::kSyncInfo},
-    {.table = "call_filter_groups", .layout = qv::call_filter::kGroupLayout, .list = qv::call_filter::kSyncInfo},
+    {.table = "call_filter_entries",
+     .layout = qv::call_filter::kEntryLayout,
+     .list = qv::call_filter::kTableFacts[0].sync_info},
+    {.table = "call_filter_groups",
+     .layout = qv::call_filter::kGroupLayout,
+     .list = qv::call_filter::kTableFacts[0].sync_info},
 };
 
 constinit const KindDescription kCallFilterConfigKind = {
