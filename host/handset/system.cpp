@@ -3,6 +3,7 @@
 #include "host/handset/system.h"
 
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <set>
@@ -57,6 +58,9 @@ coredll::SYSTEMTIME HostLocalTime() {
 }
 
 constexpr std::uint64_t kTicksPerMillisecond = 10'000;
+
+// What a call that fails leaves of what it was to fill: callers must not count on it.
+constexpr int kRubbish = 0xEE;
 
 // 100 ns since 1601, for a time that there is and that a FILETIME can hold.
 std::optional<std::uint64_t> FileTimeTicks(const coredll::SYSTEMTIME& time) {
@@ -147,7 +151,10 @@ void GetLocalTime(SYSTEMTIME* now) {
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* file_time) {
   return PlatformCall({"SystemTimeToFileTime", {}, 0}, kFalse, [&] {
     const std::optional<std::uint64_t> ticks = FileTimeTicks(*time);
-    if (!ticks) return Fail(Error::kInvalidParameter, kFalse);
+    if (!ticks) {
+      std::memset(file_time, kRubbish, sizeof(*file_time));
+      return Fail(Error::kInvalidParameter, kFalse);
+    }
     *file_time = {static_cast<DWORD>(*ticks), static_cast<DWORD>(*ticks >> 32)};
     return kTrue;
   });
@@ -157,7 +164,10 @@ BOOL FileTimeToSystemTime(const FILETIME* file_time, SYSTEMTIME* time) {
   return PlatformCall({"FileTimeToSystemTime", {}, 0}, kFalse, [&] {
     const std::uint64_t ticks = std::uint64_t{file_time->dwHighDateTime} << 32 | file_time->dwLowDateTime;
     // The platform takes the highest bit for a sign.
-    if (ticks >> 63 != 0) return Fail(Error::kInvalidParameter, kFalse);
+    if (ticks >> 63 != 0) {
+      std::memset(time, kRubbish, sizeof(*time));
+      return Fail(Error::kInvalidParameter, kFalse);
+    }
     *time = FromFileTimeTicks(ticks);
     return kTrue;
   });

@@ -90,9 +90,9 @@ BOOL GetDiskFreeSpaceExW(const char16_t* directory, ULARGE_INTEGER* free_to_call
 // --- Time ---
 
 void GetLocalTime(SYSTEMTIME* now) COREDLL("GetLocalTime");
-/// 0 for a time that does not exist; `file_time` is then left alone. The day of the week is not looked at.
+/// 0 for a time that does not exist; `file_time` then says nothing. The day of the week is not looked at.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* file_time) COREDLL("SystemTimeToFileTime");
-/// 0 for a time that no date can tell; `time` is then left alone.
+/// 0 for a time that no date can tell; `time` then says nothing.
 BOOL FileTimeToSystemTime(const FILETIME* file_time, SYSTEMTIME* time) COREDLL("FileTimeToSystemTime");
 /// Milliseconds since some moment; wraps around.
 DWORD GetTickCount() COREDLL("GetTickCount");

@@ -1,3 +1,4 @@
+#include <cstring>
 // The clock, windows, messages, semaphores and the memory division, and the C routines that only the handset library
 // calls.
 #include <dlfcn.h>
@@ -76,9 +77,28 @@ TEST_F(SystemTest, ATimeThatThereIsNotHasNoFileTime) {
   for (const coredll::SYSTEMTIME& time : impossible) {
     coredll::FILETIME file_time = {7, 8};
     EXPECT_FALSE(coredll::SystemTimeToFileTime(&time, &file_time));
-    EXPECT_EQ(file_time.dwLowDateTime, 7u);
-    EXPECT_EQ(file_time.dwHighDateTime, 8u);
+    EXPECT_NE(file_time.dwLowDateTime, 7u) << "callers must not count on what a failed call leaves";
   }
+}
+
+TEST_F(SystemTest, AFileTimeIsTakenApartToTheMillisecond) {
+  // 11 December 2006, a Monday, 07:02:10.005.
+  const coredll::FILETIME file_time = {0x46DF4850, 0x01C71CF2};
+  coredll::SYSTEMTIME time = {};
+  EXPECT_TRUE(coredll::FileTimeToSystemTime(&file_time, &time));
+  const coredll::SYSTEMTIME expected = {2006, 12, 1, 11, 7, 2, 10, 5};
+  EXPECT_EQ(std::memcmp(&time, &expected, sizeof(time)), 0);
+  coredll::FILETIME again = {};
+  EXPECT_TRUE(coredll::SystemTimeToFileTime(&time, &again));
+  EXPECT_EQ(again.dwLowDateTime, file_time.dwLowDateTime);
+  EXPECT_EQ(again.dwHighDateTime, file_time.dwHighDateTime);
+
+  const coredll::FILETIME beginning = {0, 0};
+  EXPECT_TRUE(coredll::FileTimeToSystemTime(&beginning, &time));
+  EXPECT_EQ(time.wYear, 1601u);
+  EXPECT_EQ(time.wDayOfWeek, 1u) << "a Monday";
+  const coredll::FILETIME beyond_all_dates = {0, 0x80000000};
+  EXPECT_FALSE(coredll::FileTimeToSystemTime(&beyond_all_dates, &time));
 }
 
 TEST_F(SystemTest, TheTickCountDoesNotGoBack) {

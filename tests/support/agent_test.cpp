@@ -75,6 +75,11 @@ void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text) {
   }
 }
 
+void PutTextWithEnd(Bytes& bytes, std::size_t offset, std::u16string_view text) {
+  PutText(bytes, offset, text);
+  Put16(bytes, offset + 2 * text.size(), 0);
+}
+
 std::uint32_t Get32(const Bytes& bytes, std::size_t offset) {
   return bytes.at(offset) | std::uint32_t{bytes.at(offset + 1)} << 8 | std::uint32_t{bytes.at(offset + 2)} << 16 |
          std::uint32_t{bytes.at(offset + 3)} << 24;
@@ -97,6 +102,12 @@ std::vector<std::uint32_t> ToWords(const Bytes& bytes) {
 
 void Append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
+Bytes TableOf(Bytes (*record)(std::uint32_t id), std::initializer_list<std::uint32_t> ids) {
+  Bytes table;
+  for (const std::uint32_t id : ids) Append(table, record(id));
+  return table;
 }
 
 std::vector<Bytes> Split(const Bytes& table, std::size_t record_size) {

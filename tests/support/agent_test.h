@@ -59,11 +59,15 @@ void Put8(Bytes& bytes, std::size_t offset, std::uint8_t value);
 void Put16(Bytes& bytes, std::size_t offset, std::uint16_t value);
 void Put32(Bytes& bytes, std::size_t offset, std::uint32_t value);
 void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text);
+/// Text and its NUL; what follows keeps its bytes.
+void PutTextWithEnd(Bytes& bytes, std::size_t offset, std::u16string_view text);
 std::uint32_t Get32(const Bytes& bytes, std::size_t offset);
 /// 12-byte entries one after another: snapshots, change lists, id maps.
 Bytes Words(std::initializer_list<std::uint32_t> words);
 std::vector<std::uint32_t> ToWords(const Bytes& bytes);
 void Append(Bytes& bytes, const Bytes& more);
+/// A table of records, one for each id.
+Bytes TableOf(Bytes (*record)(std::uint32_t id), std::initializer_list<std::uint32_t> ids);
 /// A table as its records; the test fails unless it is whole ones.
 std::vector<Bytes> Split(const Bytes& table, std::size_t record_size);
 

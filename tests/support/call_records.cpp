@@ -7,12 +7,6 @@ namespace {
 constexpr std::u16string_view kNumber = u"+49 170 1234567";
 constexpr std::u16string_view kName = u"Anna \u738B-\u00C4rmel";
 
-/// Text and its NUL; what follows keeps its bytes.
-void PutTextWithEnd(Bytes& bytes, std::size_t offset, std::u16string_view text) {
-  PutText(bytes, offset, text);
-  Put16(bytes, offset + 2 * text.size(), 0);
-}
-
 Bytes ExchangeFields(std::uint8_t unused) {
   Bytes r(208, unused);
   Put32(r, 0, kCallId);
@@ -78,12 +72,6 @@ Bytes RecoveredPlainCall(std::uint32_t id) {
   Put32(r, 160, id);
   Put16(r, 168, 46000);
   return r;
-}
-
-Bytes PlainCalls(std::initializer_list<std::uint32_t> ids) {
-  Bytes table;
-  for (const std::uint32_t id : ids) Append(table, PlainCall(id));
-  return table;
 }
 
 }  // namespace qv_test

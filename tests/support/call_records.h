@@ -13,7 +13,6 @@ constexpr char16_t kCallChanges[] = u"\\sync\\callcmd.tbl";
 constexpr char16_t kCallIdMap[] = u"\\sync\\callmap.tbl";
 constexpr char16_t kCallLog[] = u"\\dbdata\\sysconfig\\recordcall.log";
 
-constexpr std::size_t kCallSize = 208;  ///< In the exchange table.
 constexpr std::uint32_t kCallId = 0xE4A1A2A3;
 
 /// A call in the store: every field set, and 0xFF wherever an export reads nothing, behind the NULs too.
@@ -29,9 +28,6 @@ Bytes RecoveredCall();
 Bytes PlainCall(std::uint32_t id);
 /// What a recover hands to the store for it.
 Bytes RecoveredPlainCall(std::uint32_t id);
-
-/// A table of such records.
-Bytes PlainCalls(std::initializer_list<std::uint32_t> ids);
 
 }  // namespace qv_test
 

@@ -53,6 +53,7 @@ struct StepBegin {
   PlatformCall call;
   std::uint32_t flag;  ///< What failures carry from this call on; 0 for a step without a flag.
   std::set<std::uint32_t> modes = {1, 2, 3, 4, 5};
+  std::uint32_t no_memory = 16;    ///< What an allocation that fails in it comes out as, besides the flag.
   bool is_behind_changes = false;  ///< The change list is deleted by then.
 };
 
@@ -109,14 +110,6 @@ struct SweptModule {
   /// The same in a step without a flag.
   std::map<std::string, std::uint32_t> unflagged_store_codes = {};
 };
-
-/// A store of ScriptedTableStore's kind with records that say no more than who they are.
-template <typename Store>
-std::unique_ptr<ScriptedStore> FilledStore() {
-  auto store = std::make_unique<Store>();
-  for (std::uint32_t id = 1; id <= 70; ++id) store->Add(id);
-  return store;
-}
 
 // --- What is made of it ---
 

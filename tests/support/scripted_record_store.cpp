@@ -21,8 +21,8 @@ struct Binding {
 /// One call, its arguments told apart by what they are.
 class ScriptedRecordStore::Call {
  public:
-  Call(const ScriptedEntryPoint& entry_point, std::span<const std::uint32_t> words)
-      : entry_point_(entry_point), words_(words) {}
+  Call(const ScriptedStoreFacts& facts, const ScriptedEntryPoint& entry_point, std::span<const std::uint32_t> words)
+      : facts_(facts), entry_point_(entry_point), words_(words) {}
 
   const ScriptedEntryPoint& entry_point() const { return entry_point_; }
   bool Has(Argument argument) const { return std::ranges::count(entry_point_.arguments, argument) != 0; }
@@ -45,6 +45,7 @@ class ScriptedRecordStore::Call {
   /// Of the records that it is about: one, unless it says how many.
   std::uint32_t Count() const { return Number(Argument::kCount, 1); }
   std::vector<std::uint32_t> Ids() const {
+    if (IsToldByTheRecord()) return {IdInTheRecord()};
     if (!Has(Argument::kIds)) return {Number(Argument::kId)};
     const auto* const ids = Place<const std::uint32_t>(Argument::kIds);
     return {ids, ids + Count()};
@@ -56,6 +57,7 @@ class ScriptedRecordStore::Call {
     std::string told;
     if (has_table) told += " " + std::to_string(Table());
     if (entry_point_.role == StoreRole::kList) told += " room " + std::to_string(*Place<std::uint32_t>(kRoom));
+    if (IsToldByTheRecord()) told += " " + std::to_string(IdInTheRecord());
     if (Has(Argument::kId)) told += (has_table ? " id " : " ") + std::to_string(Number(Argument::kId));
     if (Has(Argument::kIds)) {
       told += " " + IdList(Place<const std::uint32_t>(Argument::kIds), Count());
@@ -69,6 +71,17 @@ class ScriptedRecordStore::Call {
  private:
   static constexpr Argument kRoom = Argument::kCountPlace;
 
+  bool IsToldByTheRecord() const {
+    return entry_point_.role == StoreRole::kUpdate && !Has(Argument::kId) && !Has(Argument::kIds);
+  }
+  std::uint32_t IdInTheRecord() const {
+    const std::size_t offset = facts_.tables.at(Table()).id_offset.value();
+    std::uint32_t id = 0;
+    std::memcpy(&id, Place<const std::uint8_t>(Argument::kRecords) + offset, sizeof(id));
+    return id;
+  }
+
+  const ScriptedStoreFacts& facts_;
   const ScriptedEntryPoint& entry_point_;
   std::span<const std::uint32_t> words_;
 };
@@ -87,7 +100,7 @@ struct Trampolines {
       return 0xFFFFFFFF;
     }
     const std::array<std::uint32_t, sizeof...(Words)> all = {words...};
-    return store->Answer({*entry_point, all});
+    return store->Answer({store->facts_, *entry_point, all});
   }
 
   using Addresses = std::array<coredll::FARPROC, kMostArguments + 1>;
@@ -140,6 +153,12 @@ std::optional<StoreRole> ScriptedRecordStore::RoleOf(const std::string& entry_po
     if (known.told == entry_point) return known.role;
   }
   return std::nullopt;
+}
+
+const ScriptedEntryPoint& ScriptedRecordStore::EntryPointFor(StoreRole role) const {
+  const auto found = std::ranges::find(facts_.entry_points, role, &ScriptedEntryPoint::role);
+  if (found == facts_.entry_points.end()) throw std::out_of_range("no scripted entry point for this");
+  return *found;
 }
 
 void ScriptedRecordStore::Add(std::uint32_t table, std::uint32_t id, std::optional<ListTime> time, Bytes bytes) {

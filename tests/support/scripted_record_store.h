@@ -72,7 +72,7 @@ enum class Argument : std::uint8_t {
   kCount,
   kCountPlace,
   kListEntries,
-  kId,
+  kId,  ///< An update without it, and without kIds, goes by the id in the record.
   kIds,
   kRecords,
   kNewId,  ///< Of several records, as many.
@@ -92,7 +92,7 @@ struct ScriptedEntryPoint {
 
 struct ScriptedTable {
   std::size_t record_size;
-  /// Where a record that a test adds without bytes says who it is; nowhere: it is all zero.
+  /// Where a record says who it is; nowhere: one that a test adds without bytes is all zero.
   std::optional<std::size_t> id_offset = std::nullopt;
 };
 
@@ -112,6 +112,9 @@ class ScriptedRecordStore : public ScriptedStore {
   ~ScriptedRecordStore() override;
 
   std::optional<StoreRole> RoleOf(const std::string& entry_point) const override;
+  /// The first entry point for this. There must be one.
+  const ScriptedEntryPoint& EntryPointFor(StoreRole role) const;
+  const ListForm& list_form() const { return facts_.list; }
 
   // --- What it holds ---
 

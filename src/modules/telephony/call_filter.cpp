@@ -34,7 +34,7 @@ Result CallFilterHandler::Recover(SyncMode mode, char16_t* anchor) {
 Result CallFilterHandler::ExportConfig() {
   StoreFunction read;
   if (!read.LookUp(call_.store(), kReadConfig)) return Result::kEntryPointMissing;
-  std::uint8_t record[kConfigStoreSize] = {};
+  alignas(std::uint32_t) std::uint8_t record[kConfigStoreSize] = {};
   if (!read({.records = record})) return Result::kReadFailed;
   std::uint8_t exchange[kConfigExchangeSize];
   ConfigToExchange(record, exchange);
@@ -61,7 +61,7 @@ Result CallFilterHandler::ApplyConfig() {
   if (IsFailure(read)) return read;
   StoreFunction write;
   if (!write.LookUp(call_.store(), kWriteConfig)) return Result::kEntryPointMissing;
-  std::uint8_t record[kConfigStoreSize];
+  alignas(std::uint32_t) std::uint8_t record[kConfigStoreSize];
   ConfigToStore(exchange, record);
   return write({.records = record}) ? Result::kOk : Result::kUpdateFailed;
 }

@@ -43,8 +43,9 @@ SweptModule CallFilter() {
           .make_store = MakeStore,
           .more_export_steps = {{LooksUp(u"Sync_rbc_ReadConfig"), kMainTableExported}},
           // An incremental recover goes without the entries' table.
-          .more_recover_steps = {{Opens(kFilterEntries), kUnreported, {3}},
-                                 {Opens(kFilterConfig), kMainTableApplied, {3}, true}},
+          .more_recover_steps =
+              {{Opens(kFilterEntries), kUnreported, {3}},
+               {.call = Opens(kFilterConfig), .flag = kMainTableApplied, .modes = {3}, .is_behind_changes = true}},
           .store_codes = {{"Update", 8}, {"ReadConfig", 6}, {"WriteConfig", 8}, {"DelConfig", 3}, {"DelAll", 3}}};
 }
 

@@ -110,6 +110,21 @@ TEST_F(ScriptedRecordStoreTest, AStoreMayTakeSeveralRecordsAndHaveEntryPointsFor
   EXPECT_THAT(store.calls, ElementsAre("Insert 2", "Count", "Update [1001 1000]"));
 }
 
+TEST_F(ScriptedRecordStoreTest, ARecordMaySayItselfWhomAnUpdateIsAbout) {
+  const ScriptedStoreFacts facts = {.library = u"Store.dll",
+                                    .tables = {{.record_size = 8, .id_offset = 4}},
+                                    .list = kFileTimeIn16Bytes,
+                                    .entry_points = {{u"U", "Update", StoreRole::kUpdate, {kRecords}}}};
+  ScriptedTableStore store(facts);
+  store.Add(7);
+  store.Add(8);
+  const std::uint32_t record[] = {70, 8};
+  EXPECT_EQ(CallStore(u"U", record), 0u);
+  EXPECT_EQ(store.At(7).bytes, Words({0, 7}));
+  EXPECT_EQ(store.At(8).bytes, Words({70, 8}));
+  EXPECT_THAT(store.calls, ElementsAre("Update 8"));
+}
+
 TEST_F(ScriptedRecordStoreTest, SuccessIsWhatTheDescriptionOrTheTestSays) {
   const ScriptedStoreFacts facts = Facts(kFileTimeIn16Bytes, {{u"D", "DelAll", StoreRole::kDeleteAll, {}, 2}});
   ScriptedTableStore store(facts);
