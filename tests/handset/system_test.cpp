@@ -1,8 +1,8 @@
-#include <cstring>
 // The clock, windows, messages, semaphores and the memory division, and the C routines that only the handset library
 // calls.
 #include <dlfcn.h>
 
+#include <cstring>
 #include <ctime>
 
 #include "tests/handset/handset_fixture.h"
