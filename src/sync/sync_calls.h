@@ -1,4 +1,4 @@
-// The calls of stores that have one table and name nothing after themselves: SmsStore.dll and SpeedDialStore.dll.
+// The calls of stores that have one table and name nothing after themselves: more than one store names them so.
 #ifndef QV_SYNC_SYNC_CALLS_H
 #define QV_SYNC_SYNC_CALLS_H
 
