@@ -16,60 +16,59 @@
 namespace qv {
 namespace {
 
-using ExportFunction = Result(SyncMode& mode, char16_t* anchor, const void* directory);
-using RecoverFunction = Result(SyncMode mode, char16_t* anchor, const void* directory);
-
+/// How a module's handler is run. `facts` are the row's.
 struct Operations {
-  ExportFunction* export_data;
-  RecoverFunction* recover_data;
+  Result (*export_data)(const ModuleFacts* facts, SyncMode& mode, char16_t* anchor, const void* directory);
+  Result (*recover_data)(const ModuleFacts* facts, SyncMode mode, char16_t* anchor, const void* directory);
 };
 
-/// A module whose handler is made for one call, within which its store stays loaded.
-template <const ModuleNames& names, typename Handler, const auto&... facts>
+/// Makes the handler for one call, within which its store stays loaded, and runs it.
+template <typename Handler, typename Run>
+Result RunHandler(const ModuleFacts& facts, const void* directory, Run run) {
+  ModuleCall call(facts.names);
+  if (const Result begun = call.Begin(directory); IsFailure(begun)) return begun;
+  Handler handler(facts, call);
+  return run(handler);
+}
+
+template <typename Handler>
 constexpr Operations kHandledBy = {
-    [](SyncMode& mode, char16_t* anchor, const void* directory) {
-      ModuleCall call(names);
-      if (const Result begun = call.Begin(directory); IsFailure(begun)) return begun;
-      return Handler(facts..., call).Export(mode, anchor);
+    [](const ModuleFacts* facts, SyncMode& mode, char16_t* anchor, const void* directory) {
+      return RunHandler<Handler>(*facts, directory, [&](Handler& handler) { return handler.Export(mode, anchor); });
     },
-    [](SyncMode mode, char16_t* anchor, const void* directory) {
-      ModuleCall call(names);
-      if (const Result begun = call.Begin(directory); IsFailure(begun)) return begun;
-      return Handler(facts..., call).Recover(mode, anchor);
+    [](const ModuleFacts* facts, SyncMode mode, char16_t* anchor, const void* directory) {
+      return RunHandler<Handler>(*facts, directory, [&](Handler& handler) { return handler.Recover(mode, anchor); });
     },
 };
-
-/// A module that is its facts.
-template <const ModuleFacts& facts>
-requires(IsComplete(facts)) constexpr Operations kPlain = kHandledBy<facts.names, PlainHandler, facts>;
 
 /// A module that this build lacks answers like one whose store library does not load.
 template <Result not_loaded>
 constexpr Operations kNotBuilt = {
-    [](SyncMode&, char16_t*, const void*) { return not_loaded; },
-    [](SyncMode, char16_t*, const void*) { return not_loaded; },
+    [](const ModuleFacts*, SyncMode&, char16_t*, const void*) { return not_loaded; },
+    [](const ModuleFacts*, SyncMode, char16_t*, const void*) { return not_loaded; },
 };
 
 struct Row {
   std::int32_t id;
   Operations operations;
+  const ModuleFacts* facts = nullptr;
 };
 
 /// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
 constexpr Row kRows[] = {
-    {1, kHandledBy<contacts::kNames, contacts::ContactsHandler>},
-    {2, kPlain<schedule::kFacts>},
+    {1, kHandledBy<contacts::ContactsHandler>, &contacts::kFacts},
+    {2, kHandledBy<PlainHandler>, &schedule::kFacts},
     {3, kNotBuilt<Result::kOk>},              // tasks
     {4, kNotBuilt<Result::kStoreNotLoaded>},  // agenda
     {5, kNotBuilt<Result::kStoreNotLoaded>},  // unified mail
     {6, kNotBuilt<Result::kOk>},              // e-mail database
-    {7, kPlain<card_reader::kFacts>},
-    {8, kHandledBy<sms::kNames, sms::SmsHandler>},
-    {9, kPlain<call_history::kFacts>},
-    {10, kPlain<quick_dial::kFacts>},
-    {11, kHandledBy<call_filter::kNames, call_filter::CallFilterHandler>},
-    {12, kHandledBy<mms::kNames, mms::MmsHandler>},
-    {13, kPlain<graphic_memo::kFacts>},
+    {7, kHandledBy<PlainHandler>, &card_reader::kFacts},
+    {8, kHandledBy<sms::SmsHandler>, &sms::kFacts},
+    {9, kHandledBy<PlainHandler>, &call_history::kFacts},
+    {10, kHandledBy<PlainHandler>, &quick_dial::kFacts},
+    {11, kHandledBy<call_filter::CallFilterHandler>, &call_filter::kFacts},
+    {12, kHandledBy<mms::MmsHandler>, &mms::kFacts},
+    {13, kHandledBy<PlainHandler>, &graphic_memo::kFacts},
     {14, kNotBuilt<Result::kStoreNotLoaded>},  // personal settings
     {15, kNotBuilt<Result::kStoreNotLoaded>},  // browser settings
     {16, kNotBuilt<Result::kStoreNotLoaded>},  // clock settings
@@ -83,8 +82,17 @@ consteval bool IsInOrder() {
 }
 static_assert(IsInOrder());
 
-const Operations& OperationsOf(const ModuleRow& module) {
-  return kRows[&module - kModuleTable].operations;
+consteval bool PlainModulesAreComplete() {
+  for (const Row& row : kRows) {
+    const bool is_plain = row.operations.export_data == kHandledBy<PlainHandler>.export_data;
+    if (is_plain && !IsComplete(*row.facts)) return false;
+  }
+  return true;
+}
+static_assert(PlainModulesAreComplete());
+
+const Row& RowOf(const ModuleRow& module) {
+  return kRows[&module - kModuleTable];
 }
 
 }  // namespace
@@ -97,11 +105,13 @@ const ModuleRow* FindModule(std::int32_t module_id) {
 }
 
 Result ExportModule(const ModuleRow& module, SyncMode& mode, char16_t* anchor, const void* directory) {
-  return OperationsOf(module).export_data(mode, anchor, directory);
+  const Row& row = RowOf(module);
+  return row.operations.export_data(row.facts, mode, anchor, directory);
 }
 
 Result RecoverModule(const ModuleRow& module, SyncMode mode, char16_t* anchor, const void* directory) {
-  return OperationsOf(module).recover_data(mode, anchor, directory);
+  const Row& row = RowOf(module);
+  return row.operations.recover_data(row.facts, mode, anchor, directory);
 }
 
 }  // namespace qv

@@ -139,7 +139,8 @@ inline constexpr RuleWords kRules[] = {
 /// kEntryPointMissing, kSyncInfoFailed, kWipeFailed and kNoMemory when the store could not be emptied.
 class ContactsHandler {
  public:
-  explicit ContactsHandler(const ModuleCall& call) : call_(call) {}
+  ContactsHandler(const ModuleFacts& facts, const ModuleCall& call)
+      : call_(call), procedure_(facts, call, contacts_, &groups_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
@@ -161,7 +162,7 @@ class ContactsHandler {
   const ModuleCall& call_;
   PlainTable contacts_{call_, kMainTable, kTableFacts[kMainTable]};
   PlainTable groups_{call_, kGroupTable, kTableFacts[kGroupTable]};
-  Procedure procedure_{kFacts, call_, contacts_, &groups_};
+  Procedure procedure_;
   ChangeList changes_;
   IdMap new_pictures_;  ///< Under kPictureChanges. They are no business of the desktop's, so they have a map of their
                         ///< own.

@@ -44,7 +44,7 @@ inline constexpr ModuleFacts kFacts = {
 /// Results as the procedure's, and those of the configuration's steps without a flag.
 class MmsHandler {
  public:
-  explicit MmsHandler(const ModuleCall& call) : call_(call) {}
+  MmsHandler(const ModuleFacts& facts, const ModuleCall& call) : call_(call), procedure_(facts, call, table_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
@@ -68,7 +68,7 @@ class MmsHandler {
 
   const ModuleCall& call_;
   Table table_{call_, kMainTable, kTableFacts[kMainTable]};
-  Procedure procedure_{kFacts, call_, table_};
+  Procedure procedure_;
 };
 
 }  // namespace qv::mms

@@ -50,7 +50,7 @@ inline constexpr RuleWords kRules[] = {
 /// Results as the procedure's, and those of the configuration's steps without a flag.
 class SmsHandler {
  public:
-  explicit SmsHandler(const ModuleCall& call) : call_(call) {}
+  SmsHandler(const ModuleFacts& facts, const ModuleCall& call) : call_(call), procedure_(facts, call, table_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
@@ -71,7 +71,7 @@ class SmsHandler {
   const ModuleCall& call_;
   FolderMap folders_;
   Table table_{call_, folders_};
-  Procedure procedure_{kFacts, call_, table_};
+  Procedure procedure_;
 };
 
 }  // namespace qv::sms

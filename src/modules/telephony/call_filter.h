@@ -110,7 +110,8 @@ inline constexpr ModuleFacts kFacts = {
 /// Results as the procedure's; the configuration's with the entries' flags.
 class CallFilterHandler {
  public:
-  explicit CallFilterHandler(const ModuleCall& call) : call_(call) {}
+  CallFilterHandler(const ModuleFacts& facts, const ModuleCall& call)
+      : call_(call), procedure_(facts, call, entries_, &groups_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
@@ -134,7 +135,7 @@ class CallFilterHandler {
   const ModuleCall& call_;
   PlainTable entries_{call_, kMainTable, kTableFacts[kMainTable]};
   GroupTable groups_{call_, kGroupTable, kTableFacts[kGroupTable]};
-  Procedure procedure_{kFacts, call_, entries_, &groups_};
+  Procedure procedure_;
 };
 
 }  // namespace qv::call_filter
