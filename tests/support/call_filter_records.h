@@ -4,6 +4,7 @@
 #define QV_TESTS_SUPPORT_CALL_FILTER_RECORDS_H
 
 #include <array>
+#include <utility>
 
 #include "tests/support/agent_test.h"
 
@@ -54,6 +55,9 @@ Bytes ExchangeFilterGroup();
 Bytes NoisyFilterGroup();
 Bytes RecoveredFilterGroup();
 
+/// What a configuration may count, and how many of its numbers travel then.
+constexpr std::pair<std::uint16_t, std::uint16_t> kFilterNumberCounts[] = {{0, 0}, {1, 1}, {3, 3},    {7, 7},
+                                                                           {8, 8}, {9, 8}, {65535, 8}};
 /// With what belongs to all eight numbers, whatever the count says.
 Bytes StoreFilterConfig(std::uint16_t count = 8);
 Bytes NoisyFilterConfig(std::uint16_t count = 8);

@@ -14,10 +14,4 @@ Bytes MmsRecord(std::uint32_t id, std::string_view text, const Bytes& data, std:
   return record;
 }
 
-Bytes MmsHeads(std::initializer_list<std::uint32_t> ids) {
-  Bytes table;
-  for (const std::uint32_t id : ids) Append(table, MmsRecord(id));
-  return table;
-}
-
 }  // namespace qv_test

@@ -20,8 +20,6 @@ constexpr char16_t kOtherChanges[] = u"\\sync\\smscmd.tbl";
 Bytes MmsHead(std::uint32_t text_length, std::uint32_t id, std::uint32_t value, std::uint32_t data_length);
 /// A whole message.
 Bytes MmsRecord(std::uint32_t id, std::string_view text = {}, const Bytes& data = {}, std::uint32_t value = 0);
-/// Messages of nothing but their ids.
-Bytes MmsHeads(std::initializer_list<std::uint32_t> ids);
 
 }  // namespace qv_test
 

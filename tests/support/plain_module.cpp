@@ -5,10 +5,14 @@
 #include "tests/support/card_records.h"
 #include "tests/support/dial_records.h"
 #include "tests/support/memo_records.h"
+#include "tests/support/mms_records.h"
 #include "tests/support/scripted_call_store.h"
 #include "tests/support/scripted_card_store.h"
 #include "tests/support/scripted_dial_store.h"
 #include "tests/support/scripted_memo_store.h"
+#include "tests/support/scripted_mms_store.h"
+#include "tests/support/scripted_sms_store.h"
+#include "tests/support/sms_records.h"
 
 namespace qv_test {
 namespace {
@@ -23,6 +27,9 @@ std::unique_ptr<ScriptedTableStore> MakeStore(const std::set<std::u16string>& mi
 // The times of records that a test adds, and of those that the agent writes, in lists of FILETIMEs.
 constexpr std::array<std::uint32_t, 2> kOldFileTime = {1, 0};
 constexpr std::array<std::uint32_t, 2> kNewFileTime = {5, 6};
+// In lists of text.
+constexpr std::array<std::uint32_t, 2> kOldTextTime = {0x30A84080, 0x01C60F49};  // 2 January 2006 03:04:05.
+constexpr std::array<std::uint32_t, 2> kNewTextTime = {0x46DE8500, 0x01C71CF2};  // 11 December 2006 07:02:10.
 
 Bytes BlankCall() {
   Bytes r(208);
@@ -156,6 +163,72 @@ PlainModuleSteps GraphicMemoSteps() {
   };
 }
 
+PlainModuleSteps MmsSteps() {
+  return {
+      .full_export = {"find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "create mmsinfo.tbl",
+                      "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "find mms_Sync_Read",
+                      "create mmsinfo.tbl", "call GetAllRecvNum", "call GetAllidTime room 1", "call Read [7]"},
+      .incremental_export = {"find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "create mmsinfo.tbl",
+                             "create mmscmd.tbl", "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime",
+                             "find mms_Sync_Read", "create mmsinfo.tbl", "call GetAllRecvNum",
+                             "call GetAllidTime room 1", "open mmsinfo.log", "call Read [7]", "create mmsinfo.log",
+                             "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "call GetAllRecvNum",
+                             "call GetAllidTime room 1"},
+      .replacing_recover = {"open mmsconf.tbl", "find mms_Sync_SetConfig", "call SetConfig null 0",
+                            "delete mmsconf.tbl", "find mms_Sync_DelAll", "call DelAll", "open mmsinfo.tbl",
+                            "find mms_Sync_Insert", "call Insert", "call Insert", "delete mmsinfo.tbl",
+                            "create mmsinfo.log", "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime",
+                            "call GetAllRecvNum", "call GetAllidTime room 2", "create mmsmap.tbl"},
+      .incremental_recover = {"open mmsconf.tbl",
+                              "find mms_Sync_SetConfig",
+                              "call SetConfig null 0",
+                              "delete mmsconf.tbl",
+                              "open mmscmd.tbl",
+                              "find mms_SC_Sync_Del",
+                              "call Del [2 4]",
+                              "open mmsinfo.tbl",
+                              "find mms_Sync_Insert",
+                              "find mms_Sync_Update",
+                              "call Update 3",
+                              "call Insert",
+                              "delete smscmd.tbl",
+                              "delete mmsinfo.tbl",
+                              "create mmsinfo.log",
+                              "find mms_Sync_GetAllRecvNum",
+                              "find mms_Sync_getAllidTime",
+                              "call GetAllRecvNum",
+                              "call GetAllidTime room 3",
+                              "create mmsmap.tbl"},
+  };
+}
+
+PlainModuleSteps SmsSteps() {
+  return {
+      .full_export = {"delete smsinfo.tbl", "find Sync_GetSMSConfig", "call GetSMSConfig", "create smsconf.tbl",
+                      "find Sync_GetAllRecNum", "find Sync_GetAllidTime", "find Sync_Read", "create smsinfo.tbl",
+                      "call GetAllRecNum", "call GetAllidTime room 1", "call Read [7]", "create smsinfo.tbl"},
+      .incremental_export = {"delete smsinfo.tbl", "find Sync_GetSMSConfig", "call GetSMSConfig", "create smsconf.tbl",
+                             "find Sync_GetAllRecNum", "find Sync_GetAllidTime", "find Sync_Read", "create smscmd.tbl",
+                             "create smsinfo.tbl", "call GetAllRecNum", "call GetAllidTime room 1", "open smsinfo.log",
+                             "call Read [7]", "create smsinfo.tbl", "create smsinfo.log", "find Sync_GetAllRecNum",
+                             "find Sync_GetAllidTime", "call GetAllRecNum", "call GetAllidTime room 1"},
+      .replacing_recover = {"find Sync_SetSMSConfig", "open smsconf.tbl", "call SetSMSConfig 0 0 0 0 0",
+                            "find Sync_GetSMSConfig", "call GetSMSConfig", "delete smsconf.tbl", "find Sync_DelAll",
+                            "call DelAll", "open smsinfo.tbl", "find Sync_Insert", "call Insert", "call Insert",
+                            "delete smsinfo.tbl", "create smsinfo.log", "find Sync_GetAllRecNum",
+                            "find Sync_GetAllidTime", "call GetAllRecNum", "call GetAllidTime room 2",
+                            "create smsmap.tbl"},
+      .incremental_recover = {"find Sync_SetSMSConfig", "open smsconf.tbl",   "call SetSMSConfig 0 0 0 0 0",
+                              "find Sync_GetSMSConfig", "call GetSMSConfig",  "delete smsconf.tbl",
+                              "open smscmd.tbl",        "find Sync_Del",      "call Del [2 4]",
+                              "find Sync_Insert",       "find Sync_Update",   "open smsinfo.tbl",
+                              "call Update 3",          "call Insert",        "delete smscmd.tbl",
+                              "delete smsinfo.tbl",     "create smsinfo.log", "find Sync_GetAllRecNum",
+                              "find Sync_GetAllidTime", "call GetAllRecNum",  "call GetAllidTime room 3",
+                              "create smsmap.tbl"},
+  };
+}
+
 }  // namespace
 
 void PrintTo(const PlainModule& module, std::ostream* out) {
@@ -269,8 +342,8 @@ PlainModule QuickDial() {
           .exported_blank = Bytes(216),
           .plain = PlainDial,
           .recovered_plain = RecoveredPlainDial,
-          .old_time = {0x30A84080, 0x01C60F49},  // 2 January 2006 03:04:05.
-          .new_time = {0x46DE8500, 0x01C71CF2},  // 11 December 2006 07:02:10.
+          .old_time = kOldTextTime,
+          .new_time = kNewTextTime,
           .table_of_failed_full_export = Earlier::kDeleted,
           .table_of_failed_incremental_export = Earlier::kDeleted,
           .table_without_entry_point = Earlier::kDeleted,
@@ -314,6 +387,78 @@ PlainModule GraphicMemo() {
           .changes_without_entry_point = Earlier::kKept,
           .table_of_empty_store = Earlier::kKept,
           .steps = GraphicMemoSteps()};
+}
+
+// The messages of the sample have neither text nor data: those are not of one size, and the module's own tests know
+// them.
+PlainModule Mms() {
+  constexpr std::uint32_t kId = 0xE4A1A2A3;
+  constexpr std::uint32_t kValue = 0xF4B1B2B3;
+  return {.name = "Mms",
+          .id = 12,
+          .anchor_key = "MMS",
+          .table = kMmsTable,
+          .changes = kMmsChanges,
+          .id_map = kMmsIdMap,
+          .log = kMmsLog,
+          .config = PlainModuleConfig{kMmsConfig, {}, u"mms_Sync_SetConfig", 1},
+          .make_store = MakeStore<ScriptedMmsStore>,
+          .fields = {},
+          .exported_id_at = 8,
+          .incoming_id_at = 8,
+          .sample_id = kId,
+          .in_store = Words({0, kId, kValue, 0, 0}),
+          .exported = Words({0, 0, kId, kValue, 0, 0}),
+          .noisy = Words({0xFFFFFFFF, 0, kId, kValue, 0xFFFFFFFF, 0}),
+          .recovered = Words({0, kId, kValue, 0, 0}),
+          .exported_blank = Bytes(24),
+          .plain = [](std::uint32_t id) { return MmsRecord(id); },
+          .recovered_plain =
+              [](std::uint32_t id) {
+                return Words({0, id, 0, 0, 0});
+              },
+          .old_time = kOldFileTime,
+          .new_time = kNewFileTime,
+          .read_batch = 50,
+          .write_flag = 0,
+          .table_of_failed_full_export = Earlier::kEmptied,
+          .table_of_failed_incremental_export = Earlier::kEmptied,
+          .table_without_entry_point = Earlier::kEmptied,
+          .only_replacing_empties = true,
+          .deletes_from_any_table = false,
+          .keeps_change_list = true,
+          .steps = MmsSteps()};
+}
+
+PlainModule Sms() {
+  return {.name = "Sms",
+          .id = 8,
+          .anchor_key = "SMS",
+          .table = kSmsTable,
+          .changes = kSmsChanges,
+          .id_map = kSmsIdMap,
+          .log = kSmsLog,
+          .config = PlainModuleConfig{kSmsConfig, Bytes(40), u"Sync_SetSMSConfig", 2},
+          .make_store = MakeStore<ScriptedSmsStore>,
+          .fields = {},
+          .incoming_id_at = 0,
+          .sample_id = kMessageId,
+          .in_store = StoreShortMessage(),
+          .exported = ExchangeShortMessage(),
+          .noisy = NoisyShortMessage(),
+          .recovered = RecoveredShortMessage(),
+          .exported_blank = Bytes(1624),
+          .plain = [](std::uint32_t id) { return PlainShortMessage(id); },
+          .recovered_plain = [](std::uint32_t /*id*/) { return RecoveredPlainShortMessage(); },
+          .old_time = kOldTextTime,
+          .new_time = kNewTextTime,
+          .table_of_failed_full_export = Earlier::kEmptied,
+          .table_of_failed_incremental_export = Earlier::kEmptied,
+          .table_without_entry_point = Earlier::kDeleted,
+          .changes_without_entry_point = Earlier::kKept,
+          .only_replacing_empties = true,
+          .changes_any_table = true,
+          .steps = SmsSteps()};
 }
 
 }  // namespace qv_test

@@ -42,6 +42,14 @@ struct PlainModuleSteps {
 /// What became of a file of an earlier run.
 enum class Earlier : std::uint8_t { kKept, kEmptied, kDeleted };
 
+/// The store's configuration, which some modules send along in a file of its own.
+struct PlainModuleConfig {
+  const char16_t* file;
+  Bytes empty;                 ///< What the file holds of a store that has none.
+  const char16_t* set;         ///< The entry point that only a recover needs.
+  unsigned calls_of_recovers;  ///< So many entry points are called for it, before those for the records.
+};
+
 struct PlainModule {
   const char* name;
   std::int32_t id;
@@ -50,12 +58,14 @@ struct PlainModule {
   const char16_t* changes;
   const char16_t* id_map;
   const char16_t* log;
+  std::optional<PlainModuleConfig> config = std::nullopt;
   std::function<std::unique_ptr<ScriptedTableStore>(const std::set<std::u16string>& missing, std::uintptr_t address)>
       make_store;
 
   // Records.
-  std::vector<TravellingField> fields;
-  std::size_t incoming_id_at;  ///< Where an exchange record says who it is, to a recover.
+  std::vector<TravellingField> fields;  ///< None where the module's own tests know them all.
+  std::size_t exported_id_at = 0;       ///< Where an export says who an exchange record is.
+  std::size_t incoming_id_at;           ///< Where a recover looks for it.
   std::uint32_t sample_id;
   Bytes in_store, exported, noisy, recovered;  ///< The sample in all its forms.
   Bytes exported_blank;                        ///< What an export makes of a record of zeros.
@@ -73,13 +83,15 @@ struct PlainModule {
   std::uint32_t write_flag = 0x1000000;  ///< Of records that cannot be written.
   Earlier table_of_failed_full_export = Earlier::kKept;
   Earlier table_of_failed_incremental_export = Earlier::kKept;
-  Earlier table_without_entry_point = Earlier::kKept;
+  Earlier table_without_entry_point = Earlier::kKept;  ///< Or without a change list.
   Earlier changes_without_entry_point = Earlier::kEmptied;
   Earlier table_of_empty_store = Earlier::kEmptied;  ///< In an incremental export.
 
   // Recovers.
   bool only_replacing_empties = false;  ///< Otherwise all modes but 3 and 5 empty the store.
   bool deletes_from_any_table = true;   ///< Whatever table the change list says.
+  bool changes_any_table = false;       ///< Inserts and updates whatever table it says.
+  bool keeps_change_list = false;
 
   PlainModuleSteps steps;
 };
@@ -89,6 +101,8 @@ PlainModule CallHistory();
 PlainModule CardReader();
 PlainModule QuickDial();
 PlainModule GraphicMemo();
+PlainModule Mms();
+PlainModule Sms();
 
 }  // namespace qv_test
 

@@ -35,4 +35,20 @@ void RunEvents::TakeStoreCalls() {
   for (; calls_taken_ < store_.calls.size(); ++calls_taken_) seen_.push_back("call " + store_.calls[calls_taken_]);
 }
 
+std::vector<Opening> OpeningsOf(const std::function<void()>& run) {
+  std::vector<Opening> openings;
+  handset::Observe([&](const handset::Call& call) {
+    if (call.function == "CreateFileW") openings.emplace_back(call.path, call.options);
+  });
+  run();
+  handset::Observe({});
+  return openings;
+}
+
+std::vector<Opening> DataOpeningsOf(const std::function<void()>& run) {
+  std::vector<Opening> openings = OpeningsOf(run);
+  std::erase_if(openings, [](const Opening& opening) { return opening.first == kAnchorIni; });
+  return openings;
+}
+
 }  // namespace qv_test

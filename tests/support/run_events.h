@@ -2,7 +2,10 @@
 #ifndef QV_TESTS_SUPPORT_RUN_EVENTS_H
 #define QV_TESTS_SUPPORT_RUN_EVENTS_H
 
+#include <array>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/agent_test.h"
@@ -29,6 +32,19 @@ class RunEvents {
   std::size_t calls_taken_;
   std::vector<std::string> seen_;
 };
+
+/// A file that is opened, and how: access, share mode and disposition.
+using Opening = std::pair<std::u16string, std::array<std::uint32_t, 3>>;
+// Who writes makes the file anew, and everyone may read along, except in the anchor file while it is rewritten.
+inline constexpr std::array<std::uint32_t, 3> kReader = {0x80000000, 1, 3};
+inline constexpr std::array<std::uint32_t, 3> kWriter = {0x40000000, 1, 2};
+inline constexpr std::array<std::uint32_t, 3> kReaderAlone = {0x80000000, 0, 3};
+inline constexpr std::array<std::uint32_t, 3> kWriterAlone = {0x40000000, 0, 2};
+
+/// What is opened while this runs, in order.
+std::vector<Opening> OpeningsOf(const std::function<void()>& run);
+/// The same but for the anchor's file.
+std::vector<Opening> DataOpeningsOf(const std::function<void()>& run);
 
 }  // namespace qv_test
 

@@ -1,6 +1,7 @@
 // What the multimedia messages' store is, and what it does with the blocks that its records are made of.
 #include "tests/support/scripted_mms_store.h"
 
+#include <cstddef>
 #include <cstring>
 
 namespace qv_test {
@@ -20,7 +21,7 @@ static_assert(sizeof(Entry) == 20);
 
 const ScriptedStoreFacts kFacts = {
     .library = u"MmsStore.dll",
-    .tables = {{.record_size = sizeof(Entry)}},
+    .tables = {{.record_size = sizeof(Entry), .id_offset = offsetof(Entry, id)}},
     .list = kFileTimeIn16Bytes,
     .entry_points =
         {
@@ -91,8 +92,10 @@ void ScriptedMmsStore::AddEntry(std::uint32_t id, std::uint64_t time, MmsEntry e
   entries_[id] = std::move(entry);
 }
 
-void ScriptedMmsStore::HandOut(const Record& record, std::uint32_t /*table*/, std::uint8_t* place) {
-  const MmsEntry& entry = entries_[record.id];
+void ScriptedMmsStore::HandOut(const Record& record, std::uint32_t table, std::uint8_t* place) {
+  const auto known = entries_.find(record.id);
+  if (known == entries_.end()) return ScriptedTableStore::HandOut(record, table, place);
+  const MmsEntry& entry = known->second;
   const Entry handed_out = {.text = entry.text ? NewBlock(entry.text->c_str(), entry.text->size() + 1) : nullptr,
                             .id = entry.id,
                             .value = entry.value,
@@ -101,7 +104,8 @@ void ScriptedMmsStore::HandOut(const Record& record, std::uint32_t /*table*/, st
   std::memcpy(place, &handed_out, sizeof(handed_out));
 }
 
-void ScriptedMmsStore::TakeIn(Record& record, std::uint32_t /*table*/, const std::uint8_t* place) {
+void ScriptedMmsStore::TakeIn(Record& record, std::uint32_t table, const std::uint8_t* place) {
+  ScriptedTableStore::TakeIn(record, table, place);
   Entry handed_in;
   std::memcpy(&handed_in, place, sizeof(handed_in));
   const auto& [text, id, value, data, data_length] = handed_in;

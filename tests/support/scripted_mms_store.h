@@ -47,7 +47,7 @@ class ScriptedMmsStore final : public ScriptedTableStore {
   void HandOut(const Record& record, std::uint32_t table, std::uint8_t* place) override;
   void TakeIn(Record& record, std::uint32_t table, const std::uint8_t* place) override;
 
-  /// By the ids of the messages; those of messages that are gone may stay.
+  /// By the ids of the messages; those of messages that are gone may stay. A message without one is its bytes.
   std::map<std::uint32_t, MmsEntry> entries_;
 };
 

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "tests/support/contact_records.h"
+#include "tests/support/run_events.h"
 #include "tests/support/scripted_contact_store.h"
 
 namespace qv_test {
@@ -697,20 +698,8 @@ TEST_F(ContactsExportTest, EachStepLooksItsEntryPointsUpAnew) {
 }
 
 TEST_F(ContactsExportTest, FilesAreOpenedAsTheirOtherUsersExpect) {
-  // Access, share mode and disposition of each opening: who writes makes the file anew, and everyone may read along,
-  // except in the anchor file while it is rewritten.
-  using Opening = std::pair<std::u16string, std::array<std::uint32_t, 3>>;
-  constexpr std::array<std::uint32_t, 3> kReader = {0x80000000, 1, 3};
-  constexpr std::array<std::uint32_t, 3> kWriter = {0x40000000, 1, 2};
-  constexpr std::array<std::uint32_t, 3> kReaderAlone = {0x80000000, 0, 3};
-  constexpr std::array<std::uint32_t, 3> kWriterAlone = {0x40000000, 0, 2};
   FillWithOneOfEach(store_);
-  std::vector<Opening> openings;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function == "CreateFileW") openings.emplace_back(call.path, call.options);
-  });
-  EXPECT_EQ(ExportChanges().code, 0u);
-  handset::Observe({});
+  const std::vector<Opening> openings = OpeningsOf([&] { EXPECT_EQ(ExportChanges().code, 0u); });
   const Opening kExpected[] = {
       {kAnchorIni, kReader},       {kAnchorIni, kReaderAlone},    {kAnchorIni, kWriterAlone},
       {kContactTable, kWriter},    {kContactGroupTable, kWriter}, {kMembershipTable, kWriter},

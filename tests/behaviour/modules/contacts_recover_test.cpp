@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "tests/support/recovered_contact_records.h"
+#include "tests/support/run_events.h"
 #include "tests/support/scripted_contact_store.h"
 
 namespace qv_test {
@@ -2011,20 +2012,12 @@ TEST_F(ContactsRecoverTest, AStoreThatCannotBeListedAfterwardsIsFlagged) {
 }
 
 TEST_F(ContactsRecoverTest, FilesAreOpenedAsTheirOtherUsersExpect) {
-  using Opening = std::pair<std::u16string, std::array<std::uint32_t, 3>>;
-  constexpr std::array<std::uint32_t, 3> kReader = {0x80000000, 1, 3};
-  constexpr std::array<std::uint32_t, 3> kWriter = {0x40000000, 1, 2};
   PlaceChanges({});
-  std::vector<Opening> openings;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function == "CreateFileW" && call.path != kAnchorIni) openings.emplace_back(call.path, call.options);
-  });
-  EXPECT_EQ(Recover(1, 3).code, 0u);
-  handset::Observe({});
-  EXPECT_THAT(openings, ElementsAre(Opening(kContactChanges, kReader), Opening(kPictureTable, kReader),
-                                    Opening(kContactGroupTable, kReader), Opening(kContactTable, kReader),
-                                    Opening(kMembershipTable, kReader), Opening(kContactLog, kWriter),
-                                    Opening(kContactGroupLog, kWriter), Opening(kContactIdMap, kWriter)));
+  EXPECT_THAT(DataOpeningsOf([&] { EXPECT_EQ(Recover(1, 3).code, 0u); }),
+              ElementsAre(Opening(kContactChanges, kReader), Opening(kPictureTable, kReader),
+                          Opening(kContactGroupTable, kReader), Opening(kContactTable, kReader),
+                          Opening(kMembershipTable, kReader), Opening(kContactLog, kWriter),
+                          Opening(kContactGroupLog, kWriter), Opening(kContactIdMap, kWriter)));
 }
 
 TEST_F(ContactsRecoverTest, NoFileIsOpenWhenOneIsDeletedOrWritten) {

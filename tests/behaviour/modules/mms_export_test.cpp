@@ -1,6 +1,6 @@
-// Exports of the multimedia messages, full and incremental: the bytes of each file, and what the store is asked.
+// Exports of the multimedia messages, where they are not those of any plain module: texts and data, the configuration,
+// and what the store is asked for them.
 #include "tests/support/mms_records.h"
-#include "tests/support/run_events.h"
 #include "tests/support/scripted_mms_store.h"
 
 namespace qv_test {
@@ -83,13 +83,6 @@ TEST_F(MmsExportTest, DataThatIsNotWhereItIsSaidToBeIsAFailedRead) {
     EXPECT_EQ(Export(12, 1).code, 0x10000006u);
     EXPECT_EQ(ExportChanges().code, 0x10000006u);
   }
-}
-
-TEST_F(MmsExportTest, AMessageIdIsTheEntrysOwn) {
-  store_.AddEntry(3, 1, {"", 0xE4A1A2A3, 0, std::nullopt, 0});
-  EXPECT_EQ(Export(12, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kMmsTable), MmsRecord(0xE4A1A2A3));
-  EXPECT_EQ(ReadFile(kMmsLog), Words({3, 1, 0})) << "a snapshot has the listed one";
 }
 
 TEST_F(MmsExportTest, AMessageTheStoreDoesNotFillIsEmpty) {
@@ -175,38 +168,6 @@ TEST_F(MmsExportTest, AConfigurationThatDoesNotFitCarriesNoFlag) {
 
 // --- Full exports ---
 
-TEST_F(MmsExportTest, FullAndReplaceExportsWriteEverythingAndRememberIt) {
-  for (const std::uint32_t mode : {0u, 1u, 2u, 0xFFFFFFFFu}) {
-    store_.records.clear();
-    store_.Add(3, 0x0000000300000002, "three", Bytes{3});
-    store_.Add(1, 0x0000000500000004, "one");
-    const Answer answer = Export(12, mode, u"77");
-    EXPECT_EQ(answer.code, 0u);
-    EXPECT_EQ(answer.mode, mode);
-    EXPECT_EQ(answer.anchor, kNowAnchor);
-    Bytes expected = MmsRecord(3, "three", {3});
-    Append(expected, MmsRecord(1, "one"));
-    EXPECT_EQ(ReadFile(kMmsTable), expected) << "in the store's order";
-    EXPECT_EQ(ReadFile(kMmsLog), Words({3, 2, 3, 1, 4, 5}));
-    EXPECT_EQ(ReadText(kAnchorIni), "[ANCHORDATE]\r\nMMS = 200612117210");
-    EXPECT_FALSE(Exists(kMmsChanges));
-    EXPECT_FALSE(Exists(kMmsIdMap));
-  }
-}
-
-TEST_F(MmsExportTest, PlainExportsLeaveNoAnchorAndNoSnapshot) {
-  store_.Add(3);
-  for (const std::uint32_t mode : {4u, 5u, 77u, 0x7FFFFFFFu}) {
-    const Answer answer = Export(12, mode, u"77");
-    EXPECT_EQ(answer.code, 0u);
-    EXPECT_EQ(answer.mode, mode);
-    EXPECT_EQ(answer.anchor, u"77");
-    EXPECT_EQ(ReadFile(kMmsTable), MmsRecord(3));
-    EXPECT_FALSE(Exists(kAnchorIni));
-    EXPECT_FALSE(Exists(kMmsLog));
-  }
-}
-
 TEST_F(MmsExportTest, MessagesAreReadFiftyAtATime) {
   Bytes expected;
   std::string reads[3] = {"Read [", "Read [", "Read ["};
@@ -231,155 +192,19 @@ TEST_F(MmsExportTest, NoMoreThanOneReadsBlocksAreHeld) {
   EXPECT_EQ(handset::AllocatedBytes(), 0u);
 }
 
-TEST_F(MmsExportTest, AnEmptyStoreIsNoError) {
-  WriteText(kMmsTable, "old");
-  WriteText(kMmsLog, "old");
-  EXPECT_EQ(Export(12, 1).code, 0u);
-  EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
-  EXPECT_THAT(ReadFile(kMmsLog), IsEmpty());
-  EXPECT_THAT(store_.calls, ElementsAre("GetConfig", "GetAllRecvNum", "GetAllRecvNum"));
-  EXPECT_EQ(Export(12, 4).code, 0u);
-}
-
-TEST_F(MmsExportTest, AnExportTakesItsStepsInOrder) {
-  store_.Add(7);
-  RunEvents events(store_);
-  EXPECT_EQ(Export(12, 4).code, 0u);
-  EXPECT_THAT(events.Take(),
-              ElementsAre("find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "create mmsinfo.tbl",
-                          "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "find mms_Sync_Read",
-                          "create mmsinfo.tbl", "call GetAllRecvNum", "call GetAllidTime room 1", "call Read [7]"));
-}
-
-TEST_F(MmsExportTest, AnIncrementalExportTakesItsStepsInOrder) {
-  store_.Add(7);
-  RunEvents events(store_);
-  EXPECT_EQ(ExportChanges().code, 0u);
-  EXPECT_THAT(events.Take(),
-              ElementsAre("open qvSyncAnchor.ini", "open qvSyncAnchor.ini", "create qvSyncAnchor.ini",
-                          "find mms_Sync_GetConfig", "call GetConfig", "create mmsconf.tbl", "create mmsinfo.tbl",
-                          "create mmscmd.tbl", "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime",
-                          "find mms_Sync_Read", "create mmsinfo.tbl", "call GetAllRecvNum", "call GetAllidTime room 1",
-                          "open mmsinfo.log", "call Read [7]", "create mmsinfo.log", "find mms_Sync_GetAllRecvNum",
-                          "find mms_Sync_getAllidTime", "call GetAllRecvNum", "call GetAllidTime room 1"));
-}
-
-TEST_F(MmsExportTest, FilesAreOpenedAsTheirOtherUsersExpect) {
-  store_.Add(7);
-  unsigned opened = 0;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function != "CreateFileW" || call.path == kAnchorIni) return;
-    ++opened;
-    const bool is_read = call.options[2] == 3;
-    EXPECT_EQ(call.options[0], is_read ? 0x80000000u : 0x40000000u);
-    EXPECT_EQ(call.options[1], 1u);
-    EXPECT_EQ(call.options[2], is_read ? 3u : 2u);
-  });
-  EXPECT_EQ(ExportChanges().code, 0u);
-  handset::Observe({});
-  EXPECT_EQ(opened, 6u);
-}
-
-TEST_F(MmsExportTest, AnExportNeedsNoEntryPointThatWrites) {
-  ScriptedMmsStore reading(
-      {u"mms_Sync_Insert", u"mms_Sync_Update", u"mms_SC_Sync_Del", u"mms_Sync_DelAll", u"mms_Sync_SetConfig"});
-  reading.Add(1);
-  EXPECT_EQ(Export(12, 1).code, 0u);
-  EXPECT_EQ(ExportChanges().code, 0u);
-}
-
 // --- Incremental exports ---
 
-TEST_F(MmsExportTest, AnIncrementalExportWritesWhatChangedAndRemembersWhatIs) {
+TEST_F(MmsExportTest, ChangedMessagesTravelWithTextAndData) {
   store_.Add(5, 2, "as it was");
   store_.Add(9, 4, "new");
   store_.Add(2, 4, "modified", Bytes{1, 2});
-  store_.Add(4, 2, "moved back in time, which is a change too");
-  const Answer answer = ExportChanges(Words({8, 1, 1, 2, 2, 0, 5, 2, 0, 4, 4, 0, 7, 1, 1}));
-  EXPECT_EQ(answer.code, 0u);
-  EXPECT_EQ(answer.mode, 3u);
-  EXPECT_EQ(answer.anchor, kNowAnchor);
-  EXPECT_EQ(ReadFile(kMmsChanges), Words({0, 9, 1, 0, 2, 2, 0, 4, 2, 0, 8, 3, 0, 7, 3}));
+  EXPECT_EQ(ExportChanges(Words({2, 2, 0, 5, 2, 0})).code, 0u);
   Bytes expected = MmsRecord(9, "new");
   Append(expected, MmsRecord(2, "modified", {1, 2}));
-  Append(expected, MmsRecord(4, "moved back in time, which is a change too"));
   EXPECT_EQ(ReadFile(kMmsTable), expected);
-  EXPECT_THAT(store_.CallsOf("Read"), ElementsAre("Read [9 2 4]"));
-  EXPECT_EQ(ReadFile(kMmsLog), Words({5, 2, 0, 9, 4, 0, 2, 4, 0, 4, 2, 0}));
-}
-
-TEST_F(MmsExportTest, TheLowAndTheHighHalfOfATimeAreCompared) {
-  for (const std::uint32_t id : {1u, 2u, 3u}) store_.Add(id, 0x0000000500000004);
-  EXPECT_EQ(ExportChanges(Words({1, 4, 5, 2, 3, 5, 3, 4, 6})).code, 0u);
-  EXPECT_EQ(ReadFile(kMmsChanges), Words({0, 2, 2, 0, 3, 2}));
-}
-
-TEST_F(MmsExportTest, WithoutChangesNothingIsRead) {
-  store_.Add(1, 2);
-  EXPECT_EQ(ExportChanges(Words({1, 2, 0})).code, 0u);
-  EXPECT_THAT(store_.CallsOf("Read"), IsEmpty());
-  EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
-  EXPECT_THAT(ReadFile(kMmsChanges), IsEmpty());
-}
-
-TEST_F(MmsExportTest, AnEmptiedStoreReportsNoDeletions) {
-  EXPECT_EQ(ExportChanges(Words({1, 1, 1, 2, 2, 2})).code, 0u);
-  EXPECT_THAT(ReadFile(kMmsChanges), IsEmpty());
-  EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
-  EXPECT_THAT(ReadFile(kMmsLog), IsEmpty());
-}
-
-TEST_F(MmsExportTest, SnapshotsAndChangesHaveNoLimitAndATornEntryIsPassedOver) {
-  store_.Add(1, 2);
-  Bytes log = Words({1, 2, 0});
-  std::vector<std::uint32_t> expected;
-  for (std::uint32_t id = 2; id <= 2500; ++id) {
-    Append(log, Words({id, 1, 1}));
-    expected.insert(expected.end(), {0, id, 3});
-  }
-  Append(log, Bytes(11, 0x55));
-  EXPECT_EQ(ExportChanges(log).code, 0u);
-  EXPECT_EQ(ToWords(ReadFile(kMmsChanges)), expected);
-}
-
-TEST_F(MmsExportTest, WithoutItsAnchorAnIncrementalExportIsFull) {
-  store_.Add(1, 2);
-  for (const char* const stored : {"[ANCHORDATE]\r\nMMS = 6", "[ANCHORDATE]\r\nSMS = 5", ""}) {
-    WriteText(kAnchorIni, stored);
-    WriteFile(kMmsLog, Words({1, 2, 0}));
-    const Answer answer = Export(12, 3, u"5");
-    EXPECT_EQ(answer.code, 0u);
-    EXPECT_EQ(answer.mode, 1u);
-    EXPECT_EQ(answer.anchor, kNowAnchor);
-    EXPECT_EQ(ReadFile(kMmsTable), MmsRecord(1));
-    EXPECT_FALSE(Exists(kMmsChanges));
-  }
-  WriteText(kAnchorIni, "[ANCHORDATE]\r\nMMS = 00000000000000");
-  EXPECT_EQ(Export(12, 3, u"00000000000000").mode, 1u);
 }
 
 // --- Failures ---
-
-TEST_F(MmsExportTest, AStoreThatIsNotLoadedTouchesNothing) {
-  for (const auto handle : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
-    handset::InstallLibraryHandle(u"MmsStore.dll", reinterpret_cast<coredll::HMODULE>(handle));
-    EXPECT_EQ(Export(12, 1, u"", std::u16string(300, u'x')).code, 0x10000001u);
-    EXPECT_EQ(Export(12, 3).code, 0x10000001u);
-    EXPECT_THAT(AllFiles(), IsEmpty());
-  }
-}
-
-TEST_F(MmsExportTest, AnOverlongDirectoryIsRefusedBeforeAnythingMoves) {
-  std::u16string path = u"\\sync";
-  path.insert(0, 255, u'\\');
-  const Answer answer = Export(12, 1, u"77", path);
-  EXPECT_EQ(answer.code, 0x10000100u);
-  EXPECT_EQ(answer.anchor, u"77");
-  EXPECT_THAT(AllFiles(), IsEmpty());
-  EXPECT_THAT(store_.calls, IsEmpty());
-  EXPECT_EQ(Export(12, 1, u"", path.substr(1)).code, 0u) << "259 characters are allowed";
-  EXPECT_TRUE(Exists(kMmsTable));
-}
 
 TEST_F(MmsExportTest, ATableThatCannotBeWrittenCarriesNoFlag) {
   store_.Add(1, 1, "text", Bytes{1, 2, 3});
@@ -399,29 +224,6 @@ TEST_F(MmsExportTest, ATableThatCannotBeWrittenCarriesNoFlag) {
   EXPECT_EQ(Export(12, 4).code, 0u);
 }
 
-TEST_F(MmsExportTest, AChangeListThatCannotBeWrittenCarriesNoFlag) {
-  store_.Add(1);
-  MakeDirectory(kMmsChanges);
-  EXPECT_EQ(ExportChanges().code, 0x10000100u);
-  EXPECT_THAT(ReadFile(kMmsTable), IsEmpty()) << "the table is made before the change list";
-}
-
-TEST_F(MmsExportTest, AMissingEntryPointLeavesEmptyFiles) {
-  for (const auto address : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
-    for (const auto* name : {u"mms_Sync_GetAllRecvNum", u"mms_Sync_getAllidTime", u"mms_Sync_Read"}) {
-      const ScriptedMmsStore lacking({name}, address);
-      WriteText(kMmsTable, "of an earlier run");
-      WriteText(kMmsChanges, "of an earlier run");
-      EXPECT_EQ(Export(12, 1).code, 0x10000002u);
-      EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
-      EXPECT_EQ(ExportChanges().code, 0x10000002u);
-      EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
-      EXPECT_THAT(ReadFile(kMmsChanges), IsEmpty());
-      EXPECT_TRUE(Exists(kMmsConfig));
-    }
-  }
-}
-
 TEST_F(MmsExportTest, AStoreFailureCarriesNoFlagButTheSnapshots) {
   // The answering calls: get the configuration, list messages, read them twice, list them for the snapshot.
   const std::uint32_t kCodes[] = {0x10000006, 0x10000005, 0x10000006, 0x10000006, 0x15000005};
@@ -434,66 +236,6 @@ TEST_F(MmsExportTest, AStoreFailureCarriesNoFlagButTheSnapshots) {
       EXPECT_EQ((incremental ? ExportChanges() : Export(12, 1)).code, kCodes[n - 1]) << "call " << n;
     }
   }
-}
-
-TEST_F(MmsExportTest, AnyStatusButZeroIsAFailure) {
-  store_.Add(1);
-  for (const std::uint32_t status : {1u, 0x80000000u, 0xFFFFFFFFu}) {
-    store_.statuses["Read"] = status;
-    EXPECT_EQ(Export(12, 1).code, 0x10000006u);
-  }
-}
-
-TEST_F(MmsExportTest, WithoutASnapshotAnIncrementalExportFailsWithItsFlag) {
-  WriteText(kAnchorIni, "[ANCHORDATE]\r\nMMS = 5");
-  EXPECT_EQ(Export(12, 3, u"5").code, 0u) << "an empty store needs none";
-  std::filesystem::remove(handset::HostPath(kMmsLog));
-  store_.Add(1);
-  WriteText(kAnchorIni, "[ANCHORDATE]\r\nMMS = 5");
-  EXPECT_EQ(Export(12, 3, u"5").code, 0x10100100u);
-}
-
-TEST_F(MmsExportTest, ASnapshotThatCannotBeRewrittenIsFlagged) {
-  MakeDirectory(kMmsLog);
-  EXPECT_EQ(Export(12, 1).code, 0x15000100u);
-  EXPECT_TRUE(Exists(kMmsTable));
-}
-
-TEST_F(MmsExportTest, AFailedExportKeepsItsFilesAndTheSnapshot) {
-  store_.Add(1);
-  store_.statuses["Read"] = 1;
-  EXPECT_EQ(ExportChanges(Words({9, 9, 0})).code, 0x10000006u);
-  EXPECT_THAT(ReadFile(kMmsTable), IsEmpty());
-  EXPECT_EQ(ReadFile(kMmsLog), Words({9, 9, 0}));
-  EXPECT_EQ(ReadFile(kMmsChanges), Words({0, 1, 1, 0, 9, 3}));
-  EXPECT_EQ(ReadText(kAnchorIni), "[ANCHORDATE]\r\nMMS = 200612117210");
-}
-
-TEST_F(MmsExportTest, AbsurdCountsAreAMemoryFailure) {
-  for (const std::uint32_t count : {0x10000000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-    store_.claimed_count = count;
-    EXPECT_EQ(Export(12, 1).code, 0x10000010u);
-    EXPECT_EQ(ExportChanges().code, 0x10000010u);
-  }
-}
-
-TEST_F(MmsExportTest, AListLongerThanItsRoomIsCut) {
-  store_.Add(1);
-  store_.Add(2);
-  for (const std::uint32_t count : {3u, 0xFFFFFFFFu}) {
-    store_.claimed_listed = count;
-    EXPECT_EQ(Export(12, 1).code, 0u);
-    EXPECT_EQ(ReadFile(kMmsTable), MmsHeads({1, 2}));
-    EXPECT_EQ(ReadFile(kMmsLog), Words({1, 1, 0, 2, 1, 0}));
-  }
-}
-
-TEST_F(MmsExportTest, AListShorterThanItsCountIsTakenAsItIs) {
-  store_.Add(1);
-  store_.claimed_count = 3;
-  EXPECT_EQ(Export(12, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kMmsTable), MmsRecord(1));
-  EXPECT_EQ(ReadFile(kMmsLog), Words({1, 1, 0}));
 }
 
 }  // namespace

@@ -1,9 +1,8 @@
-// Recovers of the multimedia messages, inserting and applying changes: what reaches the store, and what becomes of the
-// files.
+// Recovers of the multimedia messages, where they are not those of any plain module: texts and data, the configuration,
+// and the change list that stays.
 #include <random>
 
 #include "tests/support/mms_records.h"
-#include "tests/support/run_events.h"
 #include "tests/support/scripted_mms_store.h"
 
 namespace qv_test {
@@ -281,49 +280,6 @@ TEST_F(MmsRecoverTest, AFailedConfigurationEndsTheRecoverWithoutAFlag) {
 
 // --- Inserting recovers ---
 
-TEST_F(MmsRecoverTest, OnlyReplaceEmptiesTheStore) {
-  for (const std::uint32_t mode : {0u, 1u, 2u, 4u, 5u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-    store_.records.clear();
-    store_.calls.clear();
-    store_.Add(1);
-    Place(MmsHeads({2, 3}));
-    const Answer answer = Recover(12, mode, u"77");
-    EXPECT_EQ(answer.code, 0u);
-    EXPECT_EQ(answer.mode, mode);
-    EXPECT_EQ(answer.anchor, mode < 4 || mode == 0xFFFFFFFF ? kNowAnchor : u"77");
-    EXPECT_EQ(store_.records.size(), mode == 2 ? 2u : 3u) << mode;
-    EXPECT_EQ(store_.CallsOf("DelAll").size(), mode == 2 ? 1u : 0u);
-    EXPECT_FALSE(Exists(kMmsTable));
-  }
-}
-
-TEST_F(MmsRecoverTest, ARememberedRecoverLeavesASnapshotOfTheStoreAndAnIdMap) {
-  store_.Add(1, 0x0000000300000002);
-  Place(MmsHeads({7, 8}));
-  EXPECT_EQ(Recover(12, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kMmsLog), Words({1, 2, 3, 1000, 5, 6, 1001, 5, 6}));
-  EXPECT_EQ(ReadFile(kMmsIdMap), Words({0, 1000, 7, 0, 1001, 8}));
-  EXPECT_EQ(ReadText(kAnchorIni), "[ANCHORDATE]\r\nMMS = 200612117210");
-}
-
-TEST_F(MmsRecoverTest, APlainRecoverLeavesNothingButTheMessages) {
-  for (const std::uint32_t mode : {4u, 5u, 77u}) {
-    Place(MmsRecord(2));
-    EXPECT_EQ(Recover(12, mode).code, 0u);
-    EXPECT_THAT(AllFiles(), IsEmpty());
-  }
-  EXPECT_EQ(store_.records.size(), 3u);
-}
-
-TEST_F(MmsRecoverTest, ARecoverOfNothingEmptiesSnapshotAndMap) {
-  Place({});
-  WriteText(kMmsIdMap, "old");
-  WriteText(kMmsLog, "old");
-  EXPECT_EQ(Recover(12, 1).code, 0u);
-  EXPECT_THAT(ReadFile(kMmsLog), IsEmpty());
-  EXPECT_THAT(ReadFile(kMmsIdMap), IsEmpty());
-}
-
 TEST_F(MmsRecoverTest, AnInsertingRecoverLeavesChangeListsAlone) {
   store_.Add(1);
   for (const std::uint32_t mode : {1u, 4u}) {
@@ -337,51 +293,17 @@ TEST_F(MmsRecoverTest, AnInsertingRecoverLeavesChangeListsAlone) {
   }
 }
 
-TEST_F(MmsRecoverTest, AReplacingRecoverTakesItsStepsInOrder) {
-  Place(MmsHeads({7, 8}), {1, 2, 3});
-  RunEvents events(store_);
-  EXPECT_EQ(Recover(12, 2).code, 0u);
-  std::vector<std::string> seen = events.Take();
-  EXPECT_EQ(seen.at(0).substr(seen.at(0).find(' ')), " qvSyncAnchor.ini") << "the anchor goes first";
-  std::erase_if(seen, [](const std::string& event) { return event.ends_with("qvSyncAnchor.ini"); });
-  EXPECT_THAT(seen, ElementsAre("open mmsconf.tbl", "find mms_Sync_SetConfig", "call SetConfig 3", "delete mmsconf.tbl",
-                                "find mms_Sync_DelAll", "call DelAll", "open mmsinfo.tbl", "find mms_Sync_Insert",
-                                "call Insert", "call Insert", "delete mmsinfo.tbl", "create mmsinfo.log",
-                                "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "call GetAllRecvNum",
-                                "call GetAllidTime room 2", "create mmsmap.tbl"));
-}
-
-TEST_F(MmsRecoverTest, AnIdMapThatCannotBeWrittenIsNotReported) {
-  Place(MmsRecord(1));
-  MakeDirectory(kMmsIdMap);
-  EXPECT_EQ(Recover(12, 1).code, 0u);
-}
-
 // --- Change lists ---
 
-TEST_F(MmsRecoverTest, AChangeListDeletesThenInsertsAndUpdates) {
-  for (const std::uint32_t id : {1u, 2u, 3u, 4u}) store_.Add(id);
+TEST_F(MmsRecoverTest, ChangedMessagesReachTheStoreWithTextAndData) {
+  store_.Add(3);
   Bytes table = MmsRecord(3, "three", {3, 3}, 33);
   Append(table, MmsRecord(99, "passed over", {9, 9, 9}));
   Append(table, MmsRecord(60, "sixty"));
-  WriteFile(kOtherChanges, Words({0, 1, 3}));
-  RunEvents events(store_);
-  const Answer answer = RecoverChanges(Words({0, 60, 1, 0, 2, 3, 0, 3, 2, 0, 4, 3}), table);
-  EXPECT_EQ(answer.code, 0u);
-  EXPECT_EQ(answer.anchor, kNowAnchor);
-  std::vector<std::string> seen = events.Take();
-  std::erase_if(seen, [](const std::string& event) { return event.ends_with("qvSyncAnchor.ini"); });
-  EXPECT_THAT(seen, ElementsAre("open mmsconf.tbl", "find mms_Sync_SetConfig", "call SetConfig null 0",
-                                "delete mmsconf.tbl", "open mmscmd.tbl", "find mms_SC_Sync_Del", "call Del [2 4]",
-                                "open mmsinfo.tbl", "find mms_Sync_Insert", "find mms_Sync_Update", "call Update 3",
-                                "call Insert", "delete smscmd.tbl", "delete mmsinfo.tbl", "create mmsinfo.log",
-                                "find mms_Sync_GetAllRecvNum", "find mms_Sync_getAllidTime", "call GetAllRecvNum",
-                                "call GetAllidTime room 3", "create mmsmap.tbl"));
-  EXPECT_THAT(store_.Ids(), ElementsAre(1, 3, 1000));
+  EXPECT_EQ(RecoverChanges(Words({0, 60, 1, 0, 3, 2}), table).code, 0u);
+  EXPECT_THAT(store_.Ids(), ElementsAre(3, 1000));
   EXPECT_EQ(store_.EntryOf(3), (MmsEntry{"three", 3, 33, Bytes{3, 3}, 2}));
   EXPECT_EQ(store_.EntryOf(1000), (MmsEntry{"sixty", 60, 0, std::nullopt, 0}));
-  EXPECT_EQ(ReadFile(kMmsLog), Words({1, 1, 0, 3, 5, 6, 1000, 5, 6}));
-  EXPECT_EQ(ReadFile(kMmsIdMap), Words({0, 1000, 60}));
 }
 
 TEST_F(MmsRecoverTest, ItsChangeListStaysAndTheShortMessagesGoes) {
@@ -395,95 +317,12 @@ TEST_F(MmsRecoverTest, ItsChangeListStaysAndTheShortMessagesGoes) {
   EXPECT_EQ(RecoverChanges(changes, MmsRecord(60)).code, 0u) << "nor need there be one";
 }
 
-TEST_F(MmsRecoverTest, ChangesOfOtherTablesAreNotTheMessages) {
-  for (const std::uint32_t id : {1u, 2u, 3u}) store_.Add(id);
-  EXPECT_EQ(RecoverChanges(Words({1, 1, 3, 2, 2, 3, 0xFFFFFFFF, 3, 3, 1, 2, 2, 7, 60, 1}), MmsHeads({2, 60})).code, 0u);
-  EXPECT_THAT(store_.Ids(), ElementsAre(1, 2, 3));
-  EXPECT_THAT(store_.CallsOf("Del"), IsEmpty());
-  EXPECT_THAT(store_.CallsOf("Update"), IsEmpty());
-}
-
-TEST_F(MmsRecoverTest, UnknownOperationsChangeNothing) {
-  store_.Add(2);
-  EXPECT_EQ(RecoverChanges(Words({0, 2, 0, 0, 60, 4, 0, 61, 0xFFFFFFFF}), MmsHeads({2, 60, 61})).code, 0u);
-  EXPECT_THAT(store_.calls, ElementsAre("SetConfig null 0", "GetAllRecvNum", "GetAllidTime room 1"));
-}
-
-TEST_F(MmsRecoverTest, TheFirstChangeOfAMessageCounts) {
-  store_.Add(2);
-  EXPECT_EQ(RecoverChanges(Words({0, 2, 2, 0, 2, 1, 0, 60, 1, 0, 60, 2}), MmsHeads({2, 60})).code, 0u);
-  EXPECT_THAT(store_.Ids(), ElementsAre(2, 1000));
-}
-
-TEST_F(MmsRecoverTest, ThousandsOfDeletionsAreOneCall) {
-  Bytes changes;
-  std::string call = "Del [";
-  for (std::uint32_t id = 1; id <= 10000; ++id) {
-    Append(changes, Words({0, id, 3}));
-    call += (id == 1 ? "" : " ") + std::to_string(id);
-  }
-  EXPECT_EQ(RecoverChanges(changes).code, 0u);
-  EXPECT_EQ(store_.CallsOf("Del"), std::vector<std::string>{call + "]"});
-}
-
-TEST_F(MmsRecoverTest, ATornChangeIsPassedOver) {
-  for (const std::uint32_t id : {1u, 2u}) store_.Add(id);
-  Bytes changes = Words({0, 1, 3, 0, 2, 3});
-  changes.resize(23);
-  EXPECT_EQ(RecoverChanges(changes).code, 0u);
-  EXPECT_THAT(store_.Ids(), ElementsAre(2));
-}
-
 TEST_F(MmsRecoverTest, AMessageThatIsPassedOverMustBeWholeToo) {
   Bytes table = MmsHead(5, 99, 0, 0);
   EXPECT_EQ(RecoverChanges(Words({0, 60, 1}), table).code, 0x23000200u);
 }
 
 // --- Failures ---
-
-TEST_F(MmsRecoverTest, AStoreThatIsNotLoadedTouchesNothing) {
-  Place(MmsRecord(1));
-  for (const auto handle : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
-    handset::InstallLibraryHandle(u"MmsStore.dll", reinterpret_cast<coredll::HMODULE>(handle));
-    EXPECT_EQ(Recover(12, 1, u"", std::u16string(300, u'x')).code, 0x20000001u);
-    EXPECT_EQ(Recover(12, 3).code, 0x20000001u);
-    EXPECT_EQ(AllFiles().size(), 2u);
-  }
-}
-
-TEST_F(MmsRecoverTest, AnOverlongDirectoryIsRefusedBeforeAnythingMoves) {
-  const Answer answer = Recover(12, 2, u"77", std::u16string(260, u'\\'));
-  EXPECT_EQ(answer.code, 0x20000100u);
-  EXPECT_EQ(answer.anchor, u"77");
-  EXPECT_THAT(store_.calls, IsEmpty());
-  EXPECT_FALSE(Exists(kAnchorIni));
-}
-
-TEST_F(MmsRecoverTest, AStoreThatCannotBeEmptiedKeepsItsMessages) {
-  for (const auto address : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
-    const ScriptedMmsStore lacking({u"mms_Sync_DelAll"}, address);
-    Place(MmsRecord(1));
-    EXPECT_EQ(Recover(12, 2).code, 0x20000002u);
-    EXPECT_THAT(lacking.calls, ElementsAre("SetConfig null 0"));
-  }
-  ScriptedMmsStore failing;
-  failing.statuses["DelAll"] = 1;
-  Place(MmsRecord(1));
-  EXPECT_EQ(Recover(12, 2).code, 0x20000003u);
-  EXPECT_THAT(failing.calls, ElementsAre("SetConfig null 0", "DelAll"));
-  EXPECT_TRUE(Exists(kMmsTable));
-  EXPECT_FALSE(Exists(kMmsConfig)) << "it was applied before";
-}
-
-TEST_F(MmsRecoverTest, AMissingTableIsFlaggedAsTheTable) {
-  for (const std::uint32_t mode : {1u, 2u, 3u, 4u}) {
-    store_.calls.clear();
-    WriteFile(kMmsConfig, {});
-    WriteFile(kMmsChanges, {});
-    EXPECT_EQ(Recover(12, mode).code, 0x23000100u);
-    EXPECT_EQ(store_.calls.back(), mode == 2 ? "DelAll" : "SetConfig null 0");
-  }
-}
 
 TEST_F(MmsRecoverTest, AMissingChangeListIsFlaggedAsSuch) {
   Place(MmsRecord(1));
@@ -494,58 +333,22 @@ TEST_F(MmsRecoverTest, AMissingChangeListIsFlaggedAsSuch) {
   EXPECT_TRUE(Exists(kOtherChanges));
 }
 
-TEST_F(MmsRecoverTest, RefusedDeletionsEndTheRecover) {
-  store_.Add(1);
-  store_.statuses["Del"] = 1;
-  EXPECT_EQ(RecoverChanges(Words({0, 1, 3, 0, 7, 1}), MmsRecord(7)).code, 0x20200009u);
-  EXPECT_THAT(store_.calls, ElementsAre("SetConfig null 0", "Del [1]"));
-  EXPECT_TRUE(Exists(kMmsTable));
-}
-
-TEST_F(MmsRecoverTest, RefusedMessagesEndTheTable) {
-  Bytes table = MmsRecord(7, "seven", {7});
-  Append(table, MmsRecord(8, "eight", {8}));
-  Append(table, MmsRecord(9, "nine", {9}));
-  Place(table);
-  store_.fail_call = 3;  // The second message, after the configuration.
-  EXPECT_EQ(Recover(12, 1).code, 0x23000007u);
-  EXPECT_THAT(store_.calls, ElementsAre("SetConfig null 0", "Insert", "Insert"));
-  EXPECT_TRUE(Exists(kMmsTable));
-  EXPECT_FALSE(Exists(kMmsLog));
-  EXPECT_FALSE(Exists(kMmsIdMap));
-  store_.statuses["Insert"] = 0x80000000;
+TEST_F(MmsRecoverTest, ARefusedMessageKeepsTheShortMessagesChangeList) {
+  const Bytes table = MmsRecord(8, "eight", {8});
   WriteText(kOtherChanges, "kept");
-  EXPECT_EQ(RecoverChanges(Words({0, 7, 1}), table).code, 0x23000007u);
-  store_.Add(8);
+  store_.statuses["Insert"] = 0x80000000;
+  EXPECT_EQ(RecoverChanges(Words({0, 8, 1}), table).code, 0x23000007u);
   store_.statuses["Update"] = 1;
   EXPECT_EQ(RecoverChanges(Words({0, 8, 2}), table).code, 0x23000008u);
   EXPECT_TRUE(Exists(kOtherChanges));
 }
 
-TEST_F(MmsRecoverTest, EntryPointsAreMissedByTheStepsThatNeedThem) {
-  struct Missing {
-    const char16_t* name;
-    std::uint32_t inserting, applying;
-  };
-  const Missing kMissing[] = {
-      {u"mms_Sync_GetAllRecvNum", 0x25000002, 0x25000002},
-      {u"mms_Sync_getAllidTime", 0x25000002, 0x25000002},
-      {u"mms_Sync_Read", 0, 0},
-      {u"mms_Sync_Insert", 0x23000002, 0x23000002},
-      {u"mms_Sync_Update", 0, 0x23000002},
-      {u"mms_SC_Sync_Del", 0, 0x20200002},
-      {u"mms_Sync_DelAll", 0, 0},
-      {u"mms_Sync_GetConfig", 0, 0},
-      {u"mms_Sync_SetConfig", 0x20000002, 0x20000002},
-  };
-  for (const Missing& missing : kMissing) {
-    SCOPED_TRACE(testing::PrintToString(std::u16string(missing.name)));
-    for (const auto address : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
-      const ScriptedMmsStore lacking({missing.name}, address);
-      Place({});
-      EXPECT_EQ(Recover(12, 1).code, missing.inserting);
-      EXPECT_EQ(RecoverChanges({}).code, missing.applying);
-    }
+TEST_F(MmsRecoverTest, ARecoverNeedsNoConfigurationOfTheStore) {
+  for (const auto address : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
+    const ScriptedMmsStore lacking({u"mms_Sync_GetConfig"}, address);
+    Place({});
+    EXPECT_EQ(Recover(12, 1).code, 0u);
+    EXPECT_EQ(RecoverChanges({}).code, 0u);
   }
 }
 
@@ -569,19 +372,6 @@ TEST_F(MmsRecoverTest, AnUnreadableFileIsNotTakenForItsEnd) {
   }
   EXPECT_EQ(fails("ReadFile", 1, kMmsChanges, 3), 0x20200200u);
   EXPECT_THAT(store_.records, IsEmpty());
-}
-
-TEST_F(MmsRecoverTest, ASnapshotThatCannotBeRewrittenIsFlaggedAfterTheTableIsGone) {
-  Place(MmsRecord(1));
-  MakeDirectory(kMmsLog);
-  EXPECT_EQ(Recover(12, 1).code, 0x25000100u);
-  EXPECT_FALSE(Exists(kMmsTable));
-  EXPECT_FALSE(Exists(kMmsIdMap));
-  std::filesystem::remove(handset::HostPath(kMmsLog));
-  store_.statuses["GetAllidTime"] = 1;
-  Place(MmsRecord(1));
-  EXPECT_EQ(Recover(12, 1).code, 0x25000005u);
-  EXPECT_THAT(ReadFile(kMmsLog), IsEmpty());
 }
 
 }  // namespace

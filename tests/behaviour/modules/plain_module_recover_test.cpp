@@ -14,10 +14,13 @@ class PlainModuleRecoverTest : public PlainModuleTest {
   bool IsEmptiedIn(std::uint32_t mode) const {
     return module_.only_replacing_empties ? mode == 2 : mode != 3 && mode != 5;
   }
+  /// A configuration is applied, and its file deleted, before the records are looked at.
+  void ExpectConfigWasTaken() const { EXPECT_FALSE(module_.config && Exists(module_.config->file)); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Modules, PlainModuleRecoverTest,
-                         testing::Values(CallHistory(), CardReader(), QuickDial(), GraphicMemo()), NameOfModule);
+                         testing::Values(CallHistory(), CardReader(), QuickDial(), GraphicMemo(), Mms(), Sms()),
+                         NameOfModule);
 
 // --- Inserting recovers ---
 
@@ -65,6 +68,7 @@ TEST_P(PlainModuleRecoverTest, APlainRecoverLeavesNothingButTheRecords) {
 TEST_P(PlainModuleRecoverTest, ALocalRecoverAdds) {
   store_.Add(1);
   WriteFile(module_.table, Plain({2}));
+  PlaceConfig();
   EXPECT_EQ(LocalRecover(module_.id), 0u);
   EXPECT_THAT(store_.Ids(), ElementsAre(1, 1000));
   EXPECT_THAT(AllFiles(), IsEmpty());
@@ -80,12 +84,16 @@ TEST_P(PlainModuleRecoverTest, ARecoverOfNothingEmptiesSnapshotAndMap) {
 }
 
 TEST_P(PlainModuleRecoverTest, AnInsertingRecoverLeavesAChangeListAlone) {
-  WriteFile(module_.table, Plain({7}));
-  WriteFile(module_.changes, Words({0, 7, 3}));
-  EXPECT_EQ(RecoverIn(1).code, 0u);
-  EXPECT_TRUE(Exists(module_.changes));
-  EXPECT_THAT(CallsFor(StoreRole::kDelete), IsEmpty());
-  EXPECT_THAT(store_.Ids(), ElementsAre(1000));
+  for (const std::uint32_t mode : {1u, 2u, 4u}) {
+    store_.records.clear();
+    store_.next_id = 1000;
+    WriteFile(module_.table, Plain({7}));
+    WriteFile(module_.changes, Words({0, 7, 3}));
+    EXPECT_EQ(RecoverIn(mode).code, 0u);
+    EXPECT_EQ(ReadFile(module_.changes), Words({0, 7, 3}));
+    EXPECT_THAT(CallsFor(StoreRole::kDelete), IsEmpty());
+    EXPECT_THAT(store_.Ids(), ElementsAre(1000));
+  }
 }
 
 TEST_P(PlainModuleRecoverTest, AReplacingRecoverTakesItsStepsInOrder) {
@@ -102,6 +110,7 @@ TEST_P(PlainModuleRecoverTest, AnIdMapThatCannotBeWrittenIsNotReported) {
   WriteFile(module_.table, Plain({1}));
   MakeDirectory(module_.id_map);
   EXPECT_EQ(RecoverIn(1).code, 0u);
+  EXPECT_EQ(ReadFile(module_.log), New(1000));
 }
 
 TEST_P(PlainModuleRecoverTest, AStoreThatGivesNoNewIdLeavesZeroInTheMap) {
@@ -124,7 +133,7 @@ TEST_P(PlainModuleRecoverTest, AChangeListDeletesThenInsertsAndUpdates) {
   EXPECT_THAT(store_.Ids(), ElementsAre(1, 3, 1000));
   EXPECT_EQ(store_.At(3).bytes, module_.recovered_plain(3));
   EXPECT_EQ(store_.At(1000).bytes, module_.recovered_plain(60));
-  EXPECT_FALSE(Exists(module_.changes));
+  EXPECT_EQ(Exists(module_.changes), module_.keeps_change_list);
   EXPECT_FALSE(Exists(module_.table));
   EXPECT_EQ(ReadFile(module_.log), Join({Old(1), New(3), New(1000)}));
   EXPECT_EQ(ReadFile(module_.id_map), Words({0, 1000, 60}));
@@ -143,11 +152,17 @@ TEST_P(PlainModuleRecoverTest, ANewRecordReachesTheStoreFieldByField) {
   EXPECT_EQ(ReadFile(module_.id_map), Words({0, 1000, module_.sample_id}));
 }
 
-TEST_P(PlainModuleRecoverTest, InsertsAndUpdatesOfOtherTablesAreNotTheModules) {
+TEST_P(PlainModuleRecoverTest, AnInsertOrUpdateNamesItsTableOrIsOfTheOnlyOne) {
   store_.Add(2);
   EXPECT_EQ(RecoverChanges(Words({1, 2, 2, 7, 60, 1, 0x100, 61, 1}), Plain({2, 60, 61})).code, 0u);
-  EXPECT_THAT(store_.Ids(), ElementsAre(2));
-  EXPECT_THAT(RolesCalled(store_), ElementsAre(StoreRole::kCount, StoreRole::kList));
+  if (module_.changes_any_table) {
+    EXPECT_THAT(store_.Ids(), ElementsAre(2, 1000, 1001));
+    EXPECT_THAT(CallsFor(StoreRole::kUpdate), testing::SizeIs(1));
+    EXPECT_EQ(ReadFile(module_.id_map), Words({0, 1000, 60, 0, 1001, 61}));
+  } else {
+    EXPECT_THAT(store_.Ids(), ElementsAre(2));
+    EXPECT_THAT(RolesCalled(store_), ElementsAre(StoreRole::kCount, StoreRole::kList));
+  }
 }
 
 TEST_P(PlainModuleRecoverTest, ADeletionNamesItsTableOrIsOfTheOnlyOne) {
@@ -164,7 +179,7 @@ TEST_P(PlainModuleRecoverTest, ADeletionNamesItsTableOrIsOfTheOnlyOne) {
 
 TEST_P(PlainModuleRecoverTest, UnknownOperationsChangeNothing) {
   store_.Add(2);
-  EXPECT_EQ(RecoverChanges(Words({0, 2, 0, 0, 60, 4, 0, 61, 0xFFFFFFFF}), Plain({2, 60, 61})).code, 0u);
+  EXPECT_EQ(RecoverChanges(Words({0, 2, 0, 0, 60, 4, 0, 61, 0xFFFFFFFF, 0, 62, 257}), Plain({2, 60, 61, 62})).code, 0u);
   EXPECT_THAT(RolesCalled(store_), ElementsAre(StoreRole::kCount, StoreRole::kList));
 }
 
@@ -196,22 +211,27 @@ TEST_P(PlainModuleRecoverTest, ThousandsOfDeletionsAreOneCall) {
 }
 
 TEST_P(PlainModuleRecoverTest, ATornChangeIsPassedOver) {
-  for (const std::uint32_t id : {1u, 2u}) store_.Add(id);
-  Bytes changes = Words({0, 1, 3, 0, 2, 3});
-  changes.resize(23);
-  EXPECT_EQ(RecoverChanges(changes).code, 0u);
-  EXPECT_THAT(store_.Ids(), ElementsAre(2));
+  for (std::size_t size = 13; size < 24; ++size) {
+    store_.records.clear();
+    for (const std::uint32_t id : {1u, 2u}) store_.Add(id);
+    Bytes changes = Words({0, 1, 3, 0, 2, 3});
+    changes.resize(size);
+    EXPECT_EQ(RecoverChanges(changes).code, 0u);
+    EXPECT_THAT(store_.Ids(), ElementsAre(2)) << size << " bytes";
+  }
 }
 
 // --- Failures ---
 
 TEST_P(PlainModuleRecoverTest, AStoreThatIsNotLoadedTouchesNothing) {
   WriteFile(module_.table, Plain({1}));
+  PlaceConfig();
+  const auto before = AllFiles();
   for (const auto handle : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
     handset::InstallLibraryHandle(store_.library(), reinterpret_cast<coredll::HMODULE>(handle));
     EXPECT_EQ(RecoverIn(1, u"", std::u16string(300, u'x')).code, 0x20000001u);
     EXPECT_EQ(RecoverIn(3).code, 0x20000001u);
-    EXPECT_EQ(AllFiles().size(), 1u);
+    EXPECT_EQ(AllFiles(), before);
     EXPECT_THAT(store_.calls, IsEmpty());
   }
 }
@@ -238,6 +258,8 @@ TEST_P(PlainModuleRecoverTest, AStoreThatCannotBeEmptiedKeepsEverything) {
     EXPECT_THAT(RolesCalled(*failing), ElementsAre(StoreRole::kDeleteAll));
   }
   EXPECT_TRUE(Exists(module_.table));
+  EXPECT_FALSE(Exists(module_.log));
+  ExpectConfigWasTaken();
   EXPECT_TRUE(Exists(kAnchorIni)) << "the anchor has moved by then";
 }
 
@@ -293,16 +315,21 @@ TEST_P(PlainModuleRecoverTest, RefusedDeletionsEndTheRecover) {
 
 TEST_P(PlainModuleRecoverTest, ARefusedRecordEndsTheTable) {
   WriteFile(module_.table, Plain({7, 8, 9}));
-  store_.fail_call = 2;
+  store_.fail_call = (module_.config ? module_.config->calls_of_recovers : 0) + 2;
   EXPECT_EQ(RecoverIn(5).code, 0x23000007u);
   EXPECT_THAT(RolesCalled(store_), ElementsAre(StoreRole::kInsert, StoreRole::kInsert));
+  EXPECT_THAT(store_.Ids(), ElementsAre(1000)) << "what was inserted before it stays";
   EXPECT_TRUE(Exists(module_.table));
+  EXPECT_FALSE(Exists(kAnchorIni));
   for (const std::uint32_t status : module_.failures) {
     store_.statuses = {{Told(StoreRole::kInsert), status}};
-    EXPECT_EQ(RecoverIn(1).code, 0x23000007u);
-    EXPECT_TRUE(Exists(module_.table));
-    EXPECT_FALSE(Exists(module_.log));
-    EXPECT_FALSE(Exists(module_.id_map));
+    for (const std::uint32_t mode : {1u, 2u, 4u}) {
+      EXPECT_EQ(RecoverIn(mode).code, 0x23000007u);
+      EXPECT_TRUE(Exists(module_.table));
+      EXPECT_FALSE(Exists(module_.log));
+      EXPECT_FALSE(Exists(module_.id_map));
+      ExpectConfigWasTaken();
+    }
     EXPECT_EQ(RecoverChanges(Words({0, 7, 1}), Plain({7})).code, 0x23000007u);
     store_.statuses = {{Told(StoreRole::kUpdate), status}};
     EXPECT_EQ(RecoverChanges(Words({0, 8, 2}), Plain({8})).code, 0x23000008u);
@@ -372,16 +399,21 @@ TEST_P(PlainModuleRecoverTest, AnUnreadableFileIsNotTakenForItsEnd) {
 }
 
 TEST_P(PlainModuleRecoverTest, ASnapshotThatCannotBeRewrittenIsFlaggedAfterTheTableIsGone) {
-  WriteFile(module_.table, Plain({1}));
   MakeDirectory(module_.log);
-  EXPECT_EQ(RecoverIn(1).code, 0x25000100u);
-  EXPECT_FALSE(Exists(module_.table));
-  EXPECT_FALSE(Exists(module_.id_map));
+  for (const std::uint32_t mode : {1u, 3u}) {
+    WriteFile(module_.table, Plain({1}));
+    WriteFile(module_.changes, {});
+    EXPECT_EQ(RecoverIn(mode).code, 0x25000100u);
+    EXPECT_FALSE(Exists(module_.table));
+    EXPECT_EQ(Exists(module_.changes), mode == 1 || module_.keeps_change_list);
+    EXPECT_FALSE(Exists(module_.id_map));
+  }
   std::filesystem::remove(handset::HostPath(module_.log));
   store_.statuses[Told(StoreRole::kList)] = module_.failures.front();
   WriteFile(module_.table, Plain({1}));
   EXPECT_EQ(RecoverIn(1).code, 0x25000005u);
   EXPECT_THAT(ReadFile(module_.log), IsEmpty());
+  EXPECT_FALSE(Exists(module_.id_map));
 }
 
 }  // namespace

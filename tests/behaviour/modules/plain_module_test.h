@@ -13,10 +13,15 @@ class PlainModuleTest : public AgentTest, public testing::WithParamInterface<Pla
   Answer ExportIn(std::uint32_t mode, std::u16string_view anchor = u"", std::u16string_view directory = kSync) {
     return Export(module_.id, mode, anchor, directory);
   }
+  /// With an empty configuration, in modules that have one.
   Answer RecoverIn(std::uint32_t mode, std::u16string_view anchor = u"", std::u16string_view directory = kSync) {
+    PlaceConfig();
     return Recover(module_.id, mode, anchor, directory);
   }
 
+  void PlaceConfig() const {
+    if (module_.config) WriteFile(module_.config->file, module_.config->empty);
+  }
   void StoreAnchor(const std::string& anchor) {
     WriteText(kAnchorIni, "[ANCHORDATE]\r\n" + module_.anchor_key + " = " + anchor);
   }
@@ -38,7 +43,9 @@ class PlainModuleTest : public AgentTest, public testing::WithParamInterface<Pla
   /// The ids of the records in the exchange table.
   std::vector<std::uint32_t> ExportedIds() const {
     std::vector<std::uint32_t> ids;
-    for (const Bytes& record : Split(ReadFile(module_.table), ExchangeSize())) ids.push_back(Get32(record, 0));
+    for (const Bytes& record : Split(ReadFile(module_.table), ExchangeSize())) {
+      ids.push_back(Get32(record, module_.exported_id_at));
+    }
     return ids;
   }
   /// The record that an export makes of a stored one.

@@ -1,6 +1,7 @@
 // Exports of the schedule, full and incremental: the bytes of each file, and what the store is asked.
 #include <numeric>
 
+#include "tests/support/run_events.h"
 #include "tests/support/schedule_records.h"
 #include "tests/support/scripted_schedule_store.h"
 
@@ -226,23 +227,10 @@ TEST_F(ScheduleExportTest, EachStepLooksItsEntryPointsUpAnew) {
 }
 
 TEST_F(ScheduleExportTest, FilesAreOpenedAsTheirOtherUsersExpect) {
-  // Access, share mode and disposition of each opening: who writes makes the file anew, and everyone may read along,
-  // except in the anchor file while it is rewritten.
-  using Opening = std::pair<std::u16string, std::array<std::uint32_t, 3>>;
-  constexpr std::array<std::uint32_t, 3> kReader = {0x80000000, 1, 3};
-  constexpr std::array<std::uint32_t, 3> kWriter = {0x40000000, 1, 2};
-  constexpr std::array<std::uint32_t, 3> kReaderAlone = {0x80000000, 0, 3};
-  constexpr std::array<std::uint32_t, 3> kWriterAlone = {0x40000000, 0, 2};
   store_.Add(0, 1, 1);
   store_.Add(1, 1, 1);
-  std::vector<Opening> openings;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function == "CreateFileW") openings.emplace_back(call.path, call.options);
-  });
-  EXPECT_EQ(ExportChanges().code, 0u);
-  handset::Observe({});
   EXPECT_THAT(
-      openings,
+      OpeningsOf([&] { EXPECT_EQ(ExportChanges().code, 0u); }),
       ElementsAre(Opening(kAnchorIni, kReader), Opening(kAnchorIni, kReaderAlone), Opening(kAnchorIni, kWriterAlone),
                   Opening(kEntries, kWriter), Opening(kGroups, kWriter), Opening(kChangeList, kWriter),
                   Opening(kEntries, kWriter), Opening(kEntryLog, kReader), Opening(kGroups, kWriter),

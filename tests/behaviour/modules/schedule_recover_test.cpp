@@ -1,4 +1,5 @@
 // Recovers of the schedule, by insertion and by change list: what reaches the store, and what becomes of the files.
+#include "tests/support/run_events.h"
 #include "tests/support/schedule_records.h"
 #include "tests/support/scripted_schedule_store.h"
 
@@ -298,17 +299,8 @@ TEST_F(ScheduleRecoverTest, EachStepLooksItsEntryPointsUpAnew) {
 }
 
 TEST_F(ScheduleRecoverTest, FilesAreOpenedAsTheirOtherUsersExpect) {
-  using Opening = std::pair<std::u16string, std::array<std::uint32_t, 3>>;
-  constexpr std::array<std::uint32_t, 3> kReader = {0x80000000, 1, 3};
-  constexpr std::array<std::uint32_t, 3> kWriter = {0x40000000, 1, 2};
   PlaceChanges({});
-  std::vector<Opening> openings;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function == "CreateFileW" && call.path != kAnchorIni) openings.emplace_back(call.path, call.options);
-  });
-  EXPECT_EQ(Recover(2, 3).code, 0u);
-  handset::Observe({});
-  EXPECT_THAT(openings,
+  EXPECT_THAT(DataOpeningsOf([&] { EXPECT_EQ(Recover(2, 3).code, 0u); }),
               ElementsAre(Opening(kChangeList, kReader), Opening(kGroups, kReader), Opening(kEntries, kReader),
                           Opening(kEntryLog, kWriter), Opening(kGroupLog, kWriter), Opening(kIdMap, kWriter)));
 }
@@ -329,24 +321,6 @@ TEST_F(ScheduleRecoverTest, AnUpdatedGroupReachesTheStoreWithItsValue) {
   EXPECT_THAT(ReadFile(kIdMap), IsEmpty());
 }
 
-TEST_F(ScheduleRecoverTest, AChangeWithoutItsRecordInsertsNothing) {
-  PlaceChanges(Words({0, 1, 1}), PlainEntry(2));
-  EXPECT_EQ(Recover(2, 3).code, 0u);
-  EXPECT_THAT(store_.tables[0], IsEmpty());
-  EXPECT_TRUE(TablesAreGone());
-}
-
-TEST_F(ScheduleRecoverTest, TheFirstChangeOfARecordCounts) {
-  store_.Add(0, 1, 1);
-  PlaceChanges(Words({0, 1, 2, 0, 1, 1, 0, 2, 1, 0, 2, 2}), [] {
-    Bytes entries = PlainEntry(1);
-    Append(entries, PlainEntry(2));
-    return entries;
-  }());
-  EXPECT_EQ(Recover(2, 3).code, 0u);
-  EXPECT_EQ(ReadFile(kIdMap), Words({0, 1000, 2}));
-}
-
 TEST_F(ScheduleRecoverTest, UnknownOperationsAndTablesChangeNothing) {
   store_.Add(0, 1, 1);
   store_.Add(1, 1, 1);
@@ -357,30 +331,6 @@ TEST_F(ScheduleRecoverTest, UnknownOperationsAndTablesChangeNothing) {
   EXPECT_EQ(store_.tables[0].size(), 1u);
   EXPECT_EQ(store_.tables[1].size(), 1u);
   EXPECT_THAT(store_.calls, testing::Each(testing::StartsWith("Get")));
-}
-
-TEST_F(ScheduleRecoverTest, DeletionsHaveNoLimit) {
-  Bytes changes;
-  for (std::uint32_t id = 1; id <= 2500; ++id) {
-    store_.Add(0, id, 1);
-    store_.Add(1, id, 1);
-    Append(changes, Words({0, id, 3, 1, id, 3}));
-  }
-  PlaceChanges(changes);
-  EXPECT_EQ(Recover(2, 3).code, 0u);
-  EXPECT_THAT(store_.tables[0], IsEmpty());
-  EXPECT_THAT(store_.tables[1], IsEmpty());
-}
-
-TEST_F(ScheduleRecoverTest, ATornChangeIsPassedOver) {
-  store_.Add(0, 1, 1);
-  for (std::size_t size = 1; size < 12; ++size) {
-    Bytes changes = Words({0, 1, 3});
-    changes.resize(size);
-    PlaceChanges(changes);
-    EXPECT_EQ(Recover(2, 3).code, 0u);
-    EXPECT_EQ(store_.tables[0].size(), 1u);
-  }
 }
 
 TEST_F(ScheduleRecoverTest, OnlyTheFirstGroupOfEachRequestIsApplied) {
@@ -463,16 +413,6 @@ TEST_F(ScheduleRecoverTest, CountsBeyondTheSlotsAreRefused) {
 }
 
 // --- Failures ---
-
-TEST_F(ScheduleRecoverTest, AStoreThatIsNotLoadedTouchesNothing) {
-  Place(PlainEntry(1));
-  for (const auto handle : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
-    handset::InstallLibraryHandle(u"SchedStore.dll", reinterpret_cast<coredll::HMODULE>(handle));
-    EXPECT_EQ(Recover(2, 2, u"", std::u16string(300, u'x')).code, 0x20000001u);
-    EXPECT_EQ(Recover(2, 3).code, 0x20000001u);
-    EXPECT_EQ(AllFiles().size(), 2u);
-  }
-}
 
 TEST_F(ScheduleRecoverTest, AnOverlongDirectoryIsRefusedBeforeTheStoreIsEmptied) {
   store_.Add(0, 1, 1);
@@ -645,17 +585,6 @@ TEST_F(ScheduleRecoverTest, AnUnreadableChangeListDeletesNothing) {
   EXPECT_EQ(Recover(2, 3).code, 0x20200200u);
   EXPECT_EQ(store_.tables[0].size(), 1u);
   EXPECT_TRUE(Exists(kChangeList));
-}
-
-TEST_F(ScheduleRecoverTest, ASnapshotThatCannotBeRewrittenIsFlaggedAfterTheTablesAreGone) {
-  for (const auto* file : {kEntryLog, kGroupLog}) {
-    Place(PlainEntry(1));
-    MakeDirectory(file);
-    EXPECT_EQ(Recover(2, 1).code, 0x25000100u);
-    EXPECT_TRUE(TablesAreGone());
-    EXPECT_FALSE(Exists(kIdMap));
-    std::filesystem::remove(handset::HostPath(file));
-  }
 }
 
 }  // namespace
