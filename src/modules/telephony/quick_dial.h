@@ -35,6 +35,7 @@ inline constexpr RecordTableFacts kTableFacts[] = {{
     .written = StepFlag::kTable0Exported,
 }};
 
+/// An export begins without a table, and makes one when it knows what goes in.
 inline constexpr ModuleFacts kFacts = {
     .names = kNames,
     .tables = kTableFacts,

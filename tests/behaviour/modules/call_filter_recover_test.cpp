@@ -13,6 +13,7 @@ namespace qv_test {
 namespace {
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
@@ -392,7 +393,7 @@ TEST_F(CallFilterRecoverTest, AStoreThatCannotBeEmptiedIsLeftWhereItIs) {
       failing.failing_status = answer;
       Place(PlainFilterEntry(1));
       EXPECT_EQ(Recover(11, 2).code, 0x20000003u) << answer;
-      EXPECT_EQ(failing.calls, std::vector<std::string>(all.begin(), all.begin() + n));
+      EXPECT_THAT(failing.calls, ElementsAreArray(all.data(), n));
       EXPECT_TRUE(TablesAreKept());
       EXPECT_TRUE(Exists(kAnchorIni)) << "the anchor has moved by then";
       EXPECT_FALSE(Exists(kFilterEntryLog));
