@@ -26,6 +26,10 @@ void Die(const char* what) {
   std::exit(2);
 }
 
+void PutText(std::uint8_t* place, const char* text) {
+  for (; *text != '\0'; ++text, place += 2) *place = static_cast<std::uint8_t>(*text);
+}
+
 std::vector<double> Shortest(int runs, const std::vector<std::function<void()>>& works) {
   std::vector<double> shortest(works.size(), 1e9);
   for (int run = 0; run < runs; ++run) {

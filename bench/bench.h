@@ -17,6 +17,9 @@ inline constexpr char16_t kDirectory[] = u"\\sync";
 
 [[noreturn]] void Die(const char* what);
 
+/// Puts text into a record as UTF-16.
+void PutText(std::uint8_t* place, const char* text);
+
 /// The shortest of several runs of each in seconds, taken in turns, so that a disturbance does not hit only one of
 /// them.
 std::vector<double> Shortest(int runs, const std::vector<std::function<void()>>& works);

@@ -24,10 +24,6 @@ constexpr std::int32_t kContactsModule = 1;
 constexpr std::uint32_t kGroups = 20;
 constexpr std::size_t kMostInBatch = 400;
 
-void PutText(std::uint8_t* place, const char* text) {
-  for (; *text != '\0'; ++text, place += 2) *place = static_cast<std::uint8_t>(*text);
-}
-
 /// A contact such as people keep: a name, three numbers, an address, a note, a picture.
 Bytes MakeContact(std::uint32_t id) {
   Bytes record(kStoreSize);

@@ -19,10 +19,6 @@ constexpr std::int32_t kSmsModule = 8;
 constexpr std::uint32_t kMessages = 10000;
 constexpr char16_t kTable[] = u"\\sync\\smsinfo.tbl";
 
-void PutText(std::uint8_t* place, const char* text) {
-  for (; *text != '\0'; ++text, place += 2) *place = static_cast<std::uint8_t>(*text);
-}
-
 /// An SmsStore.dll in memory that holds `messages` equal messages, an empty configuration, and takes whatever comes.
 struct MemoryStore {
   static inline std::uint32_t messages = 0;

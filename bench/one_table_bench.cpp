@@ -19,10 +19,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::uint32_t kRecords = 10000;
 
-void PutText(std::uint8_t* place, const char* text) {
-  for (; *text != '\0'; ++text, place += 2) *place = static_cast<std::uint8_t>(*text);
-}
-
 void PutTime(std::uint8_t* place) {
   qv::layout::StoreNumber(place, 4, 0xD800AE07);  // 2006-01-05 09:03:07
   qv::layout::StoreNumber(place + 4, 4, 0x01C611D6);

@@ -32,6 +32,9 @@ std::filesystem::path HostPath(std::u16string_view handset_path);
 /// The local time stands still at `now`; std::nullopt lets it run with the host's clock again.
 void SetLocalTime(std::optional<coredll::SYSTEMTIME> now);
 
+/// The date of a FILETIME in one number, 100 ns since 1601; what is finer than a millisecond is dropped.
+coredll::SYSTEMTIME SystemTimeOf(std::int64_t file_time);
+
 // --- Libraries ---
 
 using EntryPoints = std::map<std::u16string, coredll::FARPROC>;

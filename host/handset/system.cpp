@@ -75,20 +75,6 @@ std::optional<std::uint64_t> FileTimeTicks(const coredll::SYSTEMTIME& time) {
   return static_cast<std::uint64_t>(duration_cast<milliseconds>(since_1601).count()) * kTicksPerMillisecond;
 }
 
-coredll::SYSTEMTIME FromFileTimeTicks(std::uint64_t ticks) {
-  using namespace std::chrono;
-  const auto passed = milliseconds(static_cast<std::int64_t>(ticks / kTicksPerMillisecond));
-  const auto days_passed = floor<days>(passed);
-  const sys_days day = sys_days(year(1601) / January / 1) + days_passed;
-  const year_month_day date(day);
-  const hh_mm_ss clock(passed - days_passed);
-  const auto word = [](auto value) { return static_cast<std::uint16_t>(value); };
-  return {word(static_cast<int>(date.year())), word(static_cast<unsigned>(date.month())),
-          word(weekday(day).c_encoding()),     word(static_cast<unsigned>(date.day())),
-          word(clock.hours().count()),         word(clock.minutes().count()),
-          word(clock.seconds().count()),       word(clock.subseconds().count())};
-}
-
 // A date that there is not keeps the day of the week it was given with.
 coredll::SYSTEMTIME WithDayOfWeek(coredll::SYSTEMTIME time) {
   using namespace std::chrono;
@@ -105,6 +91,20 @@ void ResetSystem() {
 
 void SetLocalTime(std::optional<coredll::SYSTEMTIME> now) {
   phone.set_time = now;
+}
+
+coredll::SYSTEMTIME SystemTimeOf(std::int64_t file_time) {
+  using namespace std::chrono;
+  using Ticks = duration<std::int64_t, std::ratio<1, 1000 * static_cast<std::int64_t>(kTicksPerMillisecond)>>;
+  const auto instant = sys_days(year(1601) / January / 1) + floor<milliseconds>(Ticks(file_time));
+  const auto day = floor<days>(instant);
+  const year_month_day date(day);
+  const hh_mm_ss clock(instant - day);
+  const auto word = [](auto value) { return static_cast<std::uint16_t>(value); };
+  return {word(static_cast<int>(date.year())), word(static_cast<unsigned>(date.month())),
+          word(weekday(day).c_encoding()),     word(static_cast<unsigned>(date.day())),
+          word(clock.hours().count()),         word(clock.minutes().count()),
+          word(clock.seconds().count()),       word(clock.subseconds().count())};
 }
 
 const std::vector<PostedMessage>& PostedMessages() {
@@ -168,7 +168,7 @@ BOOL FileTimeToSystemTime(const FILETIME* file_time, SYSTEMTIME* time) {
       std::memset(time, kRubbish, sizeof(*time));
       return Fail(Error::kInvalidParameter, kFalse);
     }
-    *time = FromFileTimeTicks(ticks);
+    *time = SystemTimeOf(static_cast<std::int64_t>(ticks));
     return kTrue;
   });
 }

@@ -9,41 +9,6 @@
 
 namespace {
 
-// The forms of the entry points.
-using InitializeFunction = std::int32_t(std::uint32_t reserved);
-using UnInitializeFunction = std::int32_t();
-using CountFunction = std::int32_t(std::int32_t* count);
-using ListFunction = std::int32_t(std::int32_t* count, void* entries);
-using ReadFunction = std::int32_t(const std::uint32_t* ids, std::int32_t count, void* records);
-using DeleteFunction = std::int32_t(const std::uint32_t* ids, std::int32_t count);
-using AddFunction = std::int32_t(const void* records, std::int32_t count, std::uint32_t* new_ids);
-using UpdateFunction = std::int32_t(const std::uint32_t* ids, std::int32_t count, const void* records);
-using FindFunction = std::int32_t(const char16_t* name, std::int32_t* found, std::uint32_t* id);
-using QueryMembershipsFunction = std::int32_t(std::int32_t count, void* memberships);
-using ApplyMembershipsFunction = std::int32_t(std::int32_t count, const void* memberships);
-using DownloadPictureFunction = std::int32_t(std::uint32_t id, void* picture);
-using LoadPictureFunction = std::int32_t(const void* picture, std::uint32_t* new_id);
-using DeletePictureFunction = std::int32_t(std::uint32_t id);
-
-}  // namespace
-
-STORE_ENTRY_POINT InitializeFunction DTP_Initialize;
-STORE_ENTRY_POINT UnInitializeFunction DTP_UnInitialize;
-STORE_ENTRY_POINT CountFunction DTP_PIMGetAllManNum, DTP_PIMGetAllGroupNum;
-STORE_ENTRY_POINT ListFunction DTP_PIMGetAllmanSyncid, DTP_PIMGetAllgroupSyncid;
-STORE_ENTRY_POINT ReadFunction DTP_PIMReadman, DTP_PIMReadgroup;
-STORE_ENTRY_POINT DeleteFunction DTP_PIMDeleteMan, DTP_PIMDeleteGroup;
-STORE_ENTRY_POINT AddFunction DTP_PIMAddManToUnGroup, DTP_PIMAddGroup;
-STORE_ENTRY_POINT UpdateFunction DTP_PIMUpdateMan, DTP_PIMUpdateGroup;
-STORE_ENTRY_POINT FindFunction DTP_PIMFindmanSyncidByName, DTP_PIMFindgroupSyncidByName;
-STORE_ENTRY_POINT QueryMembershipsFunction DTP_PIMQueryManAttachGroup;
-STORE_ENTRY_POINT ApplyMembershipsFunction DTP_PIMPhoneAddToGroups, DTP_PIMModifyManToGroup;
-STORE_ENTRY_POINT DownloadPictureFunction DTP_DownloadingImage;
-STORE_ENTRY_POINT LoadPictureFunction DTP_LoadingImage;
-STORE_ENTRY_POINT DeletePictureFunction DTP_DeleteImage;
-
-namespace {
-
 using namespace qv::contacts;
 using qv::layout::LoadSlot;
 using qv::layout::StoreSlot;
@@ -111,83 +76,85 @@ std::int32_t ApplyMemberships(PutIntoGroups put, std::int32_t count, const void*
 
 }  // namespace
 
-std::int32_t DTP_Initialize(std::uint32_t) {
+STORE_ENTRY_POINT std::int32_t DTP_Initialize(std::uint32_t) {
   return Signed(library.Begin());
 }
 
-std::int32_t DTP_UnInitialize() {
+STORE_ENTRY_POINT std::int32_t DTP_UnInitialize() {
   return Signed(library.End());
 }
 
-std::int32_t DTP_PIMGetAllManNum(std::int32_t* count) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMGetAllManNum(std::int32_t* count) {
   return Signed(library.Count(kContacts, Unsigned(count)));
 }
 
-std::int32_t DTP_PIMGetAllGroupNum(std::int32_t* count) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMGetAllGroupNum(std::int32_t* count) {
   return Signed(library.Count(kContactGroups, Unsigned(count)));
 }
 
-std::int32_t DTP_PIMGetAllmanSyncid(std::int32_t* count, void* entries) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMGetAllmanSyncid(std::int32_t* count, void* entries) {
   return Signed(library.List(kContacts, Unsigned(count), entries));
 }
 
-std::int32_t DTP_PIMGetAllgroupSyncid(std::int32_t* count, void* entries) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMGetAllgroupSyncid(std::int32_t* count, void* entries) {
   return Signed(library.List(kContactGroups, Unsigned(count), entries));
 }
 
-std::int32_t DTP_PIMReadman(const std::uint32_t* ids, std::int32_t count, void* records) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMReadman(const std::uint32_t* ids, std::int32_t count, void* records) {
   return Signed(library.Read(kContacts, Unsigned(count), ids, records));
 }
 
-std::int32_t DTP_PIMReadgroup(const std::uint32_t* ids, std::int32_t count, void* records) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMReadgroup(const std::uint32_t* ids, std::int32_t count, void* records) {
   return Signed(library.Read(kContactGroups, Unsigned(count), ids, records));
 }
 
-std::int32_t DTP_PIMDeleteMan(const std::uint32_t* ids, std::int32_t count) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMDeleteMan(const std::uint32_t* ids, std::int32_t count) {
   return Signed(library.Delete(kContacts, Unsigned(count), ids));
 }
 
-std::int32_t DTP_PIMDeleteGroup(const std::uint32_t* ids, std::int32_t count) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMDeleteGroup(const std::uint32_t* ids, std::int32_t count) {
   return Signed(library.Delete(kContactGroups, Unsigned(count), ids));
 }
 
-std::int32_t DTP_PIMAddManToUnGroup(const void* records, std::int32_t count, std::uint32_t* new_ids) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMAddManToUnGroup(const void* records, std::int32_t count, std::uint32_t* new_ids) {
   return Signed(library.InsertBatch(kContacts, Unsigned(count), records, new_ids));
 }
 
-std::int32_t DTP_PIMAddGroup(const void* records, std::int32_t count, std::uint32_t* new_ids) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMAddGroup(const void* records, std::int32_t count, std::uint32_t* new_ids) {
   return Signed(library.InsertBatch(kContactGroups, Unsigned(count), records, new_ids));
 }
 
-std::int32_t DTP_PIMUpdateMan(const std::uint32_t* ids, std::int32_t count, const void* records) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMUpdateMan(const std::uint32_t* ids, std::int32_t count, const void* records) {
   return Signed(library.UpdateBatch(kContacts, Unsigned(count), ids, records));
 }
 
-std::int32_t DTP_PIMUpdateGroup(const std::uint32_t* ids, std::int32_t count, const void* records) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMUpdateGroup(const std::uint32_t* ids, std::int32_t count, const void* records) {
   return Signed(library.UpdateBatch(kContactGroups, Unsigned(count), ids, records));
 }
 
-std::int32_t DTP_PIMFindmanSyncidByName(const char16_t* name, std::int32_t* found, std::uint32_t* id) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMFindmanSyncidByName(const char16_t* name, std::int32_t* found,
+                                                          std::uint32_t* id) {
   return Find(kContacts, name, found, id);
 }
 
-std::int32_t DTP_PIMFindgroupSyncidByName(const char16_t* name, std::int32_t* found, std::uint32_t* id) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMFindgroupSyncidByName(const char16_t* name, std::int32_t* found,
+                                                            std::uint32_t* id) {
   return Find(kContactGroups, name, found, id);
 }
 
-std::int32_t DTP_PIMQueryManAttachGroup(std::int32_t count, void* memberships) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMQueryManAttachGroup(std::int32_t count, void* memberships) {
   return OnMemberships(count, static_cast<std::uint8_t*>(memberships), FillIn);
 }
 
-std::int32_t DTP_PIMPhoneAddToGroups(std::int32_t count, const void* memberships) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMPhoneAddToGroups(std::int32_t count, const void* memberships) {
   return ApplyMemberships(&ContactDatabase::AddToGroups, count, memberships);
 }
 
-std::int32_t DTP_PIMModifyManToGroup(std::int32_t count, const void* memberships) {
+STORE_ENTRY_POINT std::int32_t DTP_PIMModifyManToGroup(std::int32_t count, const void* memberships) {
   return ApplyMemberships(&ContactDatabase::ReplaceGroups, count, memberships);
 }
 
-std::int32_t DTP_DownloadingImage(std::uint32_t id, void* picture) {
+STORE_ENTRY_POINT std::int32_t DTP_DownloadingImage(std::uint32_t id, void* picture) {
   return Signed(library.Call([&](const ContactDatabase& contacts) {
     stores::Expect({picture});
     const std::vector<std::uint8_t> data = contacts.ReadPicture(id);
@@ -199,7 +166,7 @@ std::int32_t DTP_DownloadingImage(std::uint32_t id, void* picture) {
   }));
 }
 
-std::int32_t DTP_LoadingImage(const void* picture, std::uint32_t* new_id) {
+STORE_ENTRY_POINT std::int32_t DTP_LoadingImage(const void* picture, std::uint32_t* new_id) {
   return Signed(library.Call([&](ContactDatabase& contacts) {
     stores::Expect({picture, new_id});
     library.RefuseIfSet(stores::kPictureRefusal);
@@ -211,6 +178,6 @@ std::int32_t DTP_LoadingImage(const void* picture, std::uint32_t* new_id) {
   }));
 }
 
-std::int32_t DTP_DeleteImage(std::uint32_t id) {
+STORE_ENTRY_POINT std::int32_t DTP_DeleteImage(std::uint32_t id) {
   return Signed(library.Call([&](ContactDatabase& contacts) { contacts.DeletePicture(id); }));
 }

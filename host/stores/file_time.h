@@ -18,14 +18,7 @@ struct CalendarTime {
 };
 static_assert(sizeof(CalendarTime) == 12);
 
-/// The same to the millisecond, as a SYSTEMTIME lies in memory; weeks begin with Sunday, 0.
-struct SystemTime {
-  std::uint16_t year, month, day_of_week, day, hour, minute, second, millisecond;
-};
-static_assert(sizeof(SystemTime) == 16);
-
-// What is finer is dropped.
-SystemTime SystemTimeOf(FileTime time);
+/// What is finer is dropped.
 CalendarTime CalendarTimeOf(FileTime time);
 
 }  // namespace stores

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/handset/handset.h"
 #include "host/stores/file_time.h"
 #include "layout/time_text.h"
 
@@ -22,7 +23,7 @@ void PutTime(FileTime time, qv::SyncInfoForm::Time form, std::uint8_t* to) {
   using Time = qv::SyncInfoForm::Time;
   switch (form) {
     case Time::kFileTime: return Put(time, to);
-    case Time::kSystemTime: return Put(SystemTimeOf(time), to);
+    case Time::kSystemTime: return Put(handset::SystemTimeOf(time), to);
     case Time::kSixWords: return Put(CalendarTimeOf(time), to);
     case Time::kText: return PutText(CalendarTimeOf(time), to);
   }

@@ -16,11 +16,15 @@ constexpr std::size_t kPartSize = 4;
 
 }  // namespace
 
-coredll::FILETIME ToFileTime(std::span<const std::uint32_t> parts) {
-  coredll::SYSTEMTIME system_time = {};
-  for (std::size_t i = 0; i < parts.size(); ++i) system_time.*kParts[i] = static_cast<std::uint16_t>(parts[i]);
+coredll::FILETIME ToFileTime(const coredll::SYSTEMTIME& time) {
   coredll::FILETIME file_time = {};
-  return coredll::SystemTimeToFileTime(&system_time, &file_time) != 0 ? file_time : coredll::FILETIME{};
+  return coredll::SystemTimeToFileTime(&time, &file_time) != 0 ? file_time : coredll::FILETIME{};
+}
+
+coredll::FILETIME ToFileTime(std::span<const std::uint32_t> parts) {
+  coredll::SYSTEMTIME time = {};
+  for (std::size_t i = 0; i < parts.size(); ++i) time.*kParts[i] = static_cast<std::uint16_t>(parts[i]);
+  return ToFileTime(time);
 }
 
 void PutFileTimeNumbers(const std::uint8_t* file_time, std::uint8_t* numbers, std::size_t size) {

@@ -12,7 +12,9 @@ namespace qv::layout {
 
 inline constexpr std::uint16_t kFileTimeSize = 8;  ///< Two words, the low one first.
 
-/// Year, month, day, hour, minute and second, and milliseconds if there are seven; 0 for a time that does not exist.
+/// 0 for a time that does not exist.
+coredll::FILETIME ToFileTime(const coredll::SYSTEMTIME& time);
+/// The same from year, month, day, hour, minute and second, and milliseconds if there are seven.
 coredll::FILETIME ToFileTime(std::span<const std::uint32_t> parts);
 
 /// Tells a FILETIME in `size` bytes: six or seven numbers of 32 bits, the same as above. All are 0 for one that the

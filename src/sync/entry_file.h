@@ -3,8 +3,8 @@
 #ifndef QV_SYNC_ENTRY_FILE_H
 #define QV_SYNC_ENTRY_FILE_H
 
+#include <array>
 #include <cstddef>
-#include <cstdint>
 #include <iterator>
 #include <type_traits>
 
@@ -13,78 +13,51 @@
 
 namespace qv {
 
+/// Entries that pass in one call.
 template <typename Entry>
-class EntryBuffer {
-  static_assert(std::is_trivially_copyable_v<Entry>, "entries lie in files as they lie in memory");
-
- protected:
-  static constexpr std::size_t kRoom = 64;
-  Entry entries_[kRoom];
-};
+requires std::is_trivially_copyable_v<Entry>  // They lie in files as they lie in memory.
+using EntryBuffer = std::array<Entry, 64>;
 
 template <typename Entry>
-class EntryWriter : EntryBuffer<Entry> {
+class EntryWriter {
  public:
   explicit EntryWriter(File& file) : file_(file) {}
 
   /// False when the file could not take what was written so far.
   [[nodiscard]] bool Append(const Entry& entry) {
-    this->entries_[count_++] = entry;
-    return count_ < this->kRoom || Flush();
+    entries_[count_++] = entry;
+    return count_ < entries_.size() || Flush();
   }
 
   /// Must be called after the last Append: until then entries wait in the buffer.
   [[nodiscard]] bool Flush() {
     const std::size_t bytes = count_ * sizeof(Entry);
     count_ = 0;
-    return bytes == 0 || file_.Write(this->entries_, bytes);
+    return bytes == 0 || file_.Write(entries_.data(), bytes);
   }
 
  private:
   File& file_;
+  EntryBuffer<Entry> entries_;
   std::size_t count_ = 0;
 };
 
-template <typename Entry>
-class EntryReader : EntryBuffer<Entry> {
- public:
-  enum class Outcome : std::uint8_t { kEntry, kEnd, kFailed };
-
-  explicit EntryReader(File& file) : file_(file) {}
-
-  /// The next whole entry; a torn one at the end of the file is passed over.
-  Outcome Next(Entry& entry) {
-    if (next_ == count_) {
-      std::size_t got = 0;
-      if (!file_.Read(this->entries_, sizeof(this->entries_), got)) return Outcome::kFailed;
-      count_ = got / sizeof(Entry);
-      next_ = 0;
-      if (count_ == 0) return Outcome::kEnd;
-    }
-    entry = this->entries_[next_++];
-    return Outcome::kEntry;
-  }
-
- private:
-  File& file_;
-  std::size_t count_ = 0;
-  std::size_t next_ = 0;
-};
-
-/// Hands each entry of a file to `take`, which answers a Result, until one fails. kFileFailed when there is no file,
-/// kFileUnreadable, or what `take` answers.
+/// Hands each whole entry of a file to `take`, which answers a Result, until one fails; a torn one at the end of the
+/// file is passed over. kFileFailed when there is no file, kFileUnreadable, or what `take` answers.
 template <typename Entry, typename Take>
 Result ForEachEntry(const char16_t* path, Take take) {
-  using Reader = EntryReader<Entry>;
   File file = File::OpenExisting(path);
   if (!file.IsOpen()) return Result::kFileFailed;
-  Reader reader(file);
-  Entry entry;
-  typename Reader::Outcome outcome;
-  while ((outcome = reader.Next(entry)) == Reader::Outcome::kEntry) {
-    if (const Result taken = take(entry); IsFailure(taken)) return taken;
+  for (;;) {
+    EntryBuffer<Entry> entries;
+    std::size_t got = 0;
+    if (!file.Read(entries.data(), sizeof(entries), got)) return Result::kFileUnreadable;
+    const std::size_t count = got / sizeof(Entry);
+    if (count == 0) return Result::kOk;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (const Result taken = take(entries[i]); IsFailure(taken)) return taken;
+    }
   }
-  return outcome == Reader::Outcome::kEnd ? Result::kOk : Result::kFileUnreadable;
 }
 
 /// Writes a file of these entries. kFileFailed.

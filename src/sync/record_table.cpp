@@ -12,10 +12,6 @@ bool Exists(const layout::Slot& slot) {
   return slot.form != layout::Form::kNone;
 }
 
-bool IsStatus(const EntryPoint& count) {
-  return std::find(count.arguments.begin(), count.arguments.end(), Argument::kCountPlace) != count.arguments.end();
-}
-
 }  // namespace
 
 bool RecordTable::LookUp(Use use) {
@@ -27,7 +23,7 @@ bool RecordTable::LookUp(Use use) {
 Result RecordTable::Count(std::uint32_t& count) const {
   if (!IsCounted()) {
     count = facts_.uncounted_room;
-  } else if (!IsStatus(facts_.calls.count)) {
+  } else if (!facts_.calls.count.Takes(Argument::kCountPlace)) {
     count = count_.Answer({.table = number_});
   } else {
     count = 0;

@@ -137,13 +137,13 @@ class RecordTable {
   Result QueueRecords(File* change_list, SyncInfoList& info) const;
   /// Fills cleared records. False when the store fails.
   [[nodiscard]] bool Read(std::span<const std::uint32_t> ids, void* records) const;
-  /// Creates the exchange table.
   File CreateExchangeTable() const { return File::CreateAlways(call_.PathOf(names().exchange_file)); }
 
   /// Rewrites the table's snapshot log from the store. An empty log for an empty table, which is told; kFileFailed,
   /// kEntryPointMissing, or as ListRecords.
   Result WriteSnapshot();
 
+  File OpenExchangeTable() const { return File::OpenExisting(call_.PathOf(names().exchange_file)); }
   /// Applies the exchange table. kFileFailed when there is none, kEntryPointMissing, kFileUnreadable, kNoMemory,
   /// kInsertFailed, kUpdateFailed.
   Result Apply(const Applying& applying);
@@ -152,7 +152,6 @@ class RecordTable {
   ~RecordTable() = default;
 
   const Library& store() const { return call_.store(); }
-  File OpenExchangeTable() const { return File::OpenExisting(call_.PathOf(names().exchange_file)); }
 
   /// Reads the records of these ids, `batch` in one call, and writes them to the exchange table. When it is not open it
   /// is created as soon as the first records are there. kNoMemory, kReadFailed; kFileFailed with facts().written.

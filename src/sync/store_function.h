@@ -3,6 +3,7 @@
 #ifndef QV_SYNC_STORE_FUNCTION_H
 #define QV_SYNC_STORE_FUNCTION_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -37,6 +38,10 @@ struct EntryPoint {
   const char16_t* name = nullptr;
   std::array<Argument, kMostArguments> arguments = {};
   SuccessNumbers success = {};
+
+  constexpr bool Takes(Argument argument) const {
+    return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
+  }
 };
 
 /// What the arguments of one call are; those that the entry point does not take are not looked at.

@@ -2,6 +2,7 @@
 #include "sync/sync_info.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "layout/bytes.h"
 #include "layout/file_time.h"
@@ -20,20 +21,18 @@ layout::TimeOfSix SixWords(const std::uint8_t* words) {
   return time;
 }
 
-layout::TimeOfSix SixOfSystemTime(const std::uint8_t* system_time) {
-  constexpr std::size_t kOffsets[layout::kTimeParts] = {
-      offsetof(coredll::SYSTEMTIME, wYear),   offsetof(coredll::SYSTEMTIME, wMonth),
-      offsetof(coredll::SYSTEMTIME, wDay),    offsetof(coredll::SYSTEMTIME, wHour),
-      offsetof(coredll::SYSTEMTIME, wMinute), offsetof(coredll::SYSTEMTIME, wSecond)};
-  layout::TimeOfSix time;
-  for (std::size_t i = 0; i < layout::kTimeParts; ++i) time[i] = layout::LoadNumber(system_time + kOffsets[i], 2);
-  return time;
+coredll::FILETIME OfSystemTime(const std::uint8_t* bytes) {
+  coredll::SYSTEMTIME time;
+  std::memcpy(&time, bytes, sizeof(time));
+  time.wDayOfWeek = 0;
+  time.wMilliseconds = 0;
+  return layout::ToFileTime(time);
 }
 
 coredll::FILETIME TimeOf(const std::uint8_t* entry, const SyncInfoForm& form) {
   const std::uint8_t* const time = entry + form.time_offset;
   switch (form.time) {
-    case SyncInfoForm::Time::kSystemTime: return layout::ToFileTime(SixOfSystemTime(time));
+    case SyncInfoForm::Time::kSystemTime: return OfSystemTime(time);
     case SyncInfoForm::Time::kSixWords: return layout::ToFileTime(SixWords(time));
     case SyncInfoForm::Time::kText: return layout::ToFileTime(layout::ParseTimeText(time));
     case SyncInfoForm::Time::kFileTime: break;

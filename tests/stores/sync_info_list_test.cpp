@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "host/handset/handset.h"
 #include "host/stores/file_time.h"
 
 namespace {
@@ -66,10 +67,10 @@ TEST(FileTimeTest, AnyTimeHasSixNumbers) {
 }
 
 TEST(FileTimeTest, ASystemTimeHasTheDayOfTheWeekAndTheMillisecondsToo) {
-  const stores::SystemTime t = stores::SystemTimeOf(0x01C611D6D800AE07);
-  EXPECT_THAT((std::array{t.year, t.month, t.day_of_week, t.day, t.hour, t.minute, t.second, t.millisecond}),
+  const coredll::SYSTEMTIME t = handset::SystemTimeOf(0x01C611D6D800AE07);
+  EXPECT_THAT((std::array{t.wYear, t.wMonth, t.wDayOfWeek, t.wDay, t.wHour, t.wMinute, t.wSecond, t.wMilliseconds}),
               ElementsAre(2006, 1, 4, 5, 9, 3, 7, 123));
-  EXPECT_EQ(stores::SystemTimeOf(0).day_of_week, 1);  // A Monday.
+  EXPECT_EQ(handset::SystemTimeOf(0).wDayOfWeek, 1);  // A Monday.
 }
 
 }  // namespace

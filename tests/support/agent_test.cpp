@@ -80,6 +80,11 @@ void PutTextWithEnd(Bytes& bytes, std::size_t offset, std::u16string_view text) 
   Put16(bytes, offset + 2 * text.size(), 0);
 }
 
+void PutUsedText(Bytes& bytes, std::size_t offset, std::u16string_view text) {
+  PutTextWithEnd(bytes, offset, text);
+  PutText(bytes, offset + 2 * text.size() + 2, u"old");
+}
+
 std::uint32_t Get32(const Bytes& bytes, std::size_t offset) {
   return bytes.at(offset) | std::uint32_t{bytes.at(offset + 1)} << 8 | std::uint32_t{bytes.at(offset + 2)} << 16 |
          std::uint32_t{bytes.at(offset + 3)} << 24;
@@ -108,6 +113,13 @@ Bytes TableOf(Bytes (*record)(std::uint32_t id), std::initializer_list<std::uint
   Bytes table;
   for (const std::uint32_t id : ids) Append(table, record(id));
   return table;
+}
+
+Bytes WithByteTurned(Bytes converted, std::span<const CopiedBytes> copied, std::size_t at) {
+  for (const CopiedBytes& field : copied) {
+    if (at >= field.from && at < field.from + field.size) converted.at(field.to + at - field.from) ^= 0x40;
+  }
+  return converted;
 }
 
 std::vector<Bytes> Split(const Bytes& table, std::size_t record_size) {

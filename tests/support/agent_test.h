@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,6 +62,8 @@ void Put32(Bytes& bytes, std::size_t offset, std::uint32_t value);
 void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text);
 /// Text and its NUL; what follows keeps its bytes.
 void PutTextWithEnd(Bytes& bytes, std::size_t offset, std::u16string_view text);
+/// Text behind whose NUL something else still lies.
+void PutUsedText(Bytes& bytes, std::size_t offset, std::u16string_view text);
 std::uint32_t Get32(const Bytes& bytes, std::size_t offset);
 /// 12-byte entries one after another: snapshots, change lists, id maps.
 Bytes Words(std::initializer_list<std::uint32_t> words);
@@ -68,6 +71,13 @@ std::vector<std::uint32_t> ToWords(const Bytes& bytes);
 void Append(Bytes& bytes, const Bytes& more);
 /// A table of records, one for each id.
 Bytes TableOf(Bytes (*record)(std::uint32_t id), std::initializer_list<std::uint32_t> ids);
+
+/// A run of bytes that one form takes from another.
+struct CopiedBytes {
+  std::size_t from, size, to;
+};
+/// What becomes of a converted record when a byte of its source is turned over.
+Bytes WithByteTurned(Bytes converted, std::span<const CopiedBytes> copied, std::size_t at);
 /// A table as its records; the test fails unless it is whole ones.
 std::vector<Bytes> Split(const Bytes& table, std::size_t record_size);
 

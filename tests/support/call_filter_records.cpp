@@ -38,13 +38,6 @@ constexpr TimeByHand kGroupTimes[] = {
 static_assert(std::size(kGroupTimes) == std::size(kFilterGroupTimes));
 constexpr FilterTime kFileTime0 = {1601, 1, 1, 0, 0, 0, 0};
 
-/// Text behind whose NUL something else still lies.
-void PutUsedText(Bytes& bytes, std::size_t offset, std::u16string_view text) {
-  PutText(bytes, offset, text);
-  Put16(bytes, offset + 2 * text.size(), 0);
-  PutText(bytes, offset + 2 * text.size() + 2, u"old");
-}
-
 void PutFileTime(Bytes& bytes, std::size_t offset, const TimeByHand& time) {
   Put32(bytes, offset, time.low);
   Put32(bytes, offset + 4, time.high);

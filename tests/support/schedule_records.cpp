@@ -10,13 +10,6 @@ constexpr char16_t kText1[] = u"Thirty-one characters, no NUL!!";
 constexpr char16_t kText1Cut[] = u"Thirty-one characters, no NUL!";
 static_assert(sizeof(kText1) == 2 * 32 && sizeof(kText1Cut) == 2 * 31);
 
-/// Text behind whose NUL something else still lies.
-void PutUsedText(Bytes& bytes, std::size_t offset, std::u16string_view text) {
-  PutText(bytes, offset, text);
-  Put16(bytes, offset + 2 * text.size(), 0);
-  PutText(bytes, offset + 2 * text.size() + 2, u"left over");
-}
-
 void PutBytes(Bytes& bytes, std::size_t offset, const Bytes& more) {
   std::copy(more.begin(), more.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }

@@ -16,13 +16,6 @@ static_assert(sizeof(kText2) == 2 * 41 && sizeof(kText2Cut) == 2 * 40);
 constexpr char16_t kBody[] = u"\u77ED\u4FE1: see you at the station";
 constexpr char16_t kName[] = u"Archive \u738B";
 
-/// Text behind whose NUL something else still lies.
-void PutUsedText(Bytes& bytes, std::size_t offset, std::u16string_view text) {
-  PutText(bytes, offset, text);
-  Put16(bytes, offset + 2 * text.size(), 0);
-  PutText(bytes, offset + 2 * text.size() + 2, u"old");
-}
-
 void PutNumbers(Bytes& bytes, std::size_t offset, const std::array<std::uint32_t, 6>& numbers) {
   for (std::size_t i = 0; i < numbers.size(); ++i) Put32(bytes, offset + 4 * i, numbers[i]);
 }
@@ -266,13 +259,6 @@ Bytes SmsConfigFile(const SmsSections& sections) {
   Bytes file = SmsConfigHeader(counts);
   for (const Bytes& section : sections) Append(file, section);
   return file;
-}
-
-Bytes WithByteTurned(Bytes converted, std::span<const CopiedBytes> copied, std::size_t at) {
-  for (const CopiedBytes& field : copied) {
-    if (at >= field.from && at < field.from + field.size) converted.at(field.to + at - field.from) ^= 0x40;
-  }
-  return converted;
 }
 
 }  // namespace qv_test

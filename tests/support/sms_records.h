@@ -58,13 +58,6 @@ Bytes SmsConfigHeader(const std::array<std::uint32_t, kSmsSections>& counts);
 /// A whole smsconf.tbl with these entries.
 Bytes SmsConfigFile(const SmsSections& sections);
 
-/// A run of bytes that one form takes from another.
-struct CopiedBytes {
-  std::size_t from, size, to;
-};
-/// What becomes of a converted record when a byte of its source is turned over.
-Bytes WithByteTurned(Bytes converted, std::span<const CopiedBytes> copied, std::size_t at);
-
 }  // namespace qv_test
 
 #endif  // QV_TESTS_SUPPORT_SMS_RECORDS_H

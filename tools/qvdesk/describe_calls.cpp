@@ -37,10 +37,6 @@ const char* WordsFor(Argument argument) {
   return "";
 }
 
-bool AnswersStatus(const EntryPoint& count) {
-  return std::ranges::find(count.arguments, Argument::kCountPlace) != count.arguments.end();
-}
-
 std::string SuccessOf(const EntryPoint& entry_point) {
   const auto [least, most] = entry_point.success;
   return least == most ? std::to_string(least) : fmt::format("{} to {}", least, most);
@@ -57,7 +53,7 @@ std::string Row(const char* call, const EntryPoint& entry_point, const std::stri
 }
 
 std::string CallsOf(const qv::TableCalls& calls) {
-  const std::string count = AnswersStatus(calls.count) ? SuccessOf(calls.count) : "the count";
+  const std::string count = calls.count.Takes(Argument::kCountPlace) ? SuccessOf(calls.count) : "the count";
   return Row("count", calls.count, count) + Row("list", calls.list, SuccessOf(calls.list)) +
          Row("read", calls.read, SuccessOf(calls.read)) + Row("insert", calls.insert, SuccessOf(calls.insert)) +
          Row("update", calls.update, SuccessOf(calls.update));

@@ -116,7 +116,7 @@ Result ContactsHandler::ApplyPictures() {
 
 Result ContactsHandler::ApplyTable(const RecordTable& table, const Applying& applying) {
   const std::size_t record_size = table.names().layout->exchange_size;
-  File exchange_table = File::OpenExisting(call_.PathOf(table.names().exchange_file));
+  File exchange_table = table.OpenExchangeTable();
   if (!exchange_table.IsOpen()) return Result::kFileFailed;
   TableWriter writer(table.number(), applying);
   if (const Result opened = writer.Open(call_.store()); IsFailure(opened)) return opened;

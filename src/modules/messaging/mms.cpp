@@ -15,6 +15,7 @@ using GetConfigFunction = std::uint32_t(std::uint8_t** block, std::uint32_t* siz
 using SetConfigFunction = std::uint32_t(const std::uint8_t* block, std::uint32_t size);
 
 constexpr std::size_t kBatch = kTableFacts[kMainTable].read_batch;
+static_assert(kTableFacts[kMainTable].read_batch_incrementally <= kBatch);
 
 /// The messages of one call of the store, with their blocks.
 class Batch {

@@ -6,7 +6,6 @@
 #include "tests/support/call_filter_records.h"
 #include "tests/support/run_events.h"
 #include "tests/support/scripted_call_filter_store.h"
-#include "tests/support/sms_records.h"
 
 namespace qv_test {
 namespace {

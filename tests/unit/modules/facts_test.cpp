@@ -35,10 +35,8 @@ TEST(ModuleFactsTest, ACallThatIsToldTheGroupKnowsWhereItStands) {
   for (const ModuleFacts* const facts : kModules) {
     for (const RecordTableFacts& table : facts->tables) {
       for (const EntryPoint* const call : {&table.calls.insert, &table.calls.update}) {
-        for (const Argument argument : call->arguments) {
-          if (argument == Argument::kGroup) {
-            EXPECT_NE(table.group_argument.form, layout::Form::kNone);
-          }
+        if (call->Takes(Argument::kGroup)) {
+          EXPECT_NE(table.group_argument.form, layout::Form::kNone);
         }
       }
     }
