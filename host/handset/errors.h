@@ -11,8 +11,8 @@ namespace handset {
 
 enum class Error : coredll::DWORD {
   kNone = 0,
-  kFileNotFound = 2,
-  kPathNotFound = 3,
+  kFileNotFound = coredll::ERROR_FILE_NOT_FOUND,
+  kPathNotFound = coredll::ERROR_PATH_NOT_FOUND,
   kTooManyOpenFiles = 4,
   kAccessDenied = 5,
   kInvalidHandle = 6,
@@ -20,6 +20,7 @@ enum class Error : coredll::DWORD {
   kNoMoreFiles = 18,
   kGeneralFailure = 31,
   kSharingViolation = 32,
+  kFileExists = 80,
   kInvalidParameter = 87,
   kDiskFull = 112,
   kInvalidName = 123,

@@ -16,7 +16,7 @@ namespace {
 // left behind through no fault of the agent.
 // clang-format off
 constexpr std::string_view kFallible[] = {
-    "CreateFileW", "ReadFile", "WriteFile", "GetFileSize", "DeleteFileW", "FindFirstFileW", "FindNextFileW", "GetDiskFreeSpaceExW",
+    "CreateFileW", "ReadFile", "WriteFile", "GetFileSize", "DeleteFileW", "CopyFileW", "FindFirstFileW", "FindNextFileW", "GetDiskFreeSpaceExW",
     "LoadLibraryW", "GetProcAddressW", "SystemTimeToFileTime", "FileTimeToSystemTime",
     "FindWindowW", "PostMessageW", "CreateSemaphoreW", "SetSystemMemoryDivision",
     "malloc", "realloc",

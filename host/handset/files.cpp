@@ -86,22 +86,23 @@ std::uint64_t SizeOf(const std::filesystem::path& path) {
   return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-coredll::HANDLE Open(std::u16string_view name, DWORD use, DWORD share, DWORD disposition) {
-  const coredll::HANDLE failure = coredll::INVALID_HANDLE_VALUE;
+// Null, with the last error set, when it cannot be opened.
+std::unique_ptr<File> Open(std::u16string_view name, DWORD use, DWORD share, DWORD disposition) {
+  const auto refuse = [](Error error) { return Fail(error, std::unique_ptr<File>()); };
   // No file of the handset can have such a name, though the host's could.
-  if (name.find_first_of(u"*?<>|\":") != std::u16string_view::npos) return Fail(Error::kInvalidName, failure);
+  if (name.find_first_of(u"*?<>|\":") != std::u16string_view::npos) return refuse(Error::kInvalidName);
   const std::filesystem::path path = HostPath(name);
-  if (const Error obstacle = Obstacle(path, disposition); obstacle != Error::kNone) return Fail(obstacle, failure);
-  if (IsOpenAgainst(path, use, share)) return Fail(Error::kSharingViolation, failure);
+  if (const Error obstacle = Obstacle(path, disposition); obstacle != Error::kNone) return refuse(obstacle);
+  if (IsOpenAgainst(path, use, share)) return refuse(Error::kSharingViolation);
 
   const bool creates = disposition == coredll::CREATE_ALWAYS;
   const bool existed = creates && IsFile(path);
   const std::uint64_t truncated = creates ? SizeOf(path) : 0;
   auto file = std::make_unique<File>(name, path, use, share);
-  if (!file->Open(creates ? O_CREAT | O_TRUNC : 0)) return Fail(ErrorFromErrno(), failure);
+  if (!file->Open(creates ? O_CREAT | O_TRUNC : 0)) return refuse(ErrorFromErrno());
   GiveBackRoom(truncated);
   SetLastError(existed ? Error::kAlreadyExists : Error::kNone);
-  return AddObject(std::move(file));
+  return file;
 }
 
 BOOL Delete(std::u16string_view name) {
@@ -128,6 +129,33 @@ BOOL Write(const File& file, const void* buffer, DWORD size, DWORD& written) {
   return kTrue;
 }
 
+// False, with the last error set, when the file cannot be read to its end or the other not hold it.
+bool CopyContents(const File& from, const File& to) {
+  std::vector<char> buffer(1 << 16);
+  for (;;) {
+    const ssize_t got = read(from.Descriptor(), buffer.data(), buffer.size());
+    if (got < 0) return Fail(ErrorFromErrno(), false);
+    if (got == 0) return true;
+    DWORD written = 0;
+    if (Write(to, buffer.data(), static_cast<DWORD>(got), written) == kFalse) return false;
+    if (written < static_cast<DWORD>(got)) return Fail(Error::kDiskFull, false);
+  }
+}
+
+// What could not be copied whole is taken away again.
+BOOL Copy(std::u16string_view from, std::u16string_view to, bool replace) {
+  const auto source = Open(from, kReading, kReading, coredll::OPEN_EXISTING);
+  if (source == nullptr) return kFalse;
+  if (!replace && IsFile(HostPath(to))) return Fail(Error::kFileExists, kFalse);
+  auto target = Open(to, kWriting, 0, coredll::CREATE_ALWAYS);
+  if (target == nullptr) return kFalse;
+  if (CopyContents(*source, *target)) return kTrue;
+  target.reset();
+  const auto error = static_cast<Error>(coredll::GetLastError());
+  Delete(to);
+  return Fail(error, kFalse);
+}
+
 }  // namespace
 
 unsigned CountOpenFiles() {
@@ -141,8 +169,10 @@ namespace coredll {
 using namespace handset;
 
 HANDLE CreateFileW(const char16_t* name, DWORD access, DWORD share, void*, DWORD disposition, DWORD, HANDLE) {
-  return PlatformCall({"CreateFileW", View(name), 0, {access, share, disposition}}, INVALID_HANDLE_VALUE,
-                      [&] { return Open(View(name), UseOf(access), share, disposition); });
+  return PlatformCall({"CreateFileW", View(name), 0, {access, share, disposition}}, INVALID_HANDLE_VALUE, [&] {
+    auto file = Open(View(name), UseOf(access), share, disposition);
+    return file == nullptr ? INVALID_HANDLE_VALUE : AddObject(std::move(file));
+  });
 }
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, void*) {
@@ -177,6 +207,11 @@ DWORD GetFileSize(HANDLE handle, DWORD* high) {
     if (high != nullptr) *high = static_cast<DWORD>(size >> 32);
     return static_cast<DWORD>(size);
   });
+}
+
+BOOL CopyFileW(const char16_t* from, const char16_t* to, BOOL fail_if_exists) {
+  return PlatformCall({"CopyFileW", View(from), 0, {static_cast<std::uint32_t>(fail_if_exists)}}, kFalse,
+                      [&] { return Copy(View(from), View(to), fail_if_exists == kFalse); });
 }
 
 BOOL DeleteFileW(const char16_t* name) {

@@ -10,6 +10,7 @@
 #include "host/handset/objects.h"
 #include "host/handset/paths.h"
 #include "host/handset/system.h"
+#include "host/handset/text.h"
 
 namespace handset {
 
@@ -19,6 +20,7 @@ void Start(const std::filesystem::path& root) {
   CloseAllObjects();
   ResetLibraries();
   ResetSystem();
+  ResetPrintedText();
   SetFreeSpace(std::nullopt);
   FreeAllBlocks();
   ResetErrors();

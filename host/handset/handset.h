@@ -48,8 +48,12 @@ void InstallLibraryHandle(std::u16string_view name, coredll::HMODULE handle);
 /// searched for in "\Windows" of the handset, then of this directory; a path likewise. An empty path takes it away.
 /// Kept by Start.
 void SetRom(const std::filesystem::path& rom);
+/// What the agent imports from MailStore.dll (platform/mail_store.h) is looked for at each call, in the library of this
+/// path, installed or a file, under the members' plain names; "CMailDBSync" is the constructor. It counts as no loaded
+/// library. A handset without it would not load the agent, so there the call ends the process.
+inline constexpr char16_t kMailStore[] = u"\\SystemData\\dll\\MailStore.dll";
 
-// --- Windows, semaphores, memory division ---
+// --- Windows, semaphores, memory division, printed text ---
 
 struct PostedMessage {
   coredll::HWND window;
@@ -70,6 +74,9 @@ void DropSemaphore(std::u16string_view name);
 /// What SetSystemMemoryDivision answers, and the values it was called with.
 void AnswerMemoryDivision(std::uint32_t answer);
 const std::vector<std::uint32_t>& MemoryDivisions();
+
+/// All that was printed since Start, in the handset's code page.
+const std::string& PrintedText();
 
 // --- Storage ---
 

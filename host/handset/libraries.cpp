@@ -38,6 +38,7 @@ using Installed = std::variant<std::shared_ptr<const EntryPoints>, HMODULE>;
 std::filesystem::path rom_directory;
 std::map<std::u16string, Installed> installed;  // By InstalledKey.
 std::unordered_map<HMODULE, Library> loaded;
+std::map<std::u16string, Image> imported_files;  // By the name of the library, so that each is opened once.
 std::uintptr_t last_handle = 0x1000'0000;
 
 // One key for each way to spell a name: a bare one stays apart from a path of one name in the root.
@@ -71,12 +72,18 @@ HMODULE AddReference(const Image& image) {
   return handle;
 }
 
-HMODULE LoadFile(std::u16string_view name) {
+// Nothing but the last error when there is no such file, or it is no library.
+Image OpenFile(std::u16string_view name) {
   const std::filesystem::path file = FindLibraryFile(name);
-  if (file.empty()) return Fail<HMODULE>(Error::kLibraryNotFound, nullptr);
+  if (file.empty()) return Fail<Image>(Error::kLibraryNotFound, {});
   void* shared_object = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (shared_object == nullptr) return Fail<HMODULE>(Error::kNotALibrary, nullptr);
-  return AddReference({nullptr, std::shared_ptr<void>(shared_object, dlclose)});
+  if (shared_object == nullptr) return Fail<Image>(Error::kNotALibrary, {});
+  return {nullptr, std::shared_ptr<void>(shared_object, dlclose)};
+}
+
+HMODULE LoadFile(std::u16string_view name) {
+  const Image image = OpenFile(name);
+  return image.shared_object == nullptr ? nullptr : AddReference(image);
 }
 
 HMODULE Load(std::u16string_view name) {
@@ -94,7 +101,22 @@ FARPROC FindEntryPoint(const Image& image, std::u16string_view name) {
   return found == image.entry_points->end() ? nullptr : found->second;
 }
 
+const Image& ImportedFile(const std::u16string& name) {
+  const auto found = imported_files.find(name);
+  return found != imported_files.end() ? found->second : imported_files.emplace(name, OpenFile(name)).first->second;
+}
+
 }  // namespace
+
+FARPROC ImportOf(std::u16string_view library, std::u16string_view name) {
+  const auto found = installed.find(InstalledKey(library));
+  const auto* table = found == installed.end() ? nullptr : std::get_if<0>(&found->second);
+  const Image image = table == nullptr ? ImportedFile(std::u16string(library)) : Image{*table, nullptr};
+  const bool is_there = image.entry_points != nullptr || image.shared_object != nullptr;
+  const FARPROC function = is_there ? FindEntryPoint(image, name) : nullptr;
+  if (function == nullptr) Die("the agent needs " + Utf8(name) + " of " + Utf8(library) + ", which is not there");
+  return function;
+}
 
 void InstallLibrary(std::u16string_view name, EntryPoints entry_points) {
   installed[InstalledKey(name)] = std::make_shared<const EntryPoints>(std::move(entry_points));
@@ -117,6 +139,7 @@ unsigned CountLoadedLibraries() {
 void ResetLibraries() {
   installed.clear();
   loaded.clear();
+  imported_files.clear();
 }
 
 }  // namespace handset

@@ -1,5 +1,7 @@
 // Text in the handset's 8-bit code page, GBK, and formatted wide text. One character is converted at a time, because
 // what a full buffer must not split, and what has no counterpart, are single characters.
+#include "host/handset/text.h"
+
 #include <iconv.h>
 
 #include <cstdarg>
@@ -13,6 +15,8 @@ namespace handset {
 namespace {
 
 constexpr auto kUnconvertible = std::numeric_limits<std::size_t>::max();
+
+std::string printed;
 
 class Converter {
  public:
@@ -167,6 +171,15 @@ int StoreFormatted(char16_t* buffer, std::size_t size, std::u16string_view text)
 }
 
 }  // namespace
+
+const std::string& PrintedText() {
+  return printed;
+}
+
+void ResetPrintedText() {
+  printed.clear();
+}
+
 }  // namespace handset
 
 namespace coredll {
@@ -179,6 +192,20 @@ std::size_t wcstombs(char* bytes, const char16_t* text, std::size_t size) {
 
 std::size_t mbstowcs(char16_t* text, const char* bytes, std::size_t size) {
   return PlatformCall({"mbstowcs", {}, size}, kUnconvertible, [&] { return GbkToWide(text, bytes, size); });
+}
+
+int printf(const char* format, ...) {
+  Watch({"printf", {}, 0});
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  va_end(arguments);
+  std::string text(static_cast<std::size_t>(length), '\0');
+  va_start(arguments, format);
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  va_end(arguments);
+  printed += text;
+  return length;
 }
 
 int _snwprintf(char16_t* buffer, std::size_t size, const char16_t* format, ...) {

@@ -42,8 +42,18 @@ class SharedObject final : public AgentLibrary {
   std::unique_ptr<void, Close> library_;
 };
 
+/// The class's member that a decorated name means: "?InitCEDB@CMailDBSync@@QAEHXZ" is InitCEDB, and "??0CMailDBSync@@
+/// QAE@XZ", a constructor, has the class's name.
+std::string MemberOf(const std::string& decorated) {
+  const std::size_t begin = decorated.starts_with("??0") ? 3 : 1;
+  const std::size_t end = decorated.find('@');
+  return decorated.starts_with('?') && end > begin ? decorated.substr(begin, end - begin) : "";
+}
+
 void* ResolveImport(const std::string& library, const std::string& name) {
-  return library == "COREDLL.dll" ? dlsym(RTLD_DEFAULT, ("coredll_" + name).c_str()) : nullptr;
+  if (library == "COREDLL.dll") return dlsym(RTLD_DEFAULT, ("coredll_" + name).c_str());
+  if (library == "MailStore.dll") return dlsym(RTLD_DEFAULT, ("mailstore_" + MemberOf(name)).c_str());
+  return nullptr;
 }
 
 class HandsetLibrary final : public AgentLibrary {

@@ -1,6 +1,7 @@
 // The parts of a SYSTEMTIME, less the day of the week, which nobody tells.
 #include "layout/file_time.h"
 
+#include <cstring>
 #include <iterator>
 
 #include "layout/bytes.h"
@@ -13,6 +14,20 @@ constexpr std::uint16_t coredll::SYSTEMTIME::*kParts[] = {
     &coredll::SYSTEMTIME::wHour,        &coredll::SYSTEMTIME::wMinute, &coredll::SYSTEMTIME::wSecond,
     &coredll::SYSTEMTIME::wMilliseconds};
 constexpr std::size_t kPartSize = 4;
+
+coredll::SYSTEMTIME LoadParts(const std::uint8_t* numbers, std::size_t size) {
+  coredll::SYSTEMTIME time = {};
+  for (std::size_t i = 0; i < size / kPartSize; ++i) {
+    time.*kParts[i] = static_cast<std::uint16_t>(LoadNumber(numbers + i * kPartSize, kPartSize));
+  }
+  return time;
+}
+
+void PutParts(const coredll::SYSTEMTIME& time, std::uint8_t* numbers, std::size_t size) {
+  for (std::size_t i = 0; i < size / kPartSize; ++i) {
+    StoreNumber(numbers + i * kPartSize, kPartSize, time.*kParts[i]);
+  }
+}
 
 }  // namespace
 
@@ -31,18 +46,24 @@ void PutFileTimeNumbers(const std::uint8_t* file_time, std::uint8_t* numbers, st
   const coredll::FILETIME time = {LoadNumber(file_time, 4), LoadNumber(file_time + 4, 4)};
   coredll::SYSTEMTIME system_time = {};
   if (coredll::FileTimeToSystemTime(&time, &system_time) == 0) system_time = {};
-  for (std::size_t i = 0; i < size / kPartSize; ++i) {
-    StoreNumber(numbers + i * kPartSize, kPartSize, system_time.*kParts[i]);
-  }
+  PutParts(system_time, numbers, size);
 }
 
 void PutFileTime(const std::uint8_t* numbers, std::size_t size, std::uint8_t* file_time) {
-  std::uint32_t parts[std::size(kParts)] = {};
-  const std::size_t count = size / kPartSize;
-  for (std::size_t i = 0; i < count; ++i) parts[i] = LoadNumber(numbers + i * kPartSize, kPartSize);
-  const coredll::FILETIME time = ToFileTime(std::span(parts, count));
+  const coredll::FILETIME time = ToFileTime(LoadParts(numbers, size));
   StoreNumber(file_time, 4, time.dwLowDateTime);
   StoreNumber(file_time + 4, 4, time.dwHighDateTime);
+}
+
+void PutSystemTimeNumbers(const std::uint8_t* system_time, std::uint8_t* numbers, std::size_t size) {
+  coredll::SYSTEMTIME time;
+  std::memcpy(&time, system_time, sizeof(time));
+  PutParts(time, numbers, size);
+}
+
+void PutSystemTime(const std::uint8_t* numbers, std::size_t size, std::uint8_t* system_time) {
+  const coredll::SYSTEMTIME time = LoadParts(numbers, size);
+  std::memcpy(system_time, &time, sizeof(time));
 }
 
 }  // namespace qv::layout

@@ -25,8 +25,16 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
     PutTimeNumbers(ParseTimeText(source + from.offset), target + to.offset);
   } else if (from.form == Form::kFileTime) {
     PutFileTimeNumbers(source + from.offset, target + to.offset, to.size);
+  } else if (from.form == Form::kSystemTime) {
+    PutSystemTimeNumbers(source + from.offset, target + to.offset, to.size);
+  } else if (from.form == Form::kNarrowText) {
+    PutWideText(source + from.offset, from.size, target + to.offset, to.size);
   } else if (to.form == Form::kFileTime) {
     PutFileTime(source + from.offset, from.size, target + to.offset);
+  } else if (to.form == Form::kSystemTime) {
+    PutSystemTime(source + from.offset, from.size, target + to.offset);
+  } else if (to.form == Form::kNarrowText) {
+    PutNarrowText(source + from.offset, from.size, target + to.offset, to.size);
   } else if (from.form == Form::kTimeNumbers) {
     PutTimeText(LoadTimeNumbers(source + from.offset), target + to.offset);
   } else if (from.form == Form::kText) {
@@ -63,7 +71,10 @@ void Convert(std::span<const Field> fields, Slot Field::*from, const std::uint8_
 }  // namespace
 
 std::uint32_t LoadSlot(const Slot& slot, const std::uint8_t* record) {
-  return LoadNumber(record + slot.offset, slot.size) >> slot.shift & LargestNumber(slot);
+  const std::uint32_t number = LoadNumber(record + slot.offset, slot.size) >> slot.shift & LargestNumber(slot);
+  if (slot.form != Form::kSigned) return number;
+  const std::uint32_t sign = 1u << (8 * slot.size - 1);
+  return (number ^ sign) - sign;
 }
 
 void StoreSlot(const Slot& slot, std::uint8_t* record, std::uint32_t value) {

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "layout/file_time.h"
+#include "layout/narrow_text.h"
 #include "layout/time_text.h"
 
 namespace qv::layout {
@@ -18,13 +19,16 @@ enum class Form : std::uint8_t {
   kNone,         ///< The field does not exist on this side.
   kUnused,       ///< Written as zero, never read.
   kNumber,       ///< Unsigned little-endian number of 1 to 4 bytes; a narrower target takes its low bytes.
+  kSigned,       ///< Such a number that keeps its sign in a wider target.
   kBits,         ///< `width` bits from bit `shift` of such a number; fields may share the number.
   kTruth,        ///< A number that carries 1 when it is not zero.
   kText,         ///< UTF-16LE up to its NUL, zero-filled; a copy keeps the last character for the NUL.
+  kNarrowText,   ///< Text in the system's 8-bit code page up to its NUL, zero-filled; wide on the exchange side.
   kRawText,      ///< Text whose bytes are carried as they stand, those behind the NUL included.
   kBytes,        ///< Carried as they stand.
   kTimeText,     ///< UTF-16LE, 14 digits and a NUL: year, month, day, hour, minute, second.
   kFileTime,     ///< A FILETIME: two words, the low one first.
+  kSystemTime,   ///< A SYSTEMTIME, of which the six are carried as they stand.
   kTimeNumbers,  ///< The same six as 32-bit numbers, or seven: the last are the milliseconds of a FILETIME.
 };
 
@@ -41,6 +45,9 @@ constexpr Slot U8(std::uint16_t offset) {
 }
 constexpr Slot U16(std::uint16_t offset) {
   return {Form::kNumber, 0, 0, offset, 2};
+}
+constexpr Slot S16(std::uint16_t offset) {
+  return {Form::kSigned, 0, 0, offset, 2};
 }
 constexpr Slot U32(std::uint16_t offset) {
   return {Form::kNumber, 0, 0, offset, 4};
@@ -59,6 +66,10 @@ constexpr Slot Truth(std::uint16_t offset, std::uint16_t size) {
 constexpr Slot Text(std::uint16_t offset, std::uint16_t size) {
   return {Form::kText, 0, 0, offset, size};
 }
+/// At most kMostNarrowText bytes.
+constexpr Slot NarrowText(std::uint16_t offset, std::uint16_t size) {
+  return {Form::kNarrowText, 0, 0, offset, size};
+}
 constexpr Slot RawText(std::uint16_t offset, std::uint16_t size) {
   return {Form::kRawText, 0, 0, offset, size};
 }
@@ -70,6 +81,9 @@ constexpr Slot TimeText(std::uint16_t offset) {
 }
 constexpr Slot FileTime(std::uint16_t offset) {
   return {Form::kFileTime, 0, 0, offset, kFileTimeSize};
+}
+constexpr Slot SystemTime(std::uint16_t offset) {
+  return {Form::kSystemTime, 0, 0, offset, kSystemTimeSize};
 }
 constexpr Slot TimeNumbers(std::uint16_t offset) {
   return {Form::kTimeNumbers, 0, 0, offset, 4 * kTimeParts};
@@ -156,7 +170,7 @@ struct RecordLayout {
 };
 
 constexpr bool IsNumeric(Form form) {
-  return form == Form::kNumber || form == Form::kBits || form == Form::kTruth;
+  return form == Form::kNumber || form == Form::kSigned || form == Form::kBits || form == Form::kTruth;
 }
 
 /// The largest number that a slot of numeric form holds: all its bits set.
@@ -165,7 +179,7 @@ constexpr std::uint32_t LargestNumber(const Slot& slot) {
   return width < 32 ? (1u << width) - 1 : ~0u;
 }
 
-/// The number in a slot of numeric form, as it lies there.
+/// The number in a slot of numeric form: as it lies there, or widened with its sign.
 std::uint32_t LoadSlot(const Slot& slot, const std::uint8_t* record);
 /// Puts a number's low bits into such a slot; fields that share its bytes keep theirs.
 void StoreSlot(const Slot& slot, std::uint8_t* record, std::uint32_t value);
@@ -208,11 +222,14 @@ constexpr bool SidesFit(const Field& field) {
   if (store == Form::kNone || exchange == Form::kNone || field.carried == Carried::kByModule) return true;
   switch (store) {
     case Form::kNumber:
+    case Form::kSigned:
     case Form::kBits:
     case Form::kTruth: return IsNumeric(exchange);
     case Form::kText: return exchange == Form::kText;
+    case Form::kNarrowText: return exchange == Form::kText && field.store.size <= kMostNarrowText;
     case Form::kTimeText: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
     case Form::kFileTime: return exchange == Form::kTimeNumbers;
+    case Form::kSystemTime: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
     default: return exchange == store && field.exchange.size == field.store.size;
   }
 }

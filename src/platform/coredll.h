@@ -40,6 +40,8 @@ inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 
 struct FILETIME {
@@ -79,6 +81,8 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* written, void
 DWORD GetFileSize(HANDLE file, DWORD* high) COREDLL("GetFileSize");
 BOOL CloseHandle(HANDLE object) COREDLL("CloseHandle");
 BOOL DeleteFileW(const char16_t* name) COREDLL("DeleteFileW");
+/// 0 on failure, which may have cost the file that was there.
+BOOL CopyFileW(const char16_t* from, const char16_t* to, BOOL fail_if_exists) COREDLL("CopyFileW");
 /// INVALID_HANDLE_VALUE when nothing matches. The last name of the pattern may hold "*" and "?".
 HANDLE FindFirstFileW(const char16_t* pattern, WIN32_FIND_DATAW* found) COREDLL("FindFirstFileW");
 /// 0 when there is no further match.
@@ -113,6 +117,7 @@ BOOL PostMessageW(HWND window, DWORD message, DWORD wparam, std::int32_t lparam)
 /// 0 on failure. When the name was there already, its handle, and GetLastError gives ERROR_ALREADY_EXISTS.
 HANDLE CreateSemaphoreW(void* security, std::int32_t initial, std::int32_t maximum, const char16_t* name)
     COREDLL("CreateSemaphoreW");
+/// Why the last call that failed did.
 DWORD GetLastError() COREDLL("GetLastError");
 /// 0 when the division changed at once; otherwise it waits for a restart, or was refused.
 DWORD SetSystemMemoryDivision(DWORD storage_pages) COREDLL("SetSystemMemoryDivision");
@@ -132,6 +137,8 @@ std::size_t wcstombs(char* bytes, const char16_t* text, std::size_t size) COREDL
 std::size_t mbstowcs(char16_t* text, const char* bytes, std::size_t size) COREDLL("mbstowcs");
 /// Writes at most `size` characters, the NUL only when there is room for it. Returns the length, negative when cut.
 int _snwprintf(char16_t* buffer, std::size_t size, const char16_t* format, ...) COREDLL("_snwprintf");
+/// Text in the code page, to wherever the system shows what programs print.
+int printf(const char* format, ...) COREDLL("printf");
 
 }  // namespace coredll
 
