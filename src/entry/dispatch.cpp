@@ -5,6 +5,7 @@
 
 #include "modules/calendar/schedule.h"
 #include "modules/contacts/contacts.h"
+#include "modules/mail/mail.h"
 #include "modules/messaging/call_history.h"
 #include "modules/messaging/mms.h"
 #include "modules/messaging/sms.h"
@@ -41,6 +42,12 @@ constexpr Operations kHandledBy = {
     },
 };
 
+/// The e-mail database, which is not loaded and has neither mode nor anchor.
+constexpr Operations kMail = {
+    [](const ModuleFacts*, SyncMode&, char16_t*, const void* directory) { return mail::Export(directory); },
+    [](const ModuleFacts*, SyncMode, char16_t*, const void* directory) { return mail::Recover(directory); },
+};
+
 /// A module that this build lacks answers like one whose store library does not load.
 template <Result not_loaded>
 constexpr Operations kNotBuilt = {
@@ -54,14 +61,14 @@ struct Row {
   const ModuleFacts* facts = nullptr;
 };
 
-/// In the order of kModuleTable. Tasks and the e-mail database answer 0 also when their store does not load.
+/// In the order of kModuleTable. Tasks answer 0 also when their store does not load.
 constexpr Row kRows[] = {
     {1, kHandledBy<contacts::ContactsHandler>, &contacts::kFacts},
     {2, kHandledBy<PlainHandler>, &schedule::kFacts},
     {3, kNotBuilt<Result::kOk>},              // tasks
     {4, kNotBuilt<Result::kStoreNotLoaded>},  // agenda
     {5, kNotBuilt<Result::kStoreNotLoaded>},  // unified mail
-    {6, kNotBuilt<Result::kOk>},              // e-mail database
+    {6, kMail},
     {7, kHandledBy<PlainHandler>, &card_reader::kFacts},
     {8, kHandledBy<sms::SmsHandler>, &sms::kFacts},
     {9, kHandledBy<PlainHandler>, &call_history::kFacts},

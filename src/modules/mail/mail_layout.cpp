@@ -99,7 +99,7 @@ constexpr Field kFolderFields[] = {
 };
 
 constexpr Field kUidlFields[] = {
-    Both("value_1", U32(0), U32(0)),
+    ExportOnly("value_1", U32(0), U32(0)),
     Both("account_id", U16(4), kRecordUidlAccount),
     Both("uidl", Text(6, 122), Text(8, 124)),
     StoreUnused(128, 4),
