@@ -51,12 +51,15 @@ std::size_t ToGbk(char16_t unit, char (&bytes)[2]) {
   return IsAscii(unit) ? 1 : to_gbk.Convert(&unit, sizeof unit, bytes, sizeof bytes);
 }
 
-// The character that `bytes` starts with; returns its bytes, 0 when there is none.
+// The character that `bytes` starts with; returns its bytes, 0 when there is none, and then leaves `unit` alone.
 std::size_t FromGbk(const char* bytes, char16_t& unit) {
   static Converter from_gbk("UTF-16LE", "GBK");
-  unit = static_cast<unsigned char>(bytes[0]);
-  if (IsAscii(unit)) return 1;
-  return bytes[1] != '\0' && from_gbk.Convert(bytes, 2, &unit, sizeof unit) == sizeof unit ? 2 : 0;
+  char16_t converted = static_cast<unsigned char>(bytes[0]);
+  const bool is_ascii = IsAscii(converted);
+  if (!is_ascii && bytes[1] == '\0') return 0;
+  if (!is_ascii && from_gbk.Convert(bytes, 2, &converted, sizeof converted) != sizeof converted) return 0;
+  unit = converted;
+  return is_ascii ? 1 : 2;
 }
 
 // Neither direction reads on when there is no room left: the text need not end there.

@@ -93,8 +93,8 @@ constexpr Field kFolderFields[] = {
     Both("flag_2", U8(73), U8(72)),
     StoreUnused(74, 6),
     ExchangeUnused(73, 7),
-    Both("text_1", NarrowText(80, 256), Text(80, 512)),
-    ExchangeUnused(592, 36),
+    Both("text_1", NarrowText(80, 256), Text(80, 514)),
+    ExchangeUnused(594, 34),
     StoreUnused(336, 4),
 };
 

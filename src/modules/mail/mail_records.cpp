@@ -8,6 +8,15 @@
 
 namespace qv::mail {
 
+namespace {
+
+/// Ids are one byte wide wherever records are looked for: those of others cannot be found. They share an owner, so that
+/// no table can be made of owners that are slow to tell apart.
+constexpr std::uint32_t kLargestId = 0xFF;
+constexpr Owner kNobody = {kLargestId + 1};
+
+}  // namespace
+
 bool MailRecords::Load(const char16_t* path, LastRecord last_record) {
   File file = File::OpenExisting(path);
   std::uint32_t file_size = 0;
@@ -28,7 +37,8 @@ bool MailRecords::Load(const char16_t* path, LastRecord last_record) {
 
 bool MailRecords::Append(const std::uint8_t* bytes) {
   const bool has_folder = owner_.folder.form != layout::Form::kNone;
-  const Owner owner = {layout::LoadSlot(owner_.id, bytes), has_folder ? layout::LoadSlot(owner_.folder, bytes) : 0};
+  Owner owner = {layout::LoadSlot(owner_.id, bytes), has_folder ? layout::LoadSlot(owner_.folder, bytes) : 0};
+  if (owner.id > kLargestId || owner.folder > kLargestId) owner = kNobody;
   const auto position = static_cast<std::uint32_t>(records_.size());
   const std::size_t first = records_.Find(owner);
   if (!records_.Append({owner, kNone, position, position})) return false;

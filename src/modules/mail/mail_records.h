@@ -33,7 +33,7 @@ class MailRecords {
   enum class LastRecord : std::uint8_t { kMayBeCut, kMustBeWhole };
 
   /// Takes the whole table. What the end of the file cuts off of the last record reads as zero, or the record does not
-  /// count. False, and the records are none, when the file is not there, cannot be read or is more than memory holds.
+  /// count. False when the file is not there, cannot be read or is more than memory holds: then these are of no use.
   [[nodiscard]] bool Load(const char16_t* path, LastRecord last_record);
 
   /// All records were taken, or there never were any.
