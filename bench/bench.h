@@ -66,6 +66,7 @@ Growth MeasureIncrementalExport(Desktop& desktop, const std::function<void(std::
 bool MeasureSchedule(const loader::AgentLibrary& agent, Growth& incremental);
 bool MeasureChangeComputation();
 bool MeasureMessages(const loader::AgentLibrary& agent);
+bool MeasureMail(const loader::AgentLibrary& agent);
 bool MeasureCardsAndMemos(const loader::AgentLibrary& agent);
 bool MeasureContacts(const loader::AgentLibrary& agent, const Growth& schedule);
 

@@ -19,15 +19,40 @@ constexpr std::u16string_view kSeparators = u"\\/";
 
 std::filesystem::path root_directory;
 
+// The names in a host directory but "." and "..", in the host's order; none if it cannot be read.
+template <typename Take>
+void ForEachName(const std::filesystem::path& directory, Take take) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(directory.c_str()),
+                                                    [](DIR* open) { return closedir(open); });
+  while (const dirent* entry = listing == nullptr ? nullptr : readdir(listing.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") take(name);
+  }
+}
+
+// Whether this is the name's folded form. Told without a conversion as far as the name is ASCII, which most are: a
+// handset's directory may hold thousands of names, all of which are looked at for each that is not there.
+bool FoldsTo(std::string_view name, std::u16string_view folded) {
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto unit = static_cast<unsigned char>(name[i]);
+    if (unit >= 0x80) return FoldCase(Utf16(name)) == folded;
+    const bool is_lower = unit >= 'a' && unit <= 'z';
+    if (i == folded.size() || (is_lower ? unit - 'a' + 'A' : unit) != folded[i]) return false;
+  }
+  return name.size() == folded.size();
+}
+
+// Of several names that differ only in case the first in the order of the host's characters.
 std::filesystem::path ResolveName(const std::filesystem::path& directory, std::u16string_view name) {
   std::filesystem::path as_given = directory / Utf8(name);
   std::error_code ignored;
   if (std::filesystem::exists(as_given, ignored)) return as_given;
   const std::u16string folded = FoldCase(name);
-  for (const std::string& entry : SortedNames(directory)) {
-    if (FoldCase(Utf16(entry)) == folded) return directory / entry;
-  }
-  return as_given;
+  std::string found;
+  ForEachName(directory, [&](std::string_view entry) {
+    if (FoldsTo(entry, folded) && (found.empty() || entry < found)) found = entry;
+  });
+  return found.empty() ? as_given : directory / found;
 }
 
 }  // namespace
@@ -70,12 +95,7 @@ std::filesystem::path HostPath(std::u16string_view handset_path) {
 
 std::vector<std::string> SortedNames(const std::filesystem::path& directory) {
   std::vector<std::pair<std::u16string, std::string>> names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(directory.c_str()),
-                                                    [](DIR* open) { return closedir(open); });
-  while (const dirent* entry = listing == nullptr ? nullptr : readdir(listing.get())) {
-    std::string name = entry->d_name;
-    if (name != "." && name != "..") names.emplace_back(FoldCase(Utf16(name)), std::move(name));
-  }
+  ForEachName(directory, [&](std::string_view name) { names.emplace_back(FoldCase(Utf16(name)), name); });
   std::sort(names.begin(), names.end());
   std::vector<std::string> sorted;
   sorted.reserve(names.size());

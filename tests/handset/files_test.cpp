@@ -35,6 +35,19 @@ TEST_F(FilesTest, NamesAreFoundWithoutCase) {
   EXPECT_EQ(Read(Open(u"\\MY DATA\\grÖße.tbl"), 9), "x");
 }
 
+TEST_F(FilesTest, OnlyTheWholeNameIsTheName) {
+  Put("data/a.tb", "x"), Put("data/a.tbl2", "x"), Put("data/Größe", "x");
+  for (const char16_t* const name : {u"\\data\\A.tbl", u"\\data\\größ", u"\\data\\größe2", u"\\data\\grosse"}) {
+    EXPECT_EQ(Open(name), INVALID_HANDLE_VALUE);
+  }
+}
+
+TEST_F(FilesTest, OfNamesThatDifferOnlyInCaseTheHostsFirstIsFound) {
+  Put("data/b.tbl", "lower"), Put("data/B.tbl", "upper"), Put("data/b.TBL", "mixed");
+  EXPECT_EQ(Read(Open(u"\\data\\B.TBL"), 9), "upper");
+  EXPECT_EQ(Read(Open(u"\\data\\b.TBL"), 9), "mixed");
+}
+
 TEST_F(FilesTest, AnExistingFileKeepsItsSpellingAndANewOneHasTheGivenOne) {
   Put("Data/Old.tbl", "old");
   CloseHandle(Create(u"\\dATA\\OLD.TBL"));

@@ -8,8 +8,8 @@ namespace {
 using testing::HasSubstr;
 
 /// Those with sample data.
-constexpr const char* kModules[] = {"contacts",   "schedule",    "card-reader", "sms",         "call-history",
-                                    "quick-dial", "call-filter", "mms",         "graphic-memo"};
+constexpr const char* kModules[] = {"contacts",   "schedule",    "card-reader", "sms",          "call-history",
+                                    "quick-dial", "call-filter", "mms",         "graphic-memo", "e-mail"};
 
 class Handset : public desk::DeskTest {
  protected:
@@ -28,9 +28,9 @@ TEST_F(Handset, SameSeedMakesTheSameTablesAndAnotherSeedOthers) {
     for (const char* const module : kModules) {
       EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
     }
-    for (const char* const table :
-         {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl", "mmsinfo.tbl", "callinfo.tbl",
-          "cardreader.tbl", "gmemoinfo.tbl", "Quickinfo.tbl", "redblistinfo.tbl", "redblistgroup.tbl"}) {
+    for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl",
+                                    "mmsinfo.tbl", "callinfo.tbl", "cardreader.tbl", "gmemoinfo.tbl", "Quickinfo.tbl",
+                                    "redblistinfo.tbl", "redblistgroup.tbl", "mailhead.tbl", "mailuidl.tbl"}) {
       tables[table].push_back(desk::Contents(Sync(table)));
     }
   }
@@ -57,16 +57,16 @@ TEST_F(Handset, FileInItsPlaceIsRefused) {
 TEST_F(Handset, EmptyHandsetAndOneWithoutGroupsCanBeExported) {
   std::vector<std::string> create = {"create", Phone().string()};
   for (const char* const kind : {"--schedule-entries", "--schedule-groups", "--contacts", "--messages", "--mms",
-                                 "--calls", "--cards", "--memos", "--quick-dials", "--filters"}) {
+                                 "--calls", "--e-mails", "--cards", "--memos", "--quick-dials", "--filters"}) {
     create.insert(create.end(), {kind, "0"});
   }
   Done(create);
   for (const char* const module : kModules) {
     EXPECT_EQ(Run({"export", module, "--handset", Phone().string()}).status, 0);
   }
-  for (const char* const table :
-       {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl", "smsinfo.tbl", "mmsinfo.tbl",
-        "callinfo.tbl", "cardreader.tbl", "gmemoinfo.tbl", "Quickinfo.tbl", "redblistinfo.tbl", "redblistgroup.tbl"}) {
+  for (const char* const table : {"schedule.tbl", "linkman.tbl", "groupmgr.tbl", "groupattach.tbl", "image.tbl",
+                                  "smsinfo.tbl", "mmsinfo.tbl", "callinfo.tbl", "cardreader.tbl", "gmemoinfo.tbl",
+                                  "Quickinfo.tbl", "redblistinfo.tbl", "redblistgroup.tbl", "mailhead.tbl"}) {
     EXPECT_EQ(desk::fs::file_size(Sync(table)), 0u) << table;
   }
 }

@@ -55,10 +55,10 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
 
 TEST_F(Usage, ModulesListsAllSixteenAndWhatTheBuiltOnesNeed) {
   const std::string modules = Done({"modules"});
-  for (const char* const text :
-       {"contacts", "contacts, groups, pictures", "clock-settings", "ContactStore.dll", "lkmcmd.tbl", "SchedStore.dll",
-        "SCHEDULE", "schedcmd.tbl", "schegroup.log", "smsconf.tbl", "mmsconf.tbl", "CallLogStore.dll",
-        "CardScanStore.dll", "QUCIKDAIL", "redblistconfig.tbl", "gmemo.log"}) {
+  for (const char* const text : {"contacts", "contacts, groups, pictures", "clock-settings", "ContactStore.dll",
+                                 "lkmcmd.tbl", "SchedStore.dll", "SCHEDULE", "schedcmd.tbl", "schegroup.log",
+                                 "smsconf.tbl", "mmsconf.tbl", "CallLogStore.dll", "CardScanStore.dll", "QUCIKDAIL",
+                                 "redblistconfig.tbl", "gmemo.log", "MailStore.dll", "maillinkman.tbl", "N.eml"}) {
     EXPECT_THAT(modules, HasSubstr(text));
   }
   EXPECT_EQ(std::count(modules.begin(), modules.end(), '\n'), 16 + 2);
