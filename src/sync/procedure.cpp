@@ -6,22 +6,6 @@
 namespace qv {
 namespace {
 
-/// Record ids to delete, by table.
-using Deletions = List<std::uint32_t>[2];
-
-/// Deletes records, each table's in one call, which is not made for none.
-Result DeleteRecords(const Library& store, const EntryPoint& erase, const Deletions& deletions) {
-  StoreFunction function;
-  if (!function.LookUp(store, erase)) return Result::kEntryPointMissing;
-  std::uint32_t table = 0;
-  for (const List<std::uint32_t>& ids : deletions) {
-    const auto count = static_cast<std::uint32_t>(ids.size());
-    if (count != 0 && !function({.table = table, .count = count, .ids = ids.data()})) return Result::kDeleteFailed;
-    ++table;
-  }
-  return Result::kOk;
-}
-
 /// The change as it counts, its table put right.
 ChangeRecord AsItCounts(ChangeRecord change, TablesOfChanges tables) {
   const bool deletes = change.operation == Operation::kDeleted;
@@ -112,9 +96,10 @@ Result Procedure::EmptyStore(SyncMode mode) {
 Result Procedure::ApplyTables(SyncMode mode) {
   const bool incremental = mode == SyncMode::kIncremental;
   if (incremental) {
-    if (const Result applied = ApplyChangeList(); IsFailure(applied)) return applied | StepFlag::kChangeListApplied;
+    if (const Result read = ReadChangeList(); IsFailure(read)) return read | StepFlag::kChangeListApplied;
+    if (const Result deleted = DeleteListed(); IsFailure(deleted)) return deleted | StepFlag::kChangeListApplied;
   }
-  const Applying applying = {incremental, changes_, id_map_};
+  const Applying applying = Applied(incremental);
   if (groups_ != nullptr) {
     if (const Result applied = ApplyFlagged(*groups_, applying); IsFailure(applied)) return applied;
   }
@@ -129,29 +114,46 @@ Result Procedure::ApplyFlagged(RecordTable& table, const Applying& applying) {
   return applied | (applying.incremental ? table.facts().applied_incrementally : table.facts().applied);
 }
 
-Result Procedure::ApplyChangeList() {
-  Deletions deletions;
+Result Procedure::ReadChangeList() {
   if (!changes_.Create()) return Result::kNoChangeList;
-  const auto take = [&](const ChangeRecord& read) {
+  return ForEachEntry<ChangeRecord>(call_.PathOf(facts_.names.change_list), [&](const ChangeRecord& read) {
     const ChangeRecord change = AsItCounts(read, facts_.tables_of_changes);
     if (change.operation != Operation::kDeleted) {
       const bool passed_over = facts_.passes_over_operation_0 && change.operation == Operation::kNone;
       return passed_over || changes_.Append(change) ? Result::kOk : Result::kNoMemory;
     }
     if (change.table >= facts_.tables.size()) return Result::kOk;
-    return deletions[change.table].Append(change.id) ? Result::kOk : Result::kNoMemory;
-  };
-  const Result read = ForEachEntry<ChangeRecord>(call_.PathOf(facts_.names.change_list), take);
-  return IsFailure(read) ? read : DeleteRecords(call_.store(), facts_.erase, deletions);
+    return deletions_[change.table].Append(change.id) ? Result::kOk : Result::kNoMemory;
+  });
+}
+
+Result Procedure::DeleteListed() {
+  StoreFunction erase;
+  if (!erase.LookUp(call_.store(), facts_.erase)) return Result::kEntryPointMissing;
+  Result result = Result::kOk;
+  std::uint32_t table = 0;
+  for (const List<std::uint32_t>& ids : deletions_) {
+    const auto count = static_cast<std::uint32_t>(ids.size());
+    if (count != 0 && !erase({.table = table, .count = count, .ids = ids.data()})) {
+      result = Result::kDeleteFailed;
+      if (!facts_.deletes_what_it_can) break;
+    }
+    ++table;
+  }
+  return result;
 }
 
 Result Procedure::Finish(SyncMode mode) {
   for (const TableNames& table : facts_.names.tables) call_.Delete(table.exchange_file);
   if (const Result written = WriteSnapshots(mode); IsFailure(written)) return written;
   if (!IsRemembered(mode)) return Result::kOk;
-  File file = File::CreateAlways(call_.PathOf(facts_.names.id_map));
-  const Result mapped = file.IsOpen() ? WriteEntries(file, id_map_) : Result::kFileFailed;
+  const Result mapped = WriteIdMap();
   return IsFailure(mapped) && facts_.id_map_written != kNoFlag ? mapped | facts_.id_map_written : Result::kOk;
+}
+
+Result Procedure::WriteIdMap() const {
+  File file = File::CreateAlways(call_.PathOf(facts_.names.id_map));
+  return file.IsOpen() ? WriteEntries(file, id_map_) : Result::kFileFailed;
 }
 
 PlainHandler::PlainHandler(const ModuleFacts& facts, const ModuleCall& call)

@@ -55,6 +55,8 @@ struct ModuleFacts {
   TablesOfChanges tables_of_changes = TablesOfChanges::kNamed;
   /// An entry of a change list with operation 0 is as good as none. Usually it hides later ones of the same record.
   bool passes_over_operation_0 = false;
+  /// A refused deletion does not keep the other table's from being made.
+  bool deletes_what_it_can = false;
   const char16_t* consumed_change_list = names.change_list;  ///< What an incremental recover deletes at its end.
   /// What an id map that cannot be written is flagged with; kNoFlag: that is not reported, because without a map the
   /// desktop asks for a full export.
@@ -71,6 +73,9 @@ constexpr bool IsComplete(const ModuleFacts& facts) {
   }
   return !facts.tables.empty() && facts.tables.size() <= facts.names.tables.size();
 }
+
+/// Record ids to delete, by table.
+using Deletions = List<std::uint32_t>[2];
 
 /// One run over a module's tables.
 class Procedure {
@@ -101,6 +106,18 @@ class Procedure {
   /// applies the change list's deletions before and deletes the facts' consumed list behind.
   /// StepFlag::kChangeListApplied, and the tables' flags.
   Result ApplyTables(SyncMode mode);
+  // The parts of ApplyTables and Finish, for modules whose steps go on where others end.
+
+  /// Reads the change list. kNoChangeList, kFileFailed, kFileUnreadable, kNoMemory.
+  Result ReadChangeList();
+  /// Deletes the records that it says, each table's in one call, which is not made for none. kEntryPointMissing,
+  /// kDeleteFailed.
+  Result DeleteListed();
+  /// For the tables' Apply.
+  Applying Applied(bool incremental) { return {incremental, changes_, id_map_}; }
+  /// kFileFailed.
+  Result WriteIdMap() const;
+
   /// Which handset id each record received so far.
   IdMap& id_map() { return id_map_; }
   /// Deletes the exchange tables; in a run that is remembered also rewrites the snapshot logs and writes the id map.
@@ -112,13 +129,13 @@ class Procedure {
   Result ExportFlagged(RecordTable& table, File* change_list);
   Result WriteSnapshotOf(RecordTable& table);
   Result ApplyFlagged(RecordTable& table, const Applying& applying);
-  Result ApplyChangeList();
 
   const ModuleFacts& facts_;
   const ModuleCall& call_;
   RecordTable& main_;
   RecordTable* groups_;
   ChangeList changes_;
+  Deletions deletions_;
   IdMap id_map_;
 };
 

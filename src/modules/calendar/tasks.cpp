@@ -24,7 +24,7 @@ Result TasksHandler::Recover(SyncMode mode, char16_t* anchor) {
 }
 
 void TasksHandler::ExportTables(SyncMode mode) {
-  for (const RecordTable* const table : {&tasks_, &groups_}) (void)table->CreateExchangeTable();
+  for (const PlainTable* const table : {&tasks_, &groups_}) (void)table->CreateExchangeTable();
   const bool incremental = mode == SyncMode::kIncremental;
   File change_list;
   if (incremental) change_list = File::CreateAlways(call_.PathOf(kNames.change_list));
@@ -41,7 +41,7 @@ void TasksHandler::WriteSnapshots(SyncMode mode) {
 
 void TasksHandler::ApplyChanges() {
   if (!IsFailure(procedure_.ReadChangeList())) {
-    procedure_.DeleteListedOfEachTable();
+    (void)procedure_.DeleteListed();
     ApplyTables(true);
   }
   call_.Delete(kNames.change_list);
@@ -56,7 +56,7 @@ void TasksHandler::ReplaceAll() {
 }
 
 void TasksHandler::ApplyTables(bool incremental) {
-  const Applying applying = procedure_.Apply(incremental);
+  const Applying applying = procedure_.Applied(incremental);
   (void)groups_.Apply(applying);
   (void)tasks_.Apply(applying);
 }

@@ -46,12 +46,13 @@ inline constexpr ModuleFacts kFacts = {
     .erase = {u"TD_Sync_Del", {Argument::kTable, Argument::kCount, Argument::kIds}},
     .erase_all = {u"TD_Sync_DelAll", {}},
     .emptied_by = EmptiedBy::kAllButAdding,
+    .deletes_what_it_can = true,
 };
 
 /// Every run is a success.
 class TasksHandler {
  public:
-  explicit TasksHandler(const ModuleCall& call) : call_(call) {}
+  TasksHandler(const ModuleFacts& facts, const ModuleCall& call) : call_(call), procedure_(facts, call, tasks_, &groups_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
@@ -66,7 +67,7 @@ class TasksHandler {
   const ModuleCall& call_;
   PlainTable tasks_{call_, kMainTable, kTableFacts[kMainTable]};
   PlainTable groups_{call_, kGroupTable, kTableFacts[kGroupTable]};
-  Procedure procedure_{kFacts, call_, tasks_, &groups_};
+  Procedure procedure_;
 };
 
 }  // namespace qv::tasks
