@@ -143,6 +143,8 @@ struct ItemRun {
   std::uint16_t store_offset;  ///< Where the store record's slots begin.
   std::uint32_t slots;         ///< How many the store record holds; kAnyNumber: they lie elsewhere.
   bool is_signed = false;      ///< A count below 0 is as good as 0.
+  /// How an item is converted; null: it lies the same on both sides.
+  const struct RecordLayout* layout = nullptr;
 };
 
 inline constexpr std::uint32_t kAnyNumber = 0xFFFFFFFF;

@@ -78,12 +78,13 @@ inline constexpr RuleWords kRules[] = {
 
 class AgendaHandler {
  public:
-  AgendaHandler(const ModuleFacts& facts, const ModuleCall& call) : procedure_(facts, call, entries_, &groups_), call_(call) {}
+  AgendaHandler(const ModuleFacts& facts, const ModuleCall& call) : entries_(call, kMainTable, kTableFacts[kMainTable]), groups_(call, kGroupTable, kTableFacts[kGroupTable]), procedure_(facts, call, entries_, &groups_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
 
  private:
+  /// Records with an area of their own for long items.
   class EntryTable final : public RecordTable {
    public:
     using RecordTable::RecordTable;
@@ -91,7 +92,14 @@ class AgendaHandler {
    private:
     Result ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) override;
     Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
+
+    List<std::uint8_t> records_;
+    List<std::uint8_t> areas_;
   };
+
+  EntryTable entries_;
+  PlainTable groups_;
+  Procedure procedure_;
 };
 
 }  // namespace qv::agenda
