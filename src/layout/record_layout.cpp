@@ -29,6 +29,10 @@ void Carry(const Slot& from, const std::uint8_t* source, const Slot& to, std::ui
     PutFileTime(source + from.offset, from.size, target + to.offset);
   } else if (from.form == Form::kTimeNumbers) {
     PutTimeText(LoadTimeNumbers(source + from.offset), target + to.offset);
+  } else if (from.form == Form::kNarrowText) {
+    PutWideText(source + from.offset, from.size, target + to.offset, to.size);
+  } else if (to.form == Form::kNarrowText) {
+    PutNarrowText(source + from.offset, from.size, target + to.offset, to.size);
   } else if (from.form == Form::kText) {
     CopyText(source + from.offset, from.size, target + to.offset, to.size);
   } else {
@@ -79,6 +83,7 @@ void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint
   std::fill_n(exchange, layout.exchange_size, std::uint8_t{0});
   Convert(layout.fields, &Field::store, store, &Field::exchange, exchange, true);
   for (const ItemRun& run : layout.items) {
+    if (run.is_counted_in_front) continue;
     StoreSlot(run.count, exchange, std::min<std::uint32_t>(ItemCount(run, exchange), run.slots));
   }
 }

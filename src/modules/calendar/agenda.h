@@ -1,5 +1,5 @@
-// Module 4, the agenda: entries in groups, kept by AgendaStore.dll. An entry has short items in its record and long ones
-// in an area that the caller of the store provides.
+// Module 4, the agenda: entries in groups, kept by AgendaStore.dll. An entry has short items in its record and long
+// ones in an area that the caller of the store provides.
 #ifndef QV_MODULES_CALENDAR_AGENDA_H
 #define QV_MODULES_CALENDAR_AGENDA_H
 
@@ -11,7 +11,9 @@ namespace qv::agenda {
 
 inline constexpr TableNames kTables[] = {
     {.exchange_file = u"agenda.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\ageninfo.log", .layout = &kEntryLayout},
-    {.exchange_file = u"agendagroup.tbl", .snapshot_log = u"\\dbdata\\sysconfig\\agengroup.log", .layout = &kGroupLayout},
+    {.exchange_file = u"agendagroup.tbl",
+     .snapshot_log = u"\\dbdata\\sysconfig\\agengroup.log",
+     .layout = &kGroupLayout},
 };
 
 inline constexpr ModuleNames kNames = {
@@ -64,7 +66,8 @@ inline constexpr StepWords kStepWords[] = {
     {Direction::kExport, Modes::kAny, StepFlag::kTable0Exported, "exporting the entries"},
     {Direction::kExport, Modes::kAny, StepFlag::kTable1Exported, "exporting the groups"},
     {Direction::kExport, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
-    {Direction::kRecover, Modes::kIncremental, StepFlag::kChangeListApplied, "applying the change list's deletions"},
+    // Also of a local recover.
+    {Direction::kRecover, Modes::kAny, StepFlag::kChangeListApplied, "applying the change list's deletions"},
     {Direction::kRecover, Modes::kAny, kGroupsApplied, "applying the groups"},
     {Direction::kRecover, Modes::kAny, kEntriesApplied, "applying the entries"},
     {Direction::kRecover, Modes::kAny, StepFlag::kSnapshotWritten, "rewriting the snapshot logs"},
@@ -72,31 +75,44 @@ inline constexpr StepWords kStepWords[] = {
 
 inline constexpr RuleWords kRules[] = {
     {&kEntryLayout,
-     "Behind an entry's items stands the number of its long items, 4 bytes, and behind that the long items, 3928 bytes "
-     "each, at most 50. In the store they have 5128 bytes, of which an exchange table has the first 3928."},
+     "Behind the items stands the number of long items, 4 bytes, and behind that the long items. In the store each has "
+     "5128 bytes, and an exchange table has what they begin with; a recover fills them up with zeros. The store's "
+     "record says where they lie at 4364, and how many they are at 4368."},
+    {&kEntryLayout, "An entry that the end of the file cuts off ends a recover of the entries, without a failure."},
 };
 
+/// An entry's long items lie in an area of its own, which the caller of the store provides.
+class EntryTable final : public RecordTable {
+ public:
+  using RecordTable::RecordTable;
+
+ private:
+  Result ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) override;
+  Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
+
+  /// Room for so many store records and their areas. False without memory.
+  [[nodiscard]] bool MakeRoom(std::size_t count);
+  /// Says in the records where their areas are.
+  void PointAtAreas();
+  std::uint8_t* Record(std::size_t position) { return records_.data() + position * kEntryStoreSize; }
+  std::uint8_t* Area(std::size_t position) { return areas_.data() + position * kAreaSize; }
+
+  List<std::uint8_t> records_;
+  List<std::uint8_t> areas_;
+};
+
+/// Results as the procedure's.
 class AgendaHandler {
  public:
-  AgendaHandler(const ModuleFacts& facts, const ModuleCall& call) : entries_(call, kMainTable, kTableFacts[kMainTable]), groups_(call, kGroupTable, kTableFacts[kGroupTable]), procedure_(facts, call, entries_, &groups_) {}
+  AgendaHandler(const ModuleFacts& facts, const ModuleCall& call)
+      : entries_(call, kMainTable, kTableFacts[kMainTable]),
+        groups_(call, kGroupTable, kTableFacts[kGroupTable]),
+        procedure_(facts, call, entries_, &groups_) {}
 
   Result Export(SyncMode& mode, char16_t* anchor);
   Result Recover(SyncMode mode, char16_t* anchor);
 
  private:
-  /// Records with an area of their own for long items.
-  class EntryTable final : public RecordTable {
-   public:
-    using RecordTable::RecordTable;
-
-   private:
-    Result ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) override;
-    Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
-
-    List<std::uint8_t> records_;
-    List<std::uint8_t> areas_;
-  };
-
   EntryTable entries_;
   PlainTable groups_;
   Procedure procedure_;

@@ -47,8 +47,28 @@ constexpr Field kItemFields[] = {
 };
 constexpr RecordLayout kItemLayout = TiledLayout<208, 80>("agenda item", kItemFields);
 
+constexpr Field kLongItemFields[] = {
+    Both("type", U32(0), U32(0)),
+    Both("bytes_4", Bytes(4, kLongItemExchangeSize - 4), Bytes(4, kLongItemExchangeSize - 4)),
+    StoreUnused(kLongItemExchangeSize, kLongItemStoreSize - kLongItemExchangeSize),
+};
+constexpr RecordLayout kLongItemLayout =
+    TiledLayout<kLongItemStoreSize, kLongItemExchangeSize>("agenda long item", kLongItemFields);
+
 constexpr ItemRun kEntryItems[] = {
-    {.name = "item", .count = kItemCount, .item = Bytes(0, 80), .store_offset = 204, .slots = 20, .layout = &kItemLayout},
+    {.name = "item",
+     .count = kItemCount,
+     .item = Bytes(0, 80),
+     .store_offset = 204,
+     .slots = 20,
+     .layout = &kItemLayout},
+    {.name = "long_item",
+     .count = {},
+     .item = Bytes(0, kLongItemExchangeSize),
+     .store_offset = kElsewhere,
+     .slots = kMostLongItems,
+     .layout = &kLongItemLayout,
+     .is_counted_in_front = true},
 };
 
 constexpr Field kGroupFields[] = {

@@ -13,8 +13,9 @@ inline constexpr std::size_t kGroupSize = 288;          ///< On both sides.
 // Long items lie in an area of their own, which a store record points at; in an exchange table they follow their number
 // behind the entry's short items. The store's room for one is larger: what an item says stands at its beginning.
 inline constexpr std::uint32_t kMostLongItems = 50;
-inline constexpr std::size_t kLongItemStoreSize = 5128;
-inline constexpr std::size_t kLongItemExchangeSize = 3928;
+inline constexpr std::uint16_t kLongItemStoreSize = 5128;
+inline constexpr std::uint16_t kLongItemExchangeSize = 3928;
+inline constexpr std::size_t kAreaSize = std::size_t{kMostLongItems} * kLongItemStoreSize;
 
 inline constexpr layout::Slot kExchangeEntryId = layout::U32(0);
 inline constexpr layout::Slot kStoreGroupId = layout::U32(48);

@@ -1,5 +1,5 @@
-// Module 3, the tasks: tasks in groups, kept by TodoStore.dll. Nobody is told what came of a run, and no step's failure
-// ends it.
+// Module 3, the tasks: tasks in groups, kept by TodoStore.dll. Nobody is told what came of a run, and no failure ends
+// one.
 #ifndef QV_MODULES_CALENDAR_TASKS_H
 #define QV_MODULES_CALENDAR_TASKS_H
 
@@ -21,8 +21,8 @@ inline constexpr ModuleNames kNames = {
     .tables = kTables,
 };
 
-/// The last argument of an insert and an update is a task's group, and of a group a value of its own. Stores spell the
-/// insert's name so.
+/// The last argument of an insert and an update is a task's group, and of a group a value of its own. The store spells
+/// the insert's name so.
 inline constexpr TableCalls kCalls = {
     .count = {u"TD_Sync_GetAllRecNum", {Argument::kTable}},
     .list = {u"TD_Sync_GetAllidTime", {Argument::kTable, Argument::kCountPlace, Argument::kEntries}},
@@ -46,28 +46,9 @@ inline constexpr ModuleFacts kFacts = {
     .erase = {u"TD_Sync_Del", {Argument::kTable, Argument::kCount, Argument::kIds}},
     .erase_all = {u"TD_Sync_DelAll", {}},
     .emptied_by = EmptiedBy::kAllButAdding,
-    .deletes_what_it_can = true,
-};
-
-/// Every run is a success.
-class TasksHandler {
- public:
-  TasksHandler(const ModuleFacts& facts, const ModuleCall& call) : call_(call), procedure_(facts, call, tasks_, &groups_) {}
-
-  Result Export(SyncMode& mode, char16_t* anchor);
-  Result Recover(SyncMode mode, char16_t* anchor);
-
- private:
-  void ExportTables(SyncMode mode);
-  void WriteSnapshots(SyncMode mode);
-  void ApplyChanges();
-  void ReplaceAll();
-  void ApplyTables(bool incremental);
-
-  const ModuleCall& call_;
-  PlainTable tasks_{call_, kMainTable, kTableFacts[kMainTable]};
-  PlainTable groups_{call_, kGroupTable, kTableFacts[kGroupTable]};
-  Procedure procedure_;
+    .local_recover_applies_changes = true,
+    .never_fails = true,
+    .creates_tables_first = true,
 };
 
 }  // namespace qv::tasks

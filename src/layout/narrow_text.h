@@ -1,0 +1,32 @@
+// Text as some stores keep it, in the handset's 8-bit code page, and as exchange tables tell it, in UTF-16LE; the
+// platform converts. What the other form lacks ends a text: what stands before it is carried.
+#ifndef QV_LAYOUT_NARROW_TEXT_H
+#define QV_LAYOUT_NARROW_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qv::layout {
+
+/// Most characters, and bytes of them, in a field of either form, its NUL included.
+inline constexpr std::size_t kMostNarrowText = 256;
+
+constexpr bool IsNarrowText(std::size_t narrow_size, std::size_t wide_size) {
+  return narrow_size <= kMostNarrowText && wide_size <= 2 * kMostNarrowText;
+}
+
+/// Converts a field up to its NUL, as far as it leaves room for one. Sizes are in bytes. The target is zero already.
+void PutNarrowText(const std::uint8_t* wide, std::size_t wide_size, std::uint8_t* narrow, std::size_t narrow_size);
+void PutWideText(const std::uint8_t* narrow, std::size_t narrow_size, std::uint8_t* wide, std::size_t wide_size);
+
+// The conversions below them, of text that ends with a NUL. The rest of the room behind the converted text, which is
+// told, has no defined content.
+
+/// At most `room` bytes, and no part of a character.
+std::size_t Narrow(const char16_t* wide, char* narrow, std::size_t room);
+/// At most `room` characters.
+std::size_t Widen(const char* narrow, char16_t* wide, std::size_t room);
+
+}  // namespace qv::layout
+
+#endif  // QV_LAYOUT_NARROW_TEXT_H
