@@ -37,6 +37,7 @@ const char* NameOf(qv::layout::Form form) {
     case Form::kTimeText: return "time text";
     case Form::kFileTime: return "file time";
     case Form::kTimeNumbers: return "time";
+    case Form::kNarrowText: return "narrow text";
   }
   return "unknown";
 }
