@@ -3,12 +3,15 @@
 
 #include <iterator>
 
+#include "modules/calendar/agenda.h"
 #include "modules/calendar/schedule.h"
+#include "modules/calendar/tasks.h"
 #include "modules/contacts/contacts.h"
 #include "modules/mail/mail.h"
 #include "modules/messaging/call_history.h"
 #include "modules/messaging/mms.h"
 #include "modules/messaging/sms.h"
+#include "modules/messaging/unified_mail.h"
 #include "modules/organizer/card_reader.h"
 #include "modules/organizer/graphic_memo.h"
 #include "modules/telephony/call_filter.h"
@@ -61,13 +64,13 @@ struct Row {
   const ModuleFacts* facts = nullptr;
 };
 
-/// In the order of kModuleTable. Tasks answer 0 also when their store does not load.
+/// In the order of kModuleTable.
 constexpr Row kRows[] = {
     {1, kHandledBy<contacts::ContactsHandler>, &contacts::kFacts},
     {2, kHandledBy<PlainHandler>, &schedule::kFacts},
-    {3, kNotBuilt<Result::kOk>},              // tasks
-    {4, kNotBuilt<Result::kStoreNotLoaded>},  // agenda
-    {5, kNotBuilt<Result::kStoreNotLoaded>},  // unified mail
+    {3, kHandledBy<PlainHandler>, &tasks::kFacts},
+    {4, kHandledBy<agenda::AgendaHandler>, &agenda::kFacts},
+    {5, kHandledBy<unified_mail::UnifiedMailHandler>, &unified_mail::kFacts},
     {6, kMail},
     {7, kHandledBy<PlainHandler>, &card_reader::kFacts},
     {8, kHandledBy<sms::SmsHandler>, &sms::kFacts},

@@ -90,6 +90,7 @@ void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint
   std::fill_n(exchange, layout.exchange_size, std::uint8_t{0});
   Convert(layout.fields, &Field::store, store, &Field::exchange, exchange, true);
   for (const ItemRun& run : layout.items) {
+    if (run.is_counted_in_front) continue;
     StoreSlot(run.count, exchange, std::min<std::uint32_t>(ItemCount(run, exchange), run.slots));
   }
 }

@@ -153,13 +153,21 @@ constexpr Field FileOnly(const char* name, Slot exchange) {
 struct ItemRun {
   const char* name;
   Slot count;                  ///< Where the fixed part holds their count: a number.
-  Slot item;                   ///< The one field of an item, at its offset 0, the same on both sides.
-  std::uint16_t store_offset;  ///< Where the store record's slots begin.
-  std::uint32_t slots;         ///< How many the store record holds; kAnyNumber: they lie elsewhere.
-  bool is_signed = false;      ///< A count below 0 is as good as 0.
+  Slot item;                   ///< The one field of an item in the file, at its offset 0.
+  std::uint16_t store_offset;  ///< Where the store record's slots begin; kElsewhere: they are not in it.
+  std::uint32_t slots;     ///< How many the store has room for; kAnyNumber: that is not fixed, and they lie elsewhere.
+  bool is_signed = false;  ///< A count below 0 is as good as 0.
+  /// How an item is converted; null: it lies the same on both sides.
+  const struct RecordLayout* layout = nullptr;
+  /// The count is a number of 4 bytes in front of the items, and `count` none.
+  bool is_counted_in_front = false;
 };
 
+inline constexpr std::uint16_t kElsewhere = 0xFFFF;
 inline constexpr std::uint32_t kAnyNumber = 0xFFFFFFFF;
+
+/// Most bytes of an item that is converted between file and store record.
+inline constexpr std::uint32_t kMostItemSize = 128;
 
 struct RecordLayout {
   const char* name;
@@ -168,6 +176,16 @@ struct RecordLayout {
   std::span<const Field> fields;
   std::span<const ItemRun> items = {};
 };
+
+/// Whether the store record has slots for the items.
+constexpr bool LiesInRecord(const ItemRun& run) {
+  return run.slots != kAnyNumber && run.store_offset != kElsewhere;
+}
+
+/// Bytes from one slot of the items to the next.
+constexpr std::uint32_t StoreItemSize(const ItemRun& run) {
+  return run.layout != nullptr ? run.layout->store_size : run.item.size;
+}
 
 constexpr bool IsNumeric(Form form) {
   return form == Form::kNumber || form == Form::kSigned || form == Form::kBits || form == Form::kTruth;
@@ -190,6 +208,7 @@ void ToExchange(const RecordLayout& layout, const std::uint8_t* store, std::uint
 /// Fills the store record from the fixed part, with empty item slots.
 void ToStore(const RecordLayout& layout, const std::uint8_t* exchange, std::uint8_t* store);
 
+/// Of a run whose count stands in the fixed part.
 inline std::uint32_t ItemCount(const ItemRun& run, const std::uint8_t* exchange) {
   const std::uint32_t count = LoadSlot(run.count, exchange);
   return run.is_signed && static_cast<std::int32_t>(count) < 0 ? 0 : count;
@@ -197,19 +216,26 @@ inline std::uint32_t ItemCount(const ItemRun& run, const std::uint8_t* exchange)
 
 namespace internal {
 
-/// Claims a slot's bits in `claimed`; false when one is taken already or lies outside.
+/// Claims a slot's bits in `claimed`; false when one is taken already or lies outside. Plain pointers, here and in
+/// IsFull: a compiler counts its steps, and the largest records have more bytes than it would take through a span.
 constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
   if (slot.form == Form::kNone) return true;
   if (std::size_t{slot.offset} + slot.size > claimed.size()) return false;
-  const std::uint32_t end = slot.width == 0 ? slot.size * 8u : slot.shift + slot.width;
+  std::uint8_t* const begin = claimed.data() + slot.offset;
+  if (slot.width == 0) {
+    for (std::uint8_t* byte = begin; byte != begin + slot.size; ++byte) {
+      if (*byte != 0) return false;
+      *byte = 0xFF;
+    }
+    return true;
+  }
+  const std::uint32_t end = slot.shift + slot.width;
   if (end > slot.size * 8u) return false;
-  for (std::uint32_t bit = slot.shift; bit < end;) {
-    const bool whole_byte = bit % 8 == 0 && end - bit >= 8;
-    const auto mask = static_cast<std::uint8_t>(whole_byte ? 0xFF : 1u << (bit % 8));
-    std::uint8_t& byte = claimed[slot.offset + bit / 8];
+  for (std::uint32_t bit = slot.shift; bit < end; ++bit) {
+    const auto mask = static_cast<std::uint8_t>(1u << (bit % 8));
+    std::uint8_t& byte = begin[bit / 8];
     if ((byte & mask) != 0) return false;
     byte = static_cast<std::uint8_t>(byte | mask);
-    bit += whole_byte ? 8 : 1;
   }
   return true;
 }
@@ -226,7 +252,7 @@ constexpr bool SidesFit(const Field& field) {
     case Form::kBits:
     case Form::kTruth: return IsNumeric(exchange);
     case Form::kText: return exchange == Form::kText;
-    case Form::kNarrowText: return exchange == Form::kText && field.store.size <= kMostNarrowText;
+    case Form::kNarrowText: return exchange == Form::kText && IsNarrowText(field.store.size, field.exchange.size);
     case Form::kTimeText: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
     case Form::kFileTime: return exchange == Form::kTimeNumbers;
     case Form::kSystemTime: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
@@ -234,8 +260,9 @@ constexpr bool SidesFit(const Field& field) {
   }
 }
 
-/// Whether a row of the fixed part is the run's count.
+/// Whether a row of the fixed part is the run's count, unless that stands elsewhere.
 constexpr bool IsCounted(const ItemRun& run, std::span<const Field> fields) {
+  if (run.is_counted_in_front) return run.count.form == Form::kNone;
   for (const Field& field : fields) {
     const Slot& slot = field.exchange;
     if (slot.form == run.count.form && slot.offset == run.count.offset && slot.size == run.count.size) return true;
@@ -243,9 +270,16 @@ constexpr bool IsCounted(const ItemRun& run, std::span<const Field> fields) {
   return false;
 }
 
+/// Whether the items' own layout is that of items of their size.
+constexpr bool ItemsFit(const ItemRun& run) {
+  if (run.layout == nullptr) return true;
+  return run.layout->exchange_size == run.item.size && (!LiesInRecord(run) || run.item.size <= kMostItemSize);
+}
+
 constexpr bool IsFull(std::span<const std::uint8_t> claimed) {
-  for (const std::uint8_t byte : claimed) {
-    if (byte != 0xFF) return false;
+  const std::uint8_t* const end = claimed.data() + claimed.size();
+  for (const std::uint8_t* byte = claimed.data(); byte != end; ++byte) {
+    if (*byte != 0xFF) return false;
   }
   return true;
 }
@@ -264,10 +298,11 @@ consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> ite
     if (!internal::Claim(field.exchange, exchange) || !internal::SidesFit(field)) return false;
   }
   for (const ItemRun& run : items) {
-    if (!internal::IsCounted(run, fields)) return false;
-    if (run.slots == kAnyNumber) continue;
-    const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);
-    if (!internal::Claim(Bytes(run.store_offset, size), store)) return false;
+    if (!internal::IsCounted(run, fields) || !internal::ItemsFit(run)) return false;
+    if (!LiesInRecord(run)) continue;
+    const std::uint32_t size = StoreItemSize(run) * run.slots;
+    if (size > 0xFFFF || !internal::Claim(Bytes(run.store_offset, static_cast<std::uint16_t>(size)), store))
+      return false;
   }
   return internal::IsFull(store) && internal::IsFull(exchange);
 }

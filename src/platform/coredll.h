@@ -131,7 +131,7 @@ void free(void* block) COREDLL("free");
 // --- Text. The 8-bit code page is the system's. ---
 
 /// Converts up to the NUL, at most `size` bytes; the NUL is written when there is room. Returns the number of bytes
-/// without it, or size_t(-1) for a character that the code page lacks; what stands before that is converted.
+/// without it, or size_t(-1) for a character that the code page lacks.
 std::size_t wcstombs(char* bytes, const char16_t* text, std::size_t size) COREDLL("wcstombs");
 /// The reverse; `size` counts characters.
 std::size_t mbstowcs(char16_t* text, const char* bytes, std::size_t size) COREDLL("mbstowcs");

@@ -14,7 +14,8 @@ inline constexpr std::uint32_t kMainTable = 0;
 inline constexpr std::uint32_t kGroupTable = 1;
 
 struct TableNames {
-  const char16_t* exchange_file;           ///< In the exchange directory.
+  /// In the exchange directory; null for a table whose records stand in the main table's file.
+  const char16_t* exchange_file;
   const char16_t* snapshot_log = nullptr;  ///< Full path; null for a table whose changes are not followed.
   const layout::RecordLayout* layout = nullptr;
   /// Bytes from one record to the next where an incremental recover reads the table; 0: back to back, as everywhere

@@ -6,22 +6,6 @@
 namespace qv {
 namespace {
 
-/// Record ids to delete, by table.
-using Deletions = List<std::uint32_t>[2];
-
-/// Deletes records, each table's in one call, which is not made for none.
-Result DeleteRecords(const Library& store, const EntryPoint& erase, const Deletions& deletions) {
-  StoreFunction function;
-  if (!function.LookUp(store, erase)) return Result::kEntryPointMissing;
-  std::uint32_t table = 0;
-  for (const List<std::uint32_t>& ids : deletions) {
-    const auto count = static_cast<std::uint32_t>(ids.size());
-    if (count != 0 && !function({.table = table, .count = count, .ids = ids.data()})) return Result::kDeleteFailed;
-    ++table;
-  }
-  return Result::kOk;
-}
-
 /// The change as it counts, its table put right.
 ChangeRecord AsItCounts(ChangeRecord change, TablesOfChanges tables) {
   const bool deletes = change.operation == Operation::kDeleted;
@@ -53,7 +37,9 @@ Result Procedure::Export(SyncMode mode) {
 Result Procedure::CreateFiles(SyncMode mode, File& change_list) {
   if (facts_.creates_tables_first) {
     for (const TableNames& table : facts_.names.tables) {
-      if (!File::CreateAlways(call_.PathOf(table.exchange_file)).IsOpen()) return Result::kFileFailed;
+      if (table.exchange_file == nullptr) continue;
+      const bool created = File::CreateAlways(call_.PathOf(table.exchange_file)).IsOpen();
+      if (!created && !facts_.never_fails) return Result::kFileFailed;
     }
   }
   if (facts_.looks_up_before_change_list && !LookUpTables()) return Result::kEntryPointMissing;
@@ -67,12 +53,20 @@ bool Procedure::LookUpTables() {
   return main_.LookUp(kUse) && (groups_ == nullptr || groups_->LookUp(kUse));
 }
 
+template <typename Step>
+Result Procedure::ForEach(std::initializer_list<RecordTable*> tables, Step step) {
+  for (RecordTable* const table : tables) {
+    if (table == nullptr) continue;
+    if (const Result done = Told(step(*table)); IsFailure(done)) return done;
+  }
+  return Result::kOk;
+}
+
 Result Procedure::ExportTables(SyncMode mode) {
   File change_list;
-  if (const Result created = CreateFiles(mode, change_list); IsFailure(created)) return created;
+  if (const Result created = CreateFiles(mode, change_list); IsFailure(created)) return Told(created);
   File* const changes = change_list.IsOpen() ? &change_list : nullptr;
-  if (const Result exported = ExportFlagged(main_, changes); IsFailure(exported)) return exported;
-  return groups_ != nullptr ? ExportFlagged(*groups_, changes) : Result::kOk;
+  return ForEach({&main_, groups_}, [&](RecordTable& table) { return ExportFlagged(table, changes); });
 }
 
 Result Procedure::ExportFlagged(RecordTable& table, File* change_list) {
@@ -83,13 +77,10 @@ Result Procedure::ExportFlagged(RecordTable& table, File* change_list) {
 
 Result Procedure::WriteSnapshots(SyncMode mode) {
   if (!IsRemembered(mode)) return Result::kOk;
-  if (const Result written = WriteSnapshotOf(main_); IsFailure(written)) return written;
-  return groups_ != nullptr ? WriteSnapshotOf(*groups_) : Result::kOk;
-}
-
-Result Procedure::WriteSnapshotOf(RecordTable& table) {
-  const Result written = table.WriteSnapshot();
-  return IsFailure(written) ? written | StepFlag::kSnapshotWritten : Result::kOk;
+  return ForEach({&main_, groups_}, [](RecordTable& table) {
+    const Result written = table.WriteSnapshot();
+    return IsFailure(written) ? written | StepFlag::kSnapshotWritten : Result::kOk;
+  });
 }
 
 void Procedure::BeginRecover(SyncMode mode, char16_t* anchor) const {
@@ -97,8 +88,12 @@ void Procedure::BeginRecover(SyncMode mode, char16_t* anchor) const {
 }
 
 Result Procedure::Recover(SyncMode mode) {
-  if (const Result emptied = EmptyStore(mode); IsFailure(emptied)) return emptied;
-  if (const Result applied = ApplyTables(mode); IsFailure(applied)) return applied;
+  const Result emptied = EmptyStore(mode);
+  if (IsFailure(Told(emptied))) return emptied;
+  // Of a run that never fails: what is said to replace all must not come beside it.
+  if (emptied != Result::kEntryPointMissing) {
+    if (const Result applied = ApplyTables(mode); IsFailure(applied)) return applied;
+  }
   return Finish(mode);
 }
 
@@ -110,29 +105,22 @@ Result Procedure::EmptyStore(SyncMode mode) {
 }
 
 Result Procedure::ApplyTables(SyncMode mode) {
-  const bool incremental = mode == SyncMode::kIncremental;
-  if (incremental) {
-    if (const Result applied = ApplyChangeList(); IsFailure(applied)) return applied | StepFlag::kChangeListApplied;
-  }
-  const Applying applying = {incremental, changes_, id_map_};
-  if (groups_ != nullptr) {
-    if (const Result applied = ApplyFlagged(*groups_, applying); IsFailure(applied)) return applied;
-  }
-  if (const Result applied = ApplyFlagged(main_, applying); IsFailure(applied)) return applied;
-  if (incremental) call_.Delete(facts_.consumed_change_list);
-  return Result::kOk;
+  if (!AppliesChanges(facts_, mode)) return ApplyEach(false);
+  const Result applied = Told(ApplyChanges());
+  if (!IsFailure(applied)) call_.Delete(facts_.consumed_change_list);
+  return applied;
 }
 
-Result Procedure::ApplyFlagged(RecordTable& table, const Applying& applying) {
-  const Result applied = table.Apply(applying);
-  if (!IsFailure(applied)) return Result::kOk;
-  return applied | (applying.incremental ? table.facts().applied_incrementally : table.facts().applied);
-}
-
-Result Procedure::ApplyChangeList() {
+Result Procedure::ApplyChanges() {
   Deletions deletions;
+  if (const Result read = ReadChangeList(deletions); IsFailure(read)) return read | StepFlag::kChangeListApplied;
+  const Result deleted = Told(DeleteRecords(deletions));
+  return IsFailure(deleted) ? deleted | StepFlag::kChangeListApplied : ApplyEach(true);
+}
+
+Result Procedure::ReadChangeList(Deletions& deletions) {
   if (!changes_.Create()) return Result::kNoChangeList;
-  const auto take = [&](const ChangeRecord& read) {
+  return ForEachEntry<ChangeRecord>(call_.PathOf(facts_.names.change_list), [&](const ChangeRecord& read) {
     const ChangeRecord change = AsItCounts(read, facts_.tables_of_changes);
     if (change.operation != Operation::kDeleted) {
       const bool passed_over = facts_.passes_over_operation_0 && change.operation == Operation::kNone;
@@ -140,15 +128,45 @@ Result Procedure::ApplyChangeList() {
     }
     if (change.table >= facts_.tables.size()) return Result::kOk;
     return deletions[change.table].Append(change.id) ? Result::kOk : Result::kNoMemory;
-  };
-  const Result read = ForEachEntry<ChangeRecord>(call_.PathOf(facts_.names.change_list), take);
-  return IsFailure(read) ? read : DeleteRecords(call_.store(), facts_.erase, deletions);
+  });
+}
+
+/// Each table's in one call, which is not made for none.
+Result Procedure::DeleteRecords(const Deletions& deletions) const {
+  StoreFunction erase;
+  if (!erase.LookUp(call_.store(), facts_.erase)) return Result::kEntryPointMissing;
+  std::uint32_t table = 0;
+  for (const List<std::uint32_t>& ids : deletions) {
+    const auto count = static_cast<std::uint32_t>(ids.size());
+    const bool deleted = count == 0 || erase({.table = table, .count = count, .ids = ids.data()});
+    if (!deleted && !facts_.never_fails) return Result::kDeleteFailed;
+    ++table;
+  }
+  return Result::kOk;
+}
+
+Result Procedure::ApplyEach(bool incremental) {
+  const Applying applying = {incremental, changes_, id_map_};
+  return ForEach({groups_, &main_}, [&](RecordTable& table) { return ApplyFlagged(table, applying); });
+}
+
+Result Procedure::ApplyFlagged(RecordTable& table, const Applying& applying) {
+  if (table.names().exchange_file == nullptr) return Result::kOk;
+  const Result applied = table.Apply(applying);
+  if (!IsFailure(applied)) return Result::kOk;
+  return applied | (applying.incremental ? table.facts().applied_incrementally : table.facts().applied);
 }
 
 Result Procedure::Finish(SyncMode mode) {
-  for (const TableNames& table : facts_.names.tables) call_.Delete(table.exchange_file);
-  if (const Result written = WriteSnapshots(mode); IsFailure(written)) return written;
+  for (const TableNames& table : facts_.names.tables) {
+    if (table.exchange_file != nullptr) call_.Delete(table.exchange_file);
+  }
+  return Remember(mode);
+}
+
+Result Procedure::Remember(SyncMode mode) {
   if (!IsRemembered(mode)) return Result::kOk;
+  if (const Result written = WriteSnapshots(mode); IsFailure(written)) return written;
   File file = File::CreateAlways(call_.PathOf(facts_.names.id_map));
   const Result mapped = file.IsOpen() ? WriteEntries(file, id_map_) : Result::kFileFailed;
   return IsFailure(mapped) && facts_.id_map_written != kNoFlag ? mapped | facts_.id_map_written : Result::kOk;

@@ -4,6 +4,7 @@
 #define QV_SYNC_PROCEDURE_H
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <span>
 
@@ -43,6 +44,11 @@ struct ModuleFacts {
   EntryPoint erase;                          ///< Deletes records.
   EntryPoint erase_all;                      ///< Empties the store.
   EmptiedBy emptied_by = EmptiedBy::kReplace;
+  /// A recover asked for on the handset itself applies a change list, as an incremental one does. Usually it inserts.
+  bool local_recover_applies_changes = false;
+  /// No run fails: what goes wrong ends its own step, for its own table, and is not told. A change list that cannot be
+  /// read ends applying, and a store that lacks what empties it gets nothing; what came in is deleted all the same.
+  bool never_fails = false;
 
   /// An export begins by deleting the main exchange table: one that fails early leaves none.
   bool deletes_table_first = false;
@@ -60,6 +66,11 @@ struct ModuleFacts {
   /// desktop asks for a full export.
   StepFlag id_map_written = kNoFlag;
 };
+
+/// Whether a recover applies a change list.
+constexpr bool AppliesChanges(const ModuleFacts& facts, SyncMode mode) {
+  return mode == SyncMode::kIncremental || (mode == SyncMode::kLocalRecover && facts.local_recover_applies_changes);
+}
 
 /// Whether the facts name all that the procedure calls.
 constexpr bool IsComplete(const ModuleFacts& facts) {
@@ -97,22 +108,36 @@ class Procedure {
   Result Recover(SyncMode mode);
   /// Deletes all that the store holds, in the modes that begin so. kEntryPointMissing, kWipeFailed.
   Result EmptyStore(SyncMode mode);
-  /// Applies the tables, groups first: the main records are pointed at the ids that these receive. An incremental run
-  /// applies the change list's deletions before and deletes the facts' consumed list behind.
+  /// Applies the tables, groups first: the main records are pointed at the ids that these receive. A run with a change
+  /// list applies its deletions before and deletes the facts' consumed list behind.
   /// StepFlag::kChangeListApplied, and the tables' flags.
   Result ApplyTables(SyncMode mode);
+
   /// Which handset id each record received so far.
   IdMap& id_map() { return id_map_; }
   /// Deletes the exchange tables; in a run that is remembered also rewrites the snapshot logs and writes the id map.
   /// StepFlag::kSnapshotWritten, and the id map's flag.
   Result Finish(SyncMode mode);
+  /// What follows on the deletion, of a module that deletes in between.
+  Result Remember(SyncMode mode);
 
  private:
+  /// Record ids to delete, by table.
+  using Deletions = List<std::uint32_t>[2];
+
+  /// What a step's result means to the run.
+  Result Told(Result result) const { return facts_.never_fails ? Result::kOk : result; }
+  /// Takes a step on both tables, in this order.
+  template <typename Step>
+  Result ForEach(std::initializer_list<RecordTable*> tables, Step step);
+
   [[nodiscard]] bool LookUpTables();
   Result ExportFlagged(RecordTable& table, File* change_list);
-  Result WriteSnapshotOf(RecordTable& table);
+  Result ApplyChanges();
+  Result ReadChangeList(Deletions& deletions);
+  Result DeleteRecords(const Deletions& deletions) const;
+  Result ApplyEach(bool incremental);
   Result ApplyFlagged(RecordTable& table, const Applying& applying);
-  Result ApplyChangeList();
 
   const ModuleFacts& facts_;
   const ModuleCall& call_;

@@ -48,7 +48,7 @@ Result RecordTable::ListRecords(SyncInfoList& info) {
 
 bool RecordTable::Read(std::span<const std::uint32_t> ids, void* records) const {
   const auto count = static_cast<std::uint32_t>(ids.size());
-  return read_({.table = number_, .count = count, .ids = ids.data(), .records = records});
+  return read_({.table = number_, .count = count, .id = ids.front(), .ids = ids.data(), .records = records});
 }
 
 Result RecordTable::QueueRecords(File* change_list, SyncInfoList& info) const {
@@ -91,10 +91,11 @@ Result RecordTable::Export(File* change_list) {
 Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) {
   const layout::RecordLayout& layout = *names().layout;
   List<std::uint8_t> records;
-  if (!records.Resize(std::max<std::size_t>(batch, facts_.read_room), layout.store_size)) return Result::kNoMemory;
-  records.Zero();
-  if (!exchange_records_.Resize(layout.exchange_size)) return Result::kNoMemory;
+  const std::size_t room = std::max<std::size_t>(std::min(batch, ids.size()), facts_.read_room);
+  if (!records.Resize(room, layout.store_size)) return Result::kNoMemory;
+  if (!MakeRoomToWrite()) return Result::kNoMemory;
   return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
+    records.Zero();
     if (!Read(run, records.data())) return Result::kReadFailed;
     if (!exchange_table.IsOpen()) exchange_table = CreateExchangeTable();
     if (!exchange_table.IsOpen()) return Result::kFileFailed | facts_.written;
@@ -194,10 +195,14 @@ Result RecordTable::ApplyRecord(File& exchange_table, const Applying& applying, 
   } else {
     layout::ToStore(layout, exchange, record);
   }
-  if (const Result items = ReadItems(exchange_table, layout, exchange, record); IsFailure(items)) return items;
+  bool is_whole = false;
+  if (const Result items = ReadItems(exchange_table, layout, exchange, record, is_whole); IsFailure(items))
+    return items;
+  if (!is_whole) return Result::kFileUnreadable;
   Repoint(record, applying.id_map);
   const std::uint32_t group = Exists(facts_.group_argument) ? layout::LoadSlot(facts_.group_argument, record) : 0;
-  return Put(applying, layout::LoadSlot(facts_.incoming_id, exchange), record, group);
+  const std::uint32_t id = layout::LoadSlot(facts_.incoming_id, exchange);
+  return Put(applying, {.table = number_, .id = id, .records = record, .group = group});
 }
 
 void RecordTable::Repoint(std::uint8_t* store_record, const IdMap& id_map) const {
@@ -206,9 +211,8 @@ void RecordTable::Repoint(std::uint8_t* store_record, const IdMap& id_map) const
   layout::StoreSlot(facts_.group_reference, store_record, id_map.Translate(kGroupTable, group));
 }
 
-Result RecordTable::Put(const Applying& applying, std::uint32_t id, const void* record, std::uint32_t group) {
-  const Arguments arguments = {.table = number_, .id = id, .records = record, .group = group};
-  switch (applying.Wanted(number_, id)) {
+Result RecordTable::Put(const Applying& applying, const Arguments& arguments) {
+  switch (applying.Wanted(arguments.table, arguments.id)) {
     case Operation::kNew: return Insert(applying, arguments);
     case Operation::kModified: return update_(arguments) ? Result::kOk : Result::kUpdateFailed;
     default: return Result::kOk;
@@ -219,7 +223,7 @@ Result RecordTable::Insert(const Applying& applying, Arguments arguments) {
   std::uint32_t new_id = 0;
   arguments.new_id = &new_id;
   if (!insert_(arguments)) return Result::kInsertFailed;
-  return applying.id_map.Append(number_, new_id, arguments.id) ? Result::kOk : Result::kNoMemory;
+  return applying.id_map.Append(arguments.table, new_id, arguments.id) ? Result::kOk : Result::kNoMemory;
 }
 
 }  // namespace qv

@@ -26,6 +26,7 @@ enum class TableCreated : std::uint8_t {
   kFirstAndAnew,  ///< Before that, empty; and anew with the first records.
   kWithRecords,   ///< With the first records; empty when there are none to write.
   kUnlessEmpty,   ///< As kWithRecords, but not at all when the store has none.
+  kByModule,      ///< Not by the table's export: the module has it open, for several tables.
 };
 
 /// What a table is asked through. Tables that a store tells apart by their number share these.
@@ -135,7 +136,7 @@ class RecordTable {
   /// kNoMemory; kFileFailed, kFileUnreadable and kNoMemory with StepFlag::kSnapshotRead for a snapshot that cannot be
   /// loaded.
   Result QueueRecords(File* change_list, SyncInfoList& info) const;
-  /// Fills cleared records. False when the store fails.
+  /// Fills cleared records; a store that takes an id instead is asked for one at a time. False when the store fails.
   [[nodiscard]] bool Read(std::span<const std::uint32_t> ids, void* records) const;
   File CreateExchangeTable() const { return File::CreateAlways(call_.PathOf(names().exchange_file)); }
 
@@ -166,16 +167,20 @@ class RecordTable {
   virtual Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more);
   /// Points a record at what its references now mean, before it goes to the store.
   virtual void Repoint(std::uint8_t* store_record, const IdMap& id_map) const;
-  /// Inserts, updates or passes over the record that came as `id`.
-  Result Put(const Applying& applying, std::uint32_t id, const void* record, std::uint32_t group = 0);
-  /// Inserts the record that came as arguments.id, and maps it. kInsertFailed, kNoMemory.
+  /// Inserts, updates or passes over the record of arguments.table that came as arguments.id.
+  Result Put(const Applying& applying, const Arguments& arguments);
+  /// Inserts such a record, and maps it. kInsertFailed, kNoMemory.
   virtual Result Insert(const Applying& applying, Arguments arguments);
+
+  /// For WriteRecord. False without memory.
+  [[nodiscard]] bool MakeRoomToWrite() { return exchange_records_.Resize(names().layout->exchange_size); }
+  /// Writes a record as the one that was listed under this id.
+  [[nodiscard]] bool WriteRecord(File& exchange_table, std::uint32_t id, const std::uint8_t* record);
 
  private:
   bool IsCounted() const { return facts_.uncounted_room == 0; }
   Result Count(std::uint32_t& count) const;
   Result EmptyResult() const { return number_ == kMainTable ? Result::kTable0Empty : Result::kTable1Empty; }
-  bool WriteRecord(File& exchange_table, std::uint32_t id, const std::uint8_t* record);
   /// The next record's fixed part; null at the end. kNoMemory, kFileUnreadable.
   Result NextRecord(File& exchange_table, bool incremental, const std::uint8_t*& record);
   Result NextOfChunk(File& exchange_table, const std::uint8_t*& record);

@@ -4,12 +4,15 @@
 #include <algorithm>
 #include <iterator>
 
+#include "modules/calendar/agenda.h"
 #include "modules/calendar/schedule.h"
+#include "modules/calendar/tasks.h"
 #include "modules/contacts/contacts.h"
 #include "modules/mail/mail.h"
 #include "modules/messaging/call_history.h"
 #include "modules/messaging/mms.h"
 #include "modules/messaging/sms.h"
+#include "modules/messaging/unified_mail.h"
 #include "modules/organizer/card_reader.h"
 #include "modules/organizer/graphic_memo.h"
 #include "modules/telephony/call_filter.h"
@@ -33,6 +36,9 @@ constexpr BuiltModule kBuiltModules[] = {
      .rules = qv::contacts::kRules,
      .columns = {&qv::contacts::kContactLayout, ContactColumns}},
     {2, qv::schedule::kNames, &qv::schedule::kFacts, qv::schedule::kStepWords},
+    {3, qv::tasks::kNames, &qv::tasks::kFacts, {}},
+    {4, qv::agenda::kNames, &qv::agenda::kFacts, qv::agenda::kStepWords, qv::agenda::kRules},
+    {5, qv::unified_mail::kNames, &qv::unified_mail::kFacts, {}, qv::unified_mail::kRules},
     {.id = 6,
      .names = qv::mail::kNames,
      .rules = qv::mail::kRules,

@@ -32,9 +32,8 @@ Result ReadMembership(File& table, std::uint8_t* record, bool& more) {
   const Result read = ReadRecord(table, head, sizeof(head), sizeof(head), more);
   if (!more) return read;
   layout::ToStore(kMembershipLayout, head, record);
-  const Result items = ReadItems(table, kMembershipLayout, head, record);
-  more = !IsFailure(items);
-  return items;
+  (void)ReadItems(table, kMembershipLayout, head, record, more);
+  return more ? Result::kOk : Result::kFileUnreadable;
 }
 
 /// Points a membership at the ids that the groups received.

@@ -55,11 +55,12 @@ Result WriteMessage(File& exchange_table, const StoreMessage& message) {
 
 /// A part of a record: all `size` bytes of it, in a block of just that size; none for nothing. kNoMemory,
 /// kFileUnreadable.
-Result ReadPart(File& exchange_table, std::size_t size, List<std::uint8_t>& part) {
+Result ReadBlock(File& exchange_table, std::size_t size, List<std::uint8_t>& block) {
   if (size == 0) return Result::kOk;
-  if (!part.Resize(size)) return Result::kNoMemory;
-  std::size_t got = 0;
-  return exchange_table.Read(part.data(), size, got) && got == size ? Result::kOk : Result::kFileUnreadable;
+  if (!block.Resize(size)) return Result::kNoMemory;
+  bool is_whole = false;
+  (void)ReadPart(exchange_table, block.data(), size, is_whole);
+  return is_whole ? Result::kOk : Result::kFileUnreadable;
 }
 
 }  // namespace
@@ -95,7 +96,7 @@ Result MmsHandler::ApplyConfig() {
   std::uint32_t size = 0;
   List<std::uint8_t> block;
   if (!file.Size(size)) return Result::kFileUnreadable;
-  if (const Result read = ReadPart(file, size, block); IsFailure(read)) return read;
+  if (const Result read = ReadBlock(file, size, block); IsFailure(read)) return read;
   auto* const set = call_.store().Resolve<SetConfigFunction>(u"mms_Sync_SetConfig");
   if (set == nullptr) return Result::kEntryPointMissing;
   return set(block.data(), size) == 0 ? Result::kOk : Result::kInsertFailed;
@@ -119,28 +120,27 @@ Result MmsHandler::Table::ExportRecords(std::span<const std::uint32_t> ids, std:
 
 Result MmsHandler::Table::ApplyRecord(File& exchange_table, const Applying& applying, bool& more) {
   more = false;
-  if (!rest_is_known_ && !exchange_table.Size(rest_)) return Result::kFileUnreadable;
-  rest_is_known_ = true;
+  if (!rest_.Learn(exchange_table)) return Result::kFileUnreadable;
   std::uint8_t exchange[kExchangeSize];
   const Result read = ReadRecord(exchange_table, exchange, sizeof(exchange), sizeof(exchange), more);
   if (!more) return read;
-  rest_ -= std::min<std::uint32_t>(rest_, sizeof(exchange));
+  rest_.Take(sizeof(exchange));
 
   const std::uint32_t text_length = layout::LoadSlot(kTextLength, exchange);
   const auto said_length = static_cast<std::int32_t>(layout::LoadSlot(kDataLength, exchange));
   const auto data_length = static_cast<std::uint32_t>(std::max(said_length, 0));
-  if (text_length > rest_ || data_length > rest_ - text_length) return Result::kFileUnreadable;
-  rest_ -= text_length + data_length;
+  if (!rest_.Holds(std::uint64_t{text_length} + data_length)) return Result::kFileUnreadable;
+  rest_.Take(text_length + data_length);
   List<std::uint8_t> text;
   List<std::uint8_t> data;
-  if (const Result part = ReadPart(exchange_table, text_length, text); IsFailure(part)) return part;
-  if (const Result part = ReadPart(exchange_table, data_length, data); IsFailure(part)) return part;
+  if (const Result part = ReadBlock(exchange_table, text_length, text); IsFailure(part)) return part;
+  if (const Result part = ReadBlock(exchange_table, data_length, data); IsFailure(part)) return part;
   const StoreMessage message = {.text = reinterpret_cast<char*>(text.data()),
                                 .id = layout::LoadSlot(kMessageId, exchange),
                                 .value = layout::LoadSlot(kValue, exchange),
                                 .data = data.data(),
                                 .data_length = said_length};
-  return Put(applying, message.id, &message);
+  return Put(applying, {.table = number(), .id = message.id, .records = &message});
 }
 
 }  // namespace qv::mms

@@ -4,6 +4,7 @@
 #define QV_MODULES_MESSAGING_MMS_H
 
 #include "modules/messaging/mms_layout.h"
+#include "sync/exchange_table.h"
 #include "sync/procedure.h"
 
 namespace qv::mms {
@@ -59,8 +60,7 @@ class MmsHandler {
     Result ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) override;
     Result ApplyRecord(File& exchange_table, const Applying& applying, bool& more) override;
 
-    bool rest_is_known_ = false;
-    std::uint32_t rest_ = 0;  ///< Bytes of the exchange table that are not read yet.
+    FileRest rest_;
   };
 
   Result ExportConfig();
