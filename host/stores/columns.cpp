@@ -2,9 +2,11 @@
 #include "host/stores/columns.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "host/handset/unicode.h"
+#include "layout/narrow_text.h"
 
 namespace stores {
 namespace {
@@ -12,13 +14,24 @@ namespace {
 using qv::layout::Form;
 using qv::layout::Slot;
 
-enum class Kind { kNumber, kTime, kText, kBytes };
+enum class Kind { kNumber, kTime, kText, kNarrowText, kDate, kBytes };
 
 Kind KindOf(const Slot& slot) {
   if (qv::layout::IsNumeric(slot.form)) return Kind::kNumber;
-  if (slot.form == Form::kFileTime) return Kind::kTime;
-  const bool is_text = slot.form == Form::kText || slot.form == Form::kRawText || slot.form == Form::kTimeText;
-  return is_text ? Kind::kText : Kind::kBytes;
+  switch (slot.form) {
+    case Form::kFileTime: return Kind::kTime;
+    case Form::kText:
+    case Form::kRawText:
+    case Form::kTimeText: return Kind::kText;
+    case Form::kNarrowText: return Kind::kNarrowText;
+    case Form::kSystemTime: return Kind::kDate;
+    default: return Kind::kBytes;
+  }
+}
+
+std::int64_t LoadNumber(const Slot& slot, const std::uint8_t* record) {
+  const std::uint32_t number = qv::layout::LoadSlot(slot, record);
+  return slot.form == Form::kSigned ? std::int64_t{static_cast<std::int32_t>(number)} : std::int64_t{number};
 }
 
 /// A FILETIME as one number.
@@ -66,12 +79,63 @@ void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int pa
   }
 }
 
+/// Room for a narrow text as a wide one: a character is a byte of it at least.
+constexpr std::uint16_t kWideSize = sizeof(char16_t) * (qv::layout::kMostNarrowText + 1);
+constexpr Slot kWide = qv::layout::Text(0, kWideSize);
+
+std::string NarrowText(const Slot& slot, const std::uint8_t* record) {
+  std::uint8_t wide[kWideSize] = {};
+  qv::layout::PutWideText(record + slot.offset, slot.size, wide, kWideSize);
+  return handset::Utf8(TextUpToNul(kWide, wide));
+}
+
+void PutNarrowText(std::string_view text, const Slot& slot, std::uint8_t* record) {
+  std::uint8_t wide[kWideSize] = {};
+  PutText(handset::Utf16(text), kWide, wide);
+  qv::layout::PutNarrowText(wide, kWideSize, record + slot.offset, slot.size);
+}
+
+/// "2006-01-05 09:03:07"; nothing for no time at all. The day of the week and the milliseconds are not told.
+std::string DateText(const Slot& slot, const std::uint8_t* record) {
+  if (WithoutTrailingZeros(slot, record).empty()) return "";
+  coredll::SYSTEMTIME t;
+  std::memcpy(&t, record + slot.offset, sizeof(t));
+  char text[64];
+  std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d:%02d", t.wYear, t.wMonth, t.wDay, t.wHour, t.wMinute,
+                t.wSecond);
+  return text;
+}
+
+/// What is missing at the end of the text is zero.
+void PutDate(std::string_view text, const Slot& slot, std::uint8_t* record) {
+  coredll::SYSTEMTIME t = {};
+  (void)std::sscanf(std::string(text).c_str(), "%hu-%hu-%hu %hu:%hu:%hu", &t.wYear, &t.wMonth, &t.wDay, &t.wHour,
+                    &t.wMinute, &t.wSecond);
+  std::memcpy(record + slot.offset, &t, sizeof(t));
+}
+
+/// Binds the text that `put` would make the slot of, or the slot's bytes when it would not.
+void BindIfExact(const std::string& text, void (*put)(std::string_view, const Slot&, std::uint8_t*), const Slot& slot,
+                 const std::uint8_t* record, Query& query, int parameter) {
+  std::vector<std::uint8_t> again(slot.offset + slot.size);
+  put(text, slot, again.data());
+  if (std::equal(again.begin() + slot.offset, again.end(), record + slot.offset)) {
+    query.Bind(parameter, text);
+  } else {
+    query.Bind(parameter, WithoutTrailingZeros(slot, record));
+  }
+}
+
+bool IsNamed(const Slot& slot) {
+  return slot.form != Form::kNone && slot.form != Form::kUnused;
+}
+
 }  // namespace
 
 std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
   std::vector<Column> columns;
   for (const qv::layout::Field& field : layout.fields) {
-    if (field.store.form == Form::kNone || field.store.form == Form::kUnused) continue;
+    if (!IsNamed(field.store)) continue;
     if (field.carried == qv::layout::Carried::kRepeated) continue;
     columns.push_back({field.name, field.store});
   }
@@ -83,11 +147,17 @@ std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
   return columns;
 }
 
+const Slot& IdSlotOf(const qv::layout::RecordLayout& layout) {
+  return std::ranges::find_if(layout.fields, IsNamed, &qv::layout::Field::store)->store;
+}
+
 std::string TypeOf(const Column& column) {
   switch (KindOf(column.slot)) {
     case Kind::kNumber:
     case Kind::kTime: return "INTEGER NOT NULL DEFAULT 0";
-    case Kind::kText: return "TEXT NOT NULL DEFAULT ''";
+    case Kind::kText:
+    case Kind::kNarrowText:
+    case Kind::kDate: return "TEXT NOT NULL DEFAULT ''";
     case Kind::kBytes: break;
   }
   return "BLOB NOT NULL DEFAULT x''";
@@ -95,23 +165,28 @@ std::string TypeOf(const Column& column) {
 
 void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   switch (KindOf(slot)) {
-    case Kind::kNumber: return query.Bind(parameter, std::int64_t{qv::layout::LoadSlot(slot, record)});
+    case Kind::kNumber: return query.Bind(parameter, LoadNumber(slot, record));
     case Kind::kTime: return query.Bind(parameter, LoadTime(slot, record));
     case Kind::kText: return BindText(slot, record, query, parameter);
+    case Kind::kNarrowText: return BindIfExact(NarrowText(slot, record), PutNarrowText, slot, record, query, parameter);
+    case Kind::kDate: return BindIfExact(DateText(slot, record), PutDate, slot, record, query, parameter);
     case Kind::kBytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
   }
 }
 
 void ReadColumn(const Query& query, int column, const Slot& slot, std::uint8_t* record) {
-  if (KindOf(slot) == Kind::kNumber) {
+  const Kind kind = KindOf(slot);
+  if (kind == Kind::kNumber) {
     qv::layout::StoreSlot(slot, record, static_cast<std::uint32_t>(query.Number(column)));
-  } else if (KindOf(slot) == Kind::kTime) {
+  } else if (kind == Kind::kTime) {
     StoreTime(query.Number(column), slot, record);
-  } else if (KindOf(slot) == Kind::kText && !query.IsBlob(column)) {
-    PutText(handset::Utf16(query.Text(column)), slot, record);
-  } else {
+  } else if (kind == Kind::kBytes || query.IsBlob(column)) {
     const std::span<const std::uint8_t> bytes = query.Blob(column);
     std::copy_n(bytes.data(), std::min<std::size_t>(bytes.size(), slot.size), record + slot.offset);
+  } else if (kind == Kind::kText) {
+    PutText(handset::Utf16(query.Text(column)), slot, record);
+  } else {
+    (kind == Kind::kDate ? PutDate : PutNarrowText)(query.Text(column), slot, record);
   }
 }
 

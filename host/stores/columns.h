@@ -20,11 +20,15 @@ struct Column {
 /// record have none.
 std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout);
 
+/// Of a form whose records say their id: where. It is the first row's that is not unused.
+const qv::layout::Slot& IdSlotOf(const qv::layout::RecordLayout& layout);
+
 /// The column's type and what it holds in a row inserted by hand that does not name it, in SQL.
 std::string TypeOf(const Column& column);
 
-/// Numbers are kept as they stand in the record, bytes without the zeros at their end. Text is kept as UTF-8, but as
-/// the slot's bytes when UTF-8 could not give them back: ill-formed, without a NUL, or with something behind it.
+/// Numbers are kept as they stand in the record, bytes without the zeros at their end. Text, of 8 bits too, is kept as
+/// UTF-8, but as the slot's bytes when UTF-8 could not give them back: ill-formed, without a NUL, or with something
+/// behind it. A SYSTEMTIME is kept as "2006-01-05 09:03:07", likewise: with a day of the week or milliseconds as bytes.
 void BindColumn(const qv::layout::Slot& slot, const std::uint8_t* record, Query& query, int parameter);
 
 /// The reverse, on a record whose slot is zero. What someone wrote by hand and does not fit is cut; text keeps its NUL.

@@ -119,6 +119,12 @@ std::uint32_t RecordStore::SyncInfo(std::span<qv::SyncInfoEntry> entries) const 
   return filled;
 }
 
+bool RecordStore::Has(std::uint32_t id) const {
+  Query query(read_);
+  query.Bind(1, std::int64_t{id});
+  return query.Step();
+}
+
 void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const {
   const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
   for (const std::uint32_t id : ids) {
@@ -126,7 +132,7 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
     query.Bind(1, std::int64_t{id});
     if (!query.Step()) throw UnknownId(id);
     std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
-    if (kind_.says_id) qv::layout::StoreSlot(kind_.layout.fields[0].store, records, id);
+    if (kind_.says_id) qv::layout::StoreSlot(IdSlotOf(kind_.layout), records, id);
     if (kind_.time.size != 0) PutTime(query.Number(0), kind_.time, records);
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);

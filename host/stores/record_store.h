@@ -22,13 +22,13 @@ namespace stores {
 
 struct KindDescription {
   const char* table;                       ///< In the database.
-  const qv::layout::RecordLayout& layout;  ///< Its first row is the record's id, if it says one.
+  const qv::layout::RecordLayout& layout;  ///< Its first named row is the record's id, if it says one.
   qv::layout::Slot argument = {};          ///< Where the last argument of the store's insert and update goes.
   qv::layout::Slot time = {};              ///< Where a record tells `modified`: a FILETIME, or bytes of a CalendarTime.
                                            ///< It is no column of its own.
   qv::SyncInfoForm list = qv::kFileTimeIn16Bytes;  ///< How the store lists the records.
   std::string_view insert_refusal = {};            ///< A setting that the store's insert refuses by (RefuseIfSet).
-  bool says_id = true;            ///< Otherwise only the row has an id, and the record's first row is a column.
+  bool says_id = true;            ///< Otherwise only the row has an id, and all of the record's are columns.
   const char* more_columns = "";  ///< In SQL, each after a comma: for those who read and write them themselves.
 };
 
@@ -53,6 +53,7 @@ class RecordStore {
   const KindDescription& Kind() const { return kind_; }
 
   std::uint32_t Count() const;
+  bool Has(std::uint32_t id) const;
 
   /// Fills `entries` in the order of insertion as far as there is room; returns how many were filled.
   std::uint32_t SyncInfo(std::span<qv::SyncInfoEntry> entries) const;

@@ -173,8 +173,8 @@ Status StoreLibrary::Update(std::uint32_t table, std::uint32_t id, const void* r
 Status StoreLibrary::Update(std::uint32_t table, const void* record) noexcept {
   return OnTable(table, [&](RecordStore& store) {
     Expect({record});
-    const qv::layout::Slot& id_slot = store.Kind().layout.fields[0].store;
-    const std::uint32_t id = qv::layout::LoadSlot(id_slot, static_cast<const std::uint8_t*>(record));
+    const auto* const bytes = static_cast<const std::uint8_t*>(record);
+    const std::uint32_t id = qv::layout::LoadSlot(IdSlotOf(store.Kind().layout), bytes);
     UpdateRecords(store, 1, &id, record, 0);
   });
 }

@@ -9,7 +9,6 @@
 
 namespace {
 
-using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
 std::vector<std::string> ExportsOf(const std::string& file) {
@@ -42,8 +41,14 @@ TEST(StoreExportsTest, TheContactStoreExportsItsTwentyTwoEntryPointsAndNothingEl
                            "DTP_PIMModifyManToGroup", "DTP_DownloadingImage", "DTP_LoadingImage", "DTP_DeleteImage"));
 }
 
-TEST(StoreExportsTest, TheMailStoreExportsTheMailIdOnly) {
-  EXPECT_THAT(ExportsOf(QV_MAIL_STORE), ElementsAre("GetSystemMailID"));
+TEST(StoreExportsTest, TheMailStoreExportsItsClassAndTheMailIdAndNothingElse) {
+  EXPECT_THAT(
+      ExportsOf(QV_MAIL_STORE),
+      UnorderedElementsAre("CMailDBSync", "InitCEDB", "CloseCEDB", "DisConnectDB", "Sync_GetUserInfo",
+                           "Sync_GetConfigInfo", "Sync_GetFilterInfo", "Sync_GetLinkManInfo", "Sync_GetFolderInfo",
+                           "Sync_GetUIDLInfo", "Sync_GetMailHeaderInfo", "Sync_GetMailAddressInfo", "Sync_SetUserInfo",
+                           "Sync_SetUIDLInfo", "Sync_SetFilterInfo", "Sync_QueryHeaderByUserId", "Sync_SetFolderInfo",
+                           "Sync_SetMailInfo", "GetSystemMailID"));
 }
 
 TEST(StoreExportsTest, TheSmsStoreExportsItsNineEntryPointsAndNothingElse) {

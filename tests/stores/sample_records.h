@@ -34,8 +34,11 @@ inline Record NamedBits(const qv::layout::RecordLayout& layout) {
   return mask;
 }
 
+/// The id is the first row's that is not unused.
 inline void PutId(const qv::layout::RecordLayout& layout, std::uint32_t id, Record& record) {
-  const qv::layout::Slot& slot = layout.fields[0].store;
+  const qv::layout::Field* field = layout.fields.data();
+  while (field->store.form == qv::layout::Form::kUnused) ++field;
+  const qv::layout::Slot& slot = field->store;
   qv::layout::StoreNumber(record.data() + slot.offset, slot.size, id);
 }
 

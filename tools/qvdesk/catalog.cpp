@@ -8,6 +8,7 @@
 #include "modules/calendar/schedule.h"
 #include "modules/calendar/tasks.h"
 #include "modules/contacts/contacts.h"
+#include "modules/mail/mail.h"
 #include "modules/messaging/call_history.h"
 #include "modules/messaging/mms.h"
 #include "modules/messaging/sms.h"
@@ -19,6 +20,7 @@
 #include "sync/anchor_file.h"
 #include "sync/file_forms.h"
 #include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/mail_calls.h"
 #include "tools/qvdesk/telling_columns.h"
 #include "tools/qvdesk/text.h"
 
@@ -32,16 +34,23 @@ constexpr BuiltModule kBuiltModules[] = {
      .facts = &qv::contacts::kFacts,
      .step_words = qv::contacts::kStepWords,
      .rules = qv::contacts::kRules,
-     .main_columns = ContactColumns},
+     .columns = {&qv::contacts::kContactLayout, ContactColumns}},
     {2, qv::schedule::kNames, &qv::schedule::kFacts, qv::schedule::kStepWords},
     {3, qv::tasks::kNames, &qv::tasks::kFacts, {}},
     {4, qv::agenda::kNames, &qv::agenda::kFacts, qv::agenda::kStepWords, qv::agenda::kRules},
     {5, qv::unified_mail::kNames, &qv::unified_mail::kFacts, {}, qv::unified_mail::kRules},
+    {.id = 6,
+     .names = qv::mail::kNames,
+     .rules = qv::mail::kRules,
+     .message_file = qv::mail::kMessageFile,
+     .columns = {&qv::mail::kHeaderLayout, MessageColumns},
+     .own_calls = kMailCalls,
+     .counted = "message"},
     {.id = 7,
      .names = qv::card_reader::kNames,
      .facts = &qv::card_reader::kFacts,
      .step_words = qv::OneTableStepWords(qv::card_reader::kFacts),
-     .main_columns = CardColumns},
+     .columns = {&qv::card_reader::kCardLayout, CardColumns}},
     {.id = 8,
      .names = qv::sms::kNames,
      .facts = &qv::sms::kFacts,
@@ -67,6 +76,9 @@ constexpr BuiltModule kBuiltModules[] = {
 constexpr FileKind kBookkeepingKinds[] = {FileKind::kChangeList, FileKind::kIdMap, FileKind::kSnapshot,
                                           FileKind::kAnchors};
 
+/// Stands for the number in a numbered file's name, at its beginning.
+constexpr char kNumber[] = "N";
+
 const qv::layout::RecordLayout* BookkeepingLayout(FileKind kind) {
   switch (kind) {
     case FileKind::kChangeList: return &qv::kChangeLayout;
@@ -80,29 +92,38 @@ std::string FileName(std::string_view path) {
   return std::string(path.substr(path.find_last_of("\\/") + 1));
 }
 
+/// `path`: null for what a module does without.
 void AddFile(std::vector<FileForm>& forms, FileKind kind, const qv::layout::RecordLayout* layout,
              const BuiltModule* module, const char16_t* path) {
+  if (path == nullptr) return;
   const std::string utf8 = ToUtf8(path);
-  forms.push_back({FileName(utf8), kind, layout, module, utf8});
+  const bool is_kept_on_handset = kind == FileKind::kSnapshot || kind == FileKind::kAnchors;
+  forms.push_back({FileName(utf8), kind, layout, module, is_kept_on_handset ? utf8 : FileName(utf8)});
+}
+
+void AddTable(std::vector<FileForm>& forms, const BuiltModule& module, const qv::TableNames& table) {
+  if (table.exchange_file == nullptr) return;
+  AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file);
+  forms.back().incremental_stride = table.incremental_stride;
+  if (table.layout == module.columns.form) forms.back().columns = module.columns.choose;
+}
+
+void AddMessageFile(std::vector<FileForm>& forms, const BuiltModule& module) {
+  if (module.message_file == nullptr) return;
+  const std::string name = NumberedName(module.message_file, kNumber);
+  forms.push_back({name, FileKind::kMessage, nullptr, &module, name});
 }
 
 std::vector<FileForm> CollectForms() {
   std::vector<FileForm> forms;
   for (const BuiltModule& module : kBuiltModules) {
-    for (const qv::TableNames& table : module.names.tables) {
-      if (table.exchange_file == nullptr) continue;
-      AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file);
-      forms.back().incremental_stride = table.incremental_stride;
-      if (&table == module.names.tables.data()) forms.back().columns = module.main_columns;
-    }
-    if (module.config_file != nullptr) {
-      const FileKind kind = module.config_sections.empty() ? FileKind::kBlock : FileKind::kSections;
-      AddFile(forms, kind, nullptr, &module, module.config_file);
-    }
+    for (const qv::TableNames& table : module.names.tables) AddTable(forms, module, table);
+    AddFile(forms, module.config_sections.empty() ? FileKind::kBlock : FileKind::kSections, nullptr, &module,
+            module.config_file);
+    AddMessageFile(forms, module);
     AddFile(forms, FileKind::kChangeList, &qv::kChangeLayout, &module, module.names.change_list);
     AddFile(forms, FileKind::kIdMap, &qv::kIdMapLayout, &module, module.names.id_map);
     for (const qv::TableNames& table : module.names.tables) {
-      if (table.snapshot_log == nullptr) continue;
       AddFile(forms, FileKind::kSnapshot, &qv::kSnapshotLayout, &module, table.snapshot_log);
     }
   }
@@ -111,6 +132,19 @@ std::vector<FileForm> CollectForms() {
     forms.push_back({std::string(NameOf(kind)), kind, BookkeepingLayout(kind), nullptr, ""});
   }
   return forms;
+}
+
+bool IsNumber(std::string_view text) {
+  return !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// A numbered file's name begins with its number.
+bool IsOf(const FileForm& form, std::string_view name) {
+  if (SameWithoutCase(form.name, name)) return true;
+  const std::string_view rest = std::string_view(form.name).substr(1);
+  return form.kind == FileKind::kMessage && name.size() > rest.size() &&
+         IsNumber(name.substr(0, name.size() - rest.size())) &&
+         SameWithoutCase(name.substr(name.size() - rest.size()), rest);
 }
 
 }  // namespace
@@ -143,11 +177,18 @@ std::string_view NameOf(FileKind kind) {
     case FileKind::kTable: return "table";
     case FileKind::kSections: return "sections";
     case FileKind::kBlock: return "block";
+    case FileKind::kMessage: return "message";
     case FileKind::kChangeList: return "change-list";
     case FileKind::kIdMap: return "id-map";
     case FileKind::kSnapshot: return "snapshot";
     default: return "anchors";
   }
+}
+
+std::string NumberedName(std::u16string_view pattern, const std::string& number) {
+  std::string name = ToUtf8(pattern);
+  const std::string place = "%d";
+  return name.replace(name.find(place), place.size(), number);
 }
 
 const std::vector<FileForm>& FileForms() {
@@ -158,7 +199,7 @@ const std::vector<FileForm>& FileForms() {
 const FileForm* FindForm(std::string_view file) {
   const std::string name = FileName(file);
   for (const FileForm& form : FileForms()) {
-    if (SameWithoutCase(form.name, name)) return &form;
+    if (IsOf(form, name)) return &form;
   }
   return nullptr;
 }

@@ -24,16 +24,39 @@ struct Column;  // telling_columns.h
 using ChooseColumns = std::vector<Column>(const qv::layout::RecordLayout& layout,
                                           const std::filesystem::path& directory);
 
-/// A module that this build has.
+/// The columns of a form whose texts are too many for a line.
+struct ChosenColumns {
+  const qv::layout::RecordLayout* form = nullptr;
+  ChooseColumns* choose = nullptr;
+};
+
+/// A call on a store, in words.
+struct CallWords {
+  const char* when;
+  const char* function;
+  const char* arguments;
+  const char* success;
+};
+
+/// What is asked of a store by a module that has steps of its own only.
+struct OwnCalls {
+  const char* introduction;
+  std::span<const CallWords> calls;  ///< In the order in which they are made.
+};
+
+/// A module that this build has. What its names leave out it does without: an anchor, a change list, an id map.
 struct BuiltModule {
   std::int32_t id;
   const qv::ModuleNames& names;
-  const qv::ModuleFacts* facts;
-  std::span<const qv::StepWords> step_words;
+  const qv::ModuleFacts* facts = nullptr;  ///< Null for a module that follows no procedure.
+  std::span<const qv::StepWords> step_words = {};
   std::span<const qv::RuleWords> rules = {};  ///< Of its forms, as far as the layouts cannot say them.
   const char16_t* config_file = nullptr;      ///< What travels before the tables, in the exchange directory.
   std::span<const qv::layout::RecordLayout> config_sections = {};  ///< None: the configuration is one block.
-  ChooseColumns* main_columns = nullptr;  ///< Of table 0, when its texts are too many for a line; null: as of any form.
+  const char16_t* message_file = nullptr;  ///< What travels beside the tables, one for each message: u"%d.eml".
+  ChosenColumns columns = {};
+  OwnCalls own_calls = {};        ///< Of a module without facts.
+  const char* counted = nullptr;  ///< Its results are no codes but how many of these a recover handed over: "message".
 };
 
 std::span<const BuiltModule> BuiltModules();
@@ -44,11 +67,11 @@ const BuiltModule* FindBuiltModule(std::int32_t id);
 const qv::ModuleRow& ParseModule(const std::string& text);
 const qv::ModuleRow& RowOf(std::int32_t id);
 
-enum class FileKind : std::uint8_t { kTable, kSections, kBlock, kChangeList, kIdMap, kSnapshot, kAnchors };
+enum class FileKind : std::uint8_t { kTable, kSections, kBlock, kMessage, kChangeList, kIdMap, kSnapshot, kAnchors };
 
 /// One kind of file that passes between handset and desktop, or that the handset keeps.
 struct FileForm {
-  std::string name;  ///< What --as and encode take.
+  std::string name;  ///< What --as and encode take. Of files that are numbered it has an N for the number: "N.eml".
   FileKind kind;
   const qv::layout::RecordLayout* layout;  ///< Null for what is not records back to back.
   const BuiltModule* module;               ///< Null for a form that is the same in all modules.
@@ -60,9 +83,13 @@ struct FileForm {
 /// What the name of a kind is when no module is meant: "change-list".
 std::string_view NameOf(FileKind kind);
 
+/// The name of a numbered file: `pattern` is like u"%d.eml".
+std::string NumberedName(std::u16string_view pattern, const std::string& number);
+
 /// Every form: the modules' files by their names, then the kinds.
 const std::vector<FileForm>& FileForms();
-/// By a file's name, directories in front of it ignored, without regard to case; null when no form is called so.
+/// By a file's name, which may be a form's with a number for its N, directories in front of it ignored, without regard
+/// to case; null when no form is called so.
 const FileForm* FindForm(std::string_view file);
 /// Throws UsageError that lists the forms.
 const FileForm& ParseForm(const std::string& name);

@@ -11,6 +11,7 @@
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/phone.h"
 #include "tools/qvdesk/sample_contacts.h"
+#include "tools/qvdesk/sample_mail.h"
 #include "tools/qvdesk/sample_messages.h"
 #include "tools/qvdesk/sample_organizer.h"
 #include "tools/qvdesk/sample_schedule.h"
@@ -25,6 +26,7 @@ struct Options {
   SampleSchedule schedule{.entries = 100, .groups = 4};
   std::uint32_t contacts = 60;
   SampleMessages messages{.short_messages = 60, .multimedia_messages = 6, .calls = 40};
+  std::uint32_t e_mails = 14;
   SampleOrganizer organizer{.cards = 10, .memos = 6};
   SampleTelephony telephony{.quick_dials = 8, .filters = 12};
   std::uint32_t seed = 1;
@@ -33,6 +35,7 @@ struct Options {
 /// What the model ships with, and a directory for the exchange.
 constexpr std::u16string_view kDirectories[] = {u"\\Windows",
                                                 u"\\dbdata\\sysconfig",
+                                                u"\\dbdata\\mail\\file",
                                                 u"\\systemdata\\App",
                                                 u"\\systemdata\\Dll",
                                                 u"\\systemdata\\SystemRing",
@@ -48,6 +51,7 @@ void InsertSamples(const Options& options) {
   InsertSampleSchedule(database, options.schedule, options.seed);
   InsertSampleContacts(database, options.contacts, options.seed);
   InsertSampleMessages(database, options.messages, options.seed);
+  InsertSampleMail(database, options.e_mails, options.seed);
   InsertSampleOrganizer(database, options.organizer, options.seed);
   InsertSampleTelephony(database, options.telephony, options.seed);
   database.SetSetting(stores::kSystemMailId, kMailId);
@@ -55,11 +59,11 @@ void InsertSamples(const Options& options) {
 
 std::string Describe(const Options& options) {
   return fmt::format(
-      "{} schedule entries in {} groups, {} contacts, {} short messages, {} multimedia messages, {} calls, {} cards, "
-      "{} memos, {} quick dials and {} call filter entries",
+      "{} schedule entries in {} groups, {} contacts, {} short messages, {} multimedia messages, {} calls, {} e-mails, "
+      "{} cards, {} memos, {} quick dials and {} call filter entries",
       options.schedule.entries, options.schedule.groups, options.contacts, options.messages.short_messages,
-      options.messages.multimedia_messages, options.messages.calls, options.organizer.cards, options.organizer.memos,
-      options.telephony.quick_dials, options.telephony.filters);
+      options.messages.multimedia_messages, options.messages.calls, options.e_mails, options.organizer.cards,
+      options.organizer.memos, options.telephony.quick_dials, options.telephony.filters);
 }
 
 int Create(const Options& options) {
@@ -103,6 +107,7 @@ void AddCreate(CLI::App& program, int& status) {
   add("--messages", options->messages.short_messages, "Short messages, in a few folders");
   add("--mms", options->messages.multimedia_messages, "Multimedia messages, each with a small picture");
   add("--calls", options->messages.calls, "Calls made, received and missed");
+  add("--e-mails", options->e_mails, "E-mails; two accounts with folders and filters come along");
   add("--cards", options->organizer.cards, "Business cards");
   add("--memos", options->organizer.memos, "Memos drawn by hand");
   add("--quick-dials", options->telephony.quick_dials, "Numbers behind the keys from 2 on")

@@ -29,13 +29,16 @@ const char* NameOf(qv::layout::Form form) {
     case Form::kNone: return "none";
     case Form::kUnused: return "unused";
     case Form::kNumber: return "number";
+    case Form::kSigned: return "signed number";
     case Form::kBits: return "bits";
     case Form::kTruth: return "truth";
     case Form::kText: return "text";
+    case Form::kNarrowText: return "narrow text";
     case Form::kRawText: return "raw text";
     case Form::kBytes: return "bytes";
     case Form::kTimeText: return "time text";
     case Form::kFileTime: return "file time";
+    case Form::kSystemTime: return "system time";
     case Form::kTimeNumbers: return "time";
     case Form::kNarrowText: return "narrow text";
   }

@@ -88,28 +88,45 @@ std::string Tables(const qv::ModuleFacts& facts) {
   return text;
 }
 
-std::string Module(const BuiltModule& module) {
-  const qv::ModuleFacts& facts = *module.facts;
+std::string Heading(const BuiltModule& module) {
+  return fmt::format("## {}: {}\n\n", ToUtf8(module.names.store_library), RowOf(module.id).name);
+}
+
+std::string ByFacts(const qv::ModuleFacts& facts) {
   const SyncInfoForm& form = facts.tables.front().sync_info;
   std::string text = fmt::format(
-      "## {}: {}\n\nAn entry of the list has {} bytes: u32 id, and at {} {}.\n\n{}\n"
+      "An entry of the list has {} bytes: u32 id, and at {} {}.\n\n{}\n"
       "| Call | Function | Arguments | Success |\n|---|---|---|---|\n",
-      ToUtf8(facts.names.store_library), RowOf(module.id).name, form.entry_size, form.time_offset, TimeOf(form.time),
-      Tables(facts));
+      form.entry_size, form.time_offset, TimeOf(form.time), Tables(facts));
   const char16_t* last_list = nullptr;
   for (const RecordTableFacts& table : facts.tables) {
     if (table.calls.list.name != last_list) text += CallsOf(table.calls);
     last_list = table.calls.list.name;
   }
   text += Row("delete", facts.erase, SuccessOf(facts.erase));
-  return text + Row("delete all", facts.erase_all, SuccessOf(facts.erase_all)) + "\n";
+  return text + Row("delete all", facts.erase_all, SuccessOf(facts.erase_all));
+}
+
+/// Of a module without facts.
+std::string InWords(const BuiltModule& module) {
+  std::string text = fmt::format("{}\n\n", module.own_calls.introduction);
+  for (const qv::TableNames& table : module.names.tables) {
+    text += fmt::format("- {}: record of {} bytes.\n", table.layout->name, table.layout->store_size);
+  }
+  text += "\n| When | Function | Arguments | Success |\n|---|---|---|---|\n";
+  for (const CallWords& call : module.own_calls.calls) {
+    text += fmt::format("| {} | `{}` | ({}) | {} |\n", call.when, call.function, call.arguments, call.success);
+  }
+  return text;
 }
 
 }  // namespace
 
 std::string DescribeCalls() {
   std::string text = kIntroduction;
-  for (const BuiltModule& module : BuiltModules()) text += Module(module);
+  for (const BuiltModule& module : BuiltModules()) {
+    text += Heading(module) + (module.facts != nullptr ? ByFacts(*module.facts) : InWords(module)) + "\n";
+  }
   text.pop_back();
   return text;
 }

@@ -31,11 +31,15 @@ constexpr char kIntroduction[] =
     "| number | unsigned and little-endian; where the other side has less room it keeps the low bits |\n"
     "| bits a..b | bits a down to b of such a number, bit 0 being the lowest; other fields may share the number |\n"
     "| truth | a number of which only passes on whether it is zero: the other side has 1 for any other value |\n"
-    "| text | UTF-16LE, ends with a NUL and is filled up with zeros; what is too long for its room is cut off |\n"
+    "| text | UTF-16LE, ends with a NUL and is filled up with zeros; what is too long for its room is cut off. The "
+    "store "
+    "may have it in the system's 8-bit code page, up to the first character without a counterpart |\n"
     "| raw text | UTF-16LE up to its NUL, but passed on as bytes: what lies behind the NUL goes along |\n"
     "| bytes | passed on as they stand |\n"
     "| time | six numbers of 32 bits: year, month, day, hour, minute, second; or seven, the last the milliseconds. The "
-    "store has them as a FILETIME, which is 0 for a time that does not exist, or six as 14 digits of text "
+    "store has them as a FILETIME, which is 0 for a time that does not exist; six as a SYSTEMTIME, without the day of "
+    "the "
+    "week, whether or not there is such a time; or six as 14 digits of text "
     "(`YYYYMMDDhhmmss` and a NUL, UTF-16LE); a text that is shorter or has a character that is no digit gives six "
     "zeros, and numbers too wide for their place are cut to the 14 characters |\n"
     "| unused | written as zero and never read |\n\n"
@@ -47,7 +51,8 @@ constexpr char kIntroduction[] =
     "- \"when zero all after it is zero\": while this field is zero, the fields after it in the table are not passed\n"
     "  on in either direction, and the other side has zeros there.\n\n"
     "\"In the store record\" is the offset of the same value in the store library's record, and its bits where the\n"
-    "value shares a number with others.\n\n";
+    "value shares a number with others; \"signed\" is a number that keeps its sign in the file, \"8-bit\" a text in the\n"
+    "system's code page, which passes on up to the first character without a counterpart.\n\n";
 
 /// A member of a structure of include/qv_rapi.h, whose place the compiler says.
 #define QV_MEMBER(structure, member, type, meaning)                                                                  \
@@ -90,6 +95,8 @@ std::string StorePlace(const Slot& slot) {
   std::string text = std::to_string(slot.offset);
   if (slot.width != 0)
     text += fmt::format(", bits {}..{} of {} bytes", slot.shift + slot.width - 1, slot.shift, slot.size);
+  if (slot.form == Form::kSigned) text += ", signed";
+  if (slot.form == Form::kNarrowText) text += ", 8-bit";
   return text;
 }
 
@@ -148,6 +155,7 @@ std::string NameAt(const RecordLayout& layout, const Slot& exchange) {
 
 /// What the procedure does with a record besides converting it.
 std::string ProcedureRules(const BuiltModule& module, const RecordLayout* layout) {
+  if (module.facts == nullptr) return "";
   std::string text;
   for (std::size_t i = 0; i < module.facts->tables.size(); ++i) {
     const qv::RecordTableFacts& facts = module.facts->tables[i];
@@ -208,8 +216,16 @@ std::string Block(const FileForm& form) {
   return fmt::format("### {}\n\nThe configuration, as one block: what it says only the store knows.\n\n", form.name);
 }
 
+std::string Message(const FileForm& form) {
+  return fmt::format(
+      "### {}\n\nMessage number N, as it stands on the handset: RFC 5322, a header in lines, an empty line, the "
+      "text.\n\n",
+      form.name);
+}
+
 std::string FormOf(const FileForm& form) {
   switch (form.kind) {
+    case FileKind::kMessage: return Message(form);
     case FileKind::kTable: return Table(form);
     case FileKind::kSections: return Sections(form);
     case FileKind::kBlock: return Block(form);
@@ -225,9 +241,12 @@ std::string FormOf(const FileForm& form) {
 
 std::string Module(const BuiltModule& module) {
   const qv::ModuleRow& row = RowOf(module.id);
-  std::string text = fmt::format(
-      "## Module {}: {}\n\nStore library `{}`, anchor key `{}`.\n\n| File | Where | Form |\n|---|---|---|\n", row.id,
-      row.name, ToUtf8(module.names.store_library), ToUtf8(module.names.anchor_key));
+  const std::string anchor = module.names.anchor_key == nullptr
+                                 ? "no anchor"
+                                 : fmt::format("anchor key `{}`", ToUtf8(module.names.anchor_key));
+  std::string text =
+      fmt::format("## Module {}: {}\n\nStore library `{}`, {}.\n\n| File | Where | Form |\n|---|---|---|\n", row.id,
+                  row.name, ToUtf8(module.names.store_library), anchor);
   for (const FileForm& form : FileForms()) {
     if (form.module != &module) continue;
     const bool exchanged = form.path.find('\\') == std::string::npos;

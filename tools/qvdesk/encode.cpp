@@ -104,6 +104,9 @@ void WriteBlock(const Json& document, const Options& options) {
 
 int Encode(const Options& options) {
   const FileForm& form = ParseForm(options.form);
+  if (form.kind == FileKind::kMessage) {
+    throw UsageError(form.name + ": a message is a file of text; write it, and place it as it is.");
+  }
   const std::vector<std::uint8_t> input = ReadWholeFile(options.input);
   try {
     const Json document = Parse(input, options.input);

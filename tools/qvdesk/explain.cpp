@@ -6,6 +6,7 @@
 #include <string>
 
 #include "qv_rapi.h"
+#include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/modes.h"
@@ -54,6 +55,16 @@ std::string DescribeEntryFlag(std::uint32_t flag) {
   }
 }
 
+/// Modules whose answer may be any number, when none is named.
+std::string Counted(const Run& run) {
+  std::string text;
+  for (const BuiltModule& module : BuiltModules()) {
+    if (run.module != nullptr || module.counted == nullptr) continue;
+    text += fmt::format(", unless it is a number of {0}s (--module {1})", module.counted, RowOf(module.id).name);
+  }
+  return text;
+}
+
 int Explain(const Options& options) {
   const std::uint32_t code = ParseCode(options.code);
   const Run run = ParseRun(options);
@@ -65,8 +76,9 @@ int Explain(const Options& options) {
   if (!readings.empty()) return kSuccess;
   std::fflush(stdout);
   throw std::runtime_error(fmt::format(
-      "code 0x{:08x} is unknown: no module of this build answers so{}. \"qvdesk describe results\" lists all codes.",
-      code, run.module || run.direction || run.mode ? " in such a run" : ""));
+      "code 0x{:08x} is unknown: no module of this build answers so{}{}. \"qvdesk describe results\" lists all codes.",
+      code, run.module || run.direction || run.mode ? " in such a run" : "",
+      parts.entry_flag == 0 ? Counted(run) : ""));
 }
 
 }  // namespace

@@ -20,8 +20,14 @@ std::vector<std::string> Row(const qv::ModuleRow& module) {
   for (const FileForm& form : FileForms()) {
     if (form.module == built) files += (files.empty() ? "" : ", ") + form.name;
   }
-  return {std::to_string(module.id),       module.name, module.data, "yes", ToUtf8(built->names.store_library),
-          ToUtf8(built->names.anchor_key), files};
+  const char16_t* const anchor_key = built->names.anchor_key;
+  return {std::to_string(module.id),
+          module.name,
+          module.data,
+          "yes",
+          ToUtf8(built->names.store_library),
+          anchor_key == nullptr ? "" : ToUtf8(anchor_key),
+          files};
 }
 
 int ListModules() {

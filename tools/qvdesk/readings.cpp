@@ -7,6 +7,7 @@
 
 #include "qv_rapi.h"
 #include "tools/qvdesk/modes.h"
+#include "tools/qvdesk/text.h"
 
 namespace qvdesk {
 namespace {
@@ -46,20 +47,28 @@ std::optional<std::string> StepsInWords(const CodeParts& parts, std::span<const 
   return words;
 }
 
+/// `steps`: "exporting the entries"; empty without a step.
+Reading ReadingOf(const std::string& runs, const std::string& steps, const qv::CodeWords& words) {
+  return {.runs = runs,
+          .what = steps.empty() ? words.what : fmt::format("failed while {}: {}", steps, words.what),
+          .advice = words.advice,
+          .is_success = words.code == qv::Result::kOk};
+}
+
 /// The readings in one module and direction; modes that read the same are one reading.
 void AddReadings(const CodeParts& parts, const BuiltModule& module, Direction direction, const Run& run,
                  const qv::CodeWords& words, std::vector<Reading>& readings) {
   const std::string where = fmt::format("{}, {}", RowOf(module.id).name, NameOf(direction));
   if (run.mode) {
     if (const auto steps = StepsInWords(parts, module.step_words, direction, *run.mode)) {
-      readings.push_back({fmt::format("{}, mode {}", where, Describe(*run.mode)), *steps, &words});
+      readings.push_back(ReadingOf(fmt::format("{}, mode {}", where, Describe(*run.mode)), *steps, words));
     }
     return;
   }
   const auto incremental = StepsInWords(parts, module.step_words, direction, kModeClasses[0]);
   const auto other = StepsInWords(parts, module.step_words, direction, kModeClasses[1]);
   const auto add = [&](Modes modes, const std::string& steps) {
-    readings.push_back({fmt::format("{}, {}", where, NameOf(modes)), steps, &words});
+    readings.push_back(ReadingOf(fmt::format("{}, {}", where, NameOf(modes)), steps, words));
   };
   if (incremental && incremental == other) return add(Modes::kAny, *incremental);
   if (incremental) add(Modes::kIncremental, *incremental);
@@ -85,6 +94,24 @@ bool IsReported(const qv::ModuleRow& row, Direction direction, std::uint32_t ent
   };
   return tells(exporting ? row.desktop_export : row.desktop_recover) ||
          tells(exporting ? row.local_export : row.local_recover);
+}
+
+/// Of a module whose results are no codes. Only a recover hands anything over.
+std::vector<Reading> CountsOf(std::uint32_t result, const BuiltModule& module, const Run& run) {
+  std::vector<Reading> readings;
+  const CodeParts parts(result);
+  for (const Direction direction : kDirections) {
+    if (!FitsEntry(parts, direction, run)) continue;
+    const std::string runs = fmt::format("{}, {}", run.module->name, NameOf(direction));
+    if (result == 0) {
+      readings.push_back(ReadingOf(runs, "", *FindWords(0)));
+    } else if (parts.entry_flag == 0 && direction == Direction::kRecover) {
+      readings.push_back({.runs = runs,
+                          .what = fmt::format("success: {} handed to the store", CountOf(result, module.counted)),
+                          .is_success = true});
+    }
+  }
+  return readings;
 }
 
 }  // namespace
@@ -116,6 +143,8 @@ std::uint32_t EntryFlagOf(Direction direction) {
 }
 
 std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
+  const BuiltModule* const built = run.module == nullptr ? nullptr : FindBuiltModule(run.module->id);
+  if (built != nullptr && built->counted != nullptr) return CountsOf(result, *built, run);
   const CodeParts parts(result);
   std::vector<Reading> readings;
   const qv::CodeWords* const words = FindWords(parts.code);
@@ -125,14 +154,14 @@ std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
     if (!FitsEntry(parts, direction, run) || !ComesFrom(words->directions, direction)) continue;
     if (run.module != nullptr && result != 0 && !IsReported(*run.module, direction, parts.entry_flag)) continue;
     const bool every_module = without_step && run.module == nullptr;
-    const bool not_built = run.module != nullptr && FindBuiltModule(run.module->id) == nullptr;
+    const bool not_built = run.module != nullptr && built == nullptr;
     if (every_module || (not_built && without_step)) {
       const char* const name = every_module ? "any module" : run.module->name;
-      readings.push_back({fmt::format("{}, {}", name, NameOf(direction)), "", words});
+      readings.push_back(ReadingOf(fmt::format("{}, {}", name, NameOf(direction)), "", *words));
       continue;
     }
     for (const BuiltModule& module : BuiltModules()) {
-      if (run.module != nullptr && run.module->id != module.id) continue;
+      if (module.counted != nullptr || (run.module != nullptr && run.module->id != module.id)) continue;
       AddReadings(parts, module, direction, run, *words, readings);
     }
   }
@@ -140,9 +169,8 @@ std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
 }
 
 std::string Describe(const Reading& reading, const std::string& indent) {
-  std::string text = reading.words->what;
-  if (!reading.failed.empty()) text = fmt::format("failed while {}: {}", reading.failed, text);
-  return *reading.words->advice == '\0' ? text : fmt::format("{}\n{}({})", text, indent, reading.words->advice);
+  if (reading.advice.empty()) return reading.what;
+  return fmt::format("{}\n{}({})", reading.what, indent, reading.advice);
 }
 
 }  // namespace qvdesk

@@ -37,9 +37,10 @@ struct CodeParts {
 
 /// One meaning of a code, and the runs in which it has it.
 struct Reading {
-  std::string runs;    ///< "schedule, export, any mode".
-  std::string failed;  ///< "exporting the entries: reading the table's snapshot log"; empty without a step.
-  const qv::CodeWords* words;
+  std::string runs;  ///< "schedule, export, any mode".
+  std::string what;  ///< "failed while exporting the entries: reading the table's snapshot log: a file could not …".
+  std::string advice = {};
+  bool is_success = false;
 };
 
 const char* NameOf(qv::Direction direction);

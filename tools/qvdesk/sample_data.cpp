@@ -6,6 +6,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "host/handset/handset.h"
+#include "layout/narrow_text.h"
 #include "tools/qvdesk/field_value.h"
 
 namespace qvdesk {
@@ -39,7 +41,13 @@ void RecordBuilder::Set(std::string_view field, std::uint32_t value) {
 }
 
 void RecordBuilder::Set(std::string_view field, std::string_view text) {
-  if (!StoreText(text, SlotOf(field), record_)) throw std::logic_error(fmt::format("{}: text too long", field));
+  const qv::layout::Slot& slot = SlotOf(field);
+  const bool is_narrow = slot.form == qv::layout::Form::kNarrowText;
+  std::vector<std::uint8_t> wide(is_narrow ? 2 * slot.size : 0);
+  const bool fits = is_narrow ? StoreText(text, qv::layout::Text(0, static_cast<std::uint16_t>(wide.size())), wide)
+                              : StoreText(text, slot, record_);
+  if (!fits) throw std::logic_error(fmt::format("{}: text too long", field));
+  if (is_narrow) qv::layout::PutNarrowText(wide.data(), wide.size(), &record_[slot.offset], slot.size);
 }
 
 void RecordBuilder::SetDate(const std::string& prefix, std::chrono::sys_days day) {
@@ -56,6 +64,12 @@ void RecordBuilder::SetTime(const std::string& prefix, std::uint32_t minutes) {
 
 void RecordBuilder::SetFileTime(std::string_view field, stores::FileTime time) {
   std::memcpy(&record_[SlotOf(field).offset], &time, sizeof(time));
+}
+
+void RecordBuilder::SetSystemTime(std::string_view field, stores::FileTime time) {
+  coredll::SYSTEMTIME system_time = handset::SystemTimeOf(time);
+  system_time.wDayOfWeek = 0;
+  std::memcpy(&record_[SlotOf(field).offset], &system_time, sizeof(system_time));
 }
 
 void RecordBuilder::SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice) {

@@ -57,12 +57,14 @@ class RecordBuilder {
   explicit RecordBuilder(const qv::layout::RecordLayout& layout) : layout_(layout), record_(layout.store_size) {}
 
   void Set(std::string_view field, std::uint32_t value);
-  /// Throws std::logic_error when the text does not fit.
+  /// Of 8 bits where the field is. Throws std::logic_error when the text does not fit.
   void Set(std::string_view field, std::string_view text);
   void SetDate(const std::string& prefix, std::chrono::sys_days day);
   void SetTime(const std::string& prefix, std::uint32_t minutes);
   /// A FILETIME.
   void SetFileTime(std::string_view field, stores::FileTime time);
+  /// A SYSTEMTIME, to the second; without the day of the week, which databases do without.
+  void SetSystemTime(std::string_view field, stores::FileTime time);
   /// Items of made-up bytes.
   void SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice);
 

@@ -11,6 +11,7 @@
 #include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/message_file.h"
 #include "tools/qvdesk/record_file.h"
 #include "tools/qvdesk/section_file.h"
 #include "tools/qvdesk/telling_columns.h"
@@ -153,6 +154,22 @@ void ShowBlock(const Options& options, const FileForm& form, const std::vector<s
   }
 }
 
+/// A text that is not UTF-8 as {"hex": "…"}.
+void ShowMessage(const Options& options, const FileForm& form, const std::vector<std::uint8_t>& bytes) {
+  const Message message = ParseMessage(bytes);
+  if (options.format == "json") {
+    Json header = Json::array();
+    for (const auto& [name, value] : message.header) header.push_back({{"name", name}, {"value", value}});
+    const auto* const text = reinterpret_cast<const std::uint8_t*>(message.text.data());
+    const bool is_utf8 = ToUtf8(ToUtf16(message.text)) == message.text;
+    const Json shown = is_utf8 ? Json(message.text) : Json({{"hex", Hex({text, message.text.size()})}});
+    fmt::print("{}\n", Dump({{"form", form.name}, {"header", header}, {"text", shown}}));
+    return;
+  }
+  fmt::print("{}{}, {}\n", RenderMessage(message), CountOf(message.header.size(), "header field"),
+             CountOf(bytes.size(), "byte"));
+}
+
 int Show(const Options& options) {
   const FileForm* const recognised = options.form.empty() ? FindForm(options.file.filename().string()) : nullptr;
   if (options.form.empty() && recognised == nullptr) {
@@ -165,6 +182,7 @@ int Show(const Options& options) {
   switch (form.kind) {
     case FileKind::kSections: return ShowSections(options, form, bytes);
     case FileKind::kBlock: ShowBlock(options, form, bytes); return kSuccess;
+    case FileKind::kMessage: ShowMessage(options, form, bytes); return kSuccess;
     case FileKind::kAnchors: ShowAnchors(options, form, bytes); return kSuccess;
     default: return ShowRecords(options, form, bytes);
   }
@@ -173,12 +191,13 @@ int Show(const Options& options) {
 }  // namespace
 
 void AddShow(CLI::App& program, int& status) {
-  CLI::App* const command = program.add_subcommand("show",
-                                                   "Shows a file of the exchange directory or one that the handset "
-                                                   "keeps: an exchange table, a configuration, a change list, "
-                                                   "an id map, a snapshot log or the anchor file. Of a damaged file it "
-                                                   "shows what can be read, and then says where the "
-                                                   "damage begins.");
+  CLI::App* const command =
+      program.add_subcommand("show",
+                             "Shows a file of the exchange directory or one that the handset "
+                             "keeps: an exchange table, a configuration, an e-mail, a change list, "
+                             "an id map, a snapshot log or the anchor file. Of a damaged file it "
+                             "shows what can be read, and then says where the "
+                             "damage begins.");
   auto options = std::make_shared<Options>();
   command->add_option("FILE", options->file, "The file; its name tells the form")->required();
   command->add_option("--as", options->form,

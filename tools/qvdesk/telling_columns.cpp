@@ -7,7 +7,9 @@
 #include <map>
 
 #include "modules/contacts/contacts.h"
+#include "modules/mail/mail.h"
 #include "tools/qvdesk/block_value.h"
+#include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/picture_table.h"
 #include "tools/qvdesk/text.h"
 
@@ -168,6 +170,22 @@ std::vector<Column> CardColumns(const RecordLayout& layout, const std::filesyste
   for (const char* const name : {"card_id", "time", "text_1", "text_3", "text_4", "text_7", "text_8"}) {
     columns.push_back(FieldColumn(*FindField(layout, name)));
   }
+  return columns;
+}
+
+/// Ids, the times and the texts by which a handset tells messages apart, and how many bytes the message itself has.
+std::vector<Column> MessageColumns(const RecordLayout& layout, const std::filesystem::path& directory) {
+  std::vector<Column> columns;
+  for (const char* const name : {"message_id", "account_id", "folder_id", "date_1", "text_4", "text_5"}) {
+    columns.push_back(FieldColumn(*FindField(layout, name)));
+  }
+  columns.push_back({"file", [&layout, directory](const RecordView& record) -> std::string {
+                       const auto id = NumberOf(layout, record, "message_id");
+                       if (!id) return "";
+                       const auto file = directory / NumberedName(qv::mail::kMessageFile, std::to_string(*id));
+                       if (!std::filesystem::exists(file)) return "not there";
+                       return CountOf(static_cast<std::size_t>(std::filesystem::file_size(file)), "byte");
+                     }});
   return columns;
 }
 

@@ -101,13 +101,23 @@ bool HandedOutAnchor(const Transfer& transfer) {
   return transfer.anchor_after != transfer.anchor && transfer.anchor_after != ToUtf8(qv::kNeverSynchronised);
 }
 
+std::vector<Reading> AnswerOf(const Transfer& transfer) {
+  return ReadingsOf(transfer.code,
+                    {.module = &transfer.module, .direction = transfer.direction, .mode = transfer.mode_after});
+}
+
+bool IsSuccess(const Transfer& transfer) {
+  const std::vector<Reading> readings = AnswerOf(transfer);
+  return !readings.empty() && readings.front().is_success;
+}
+
 /// A failed run's anchor is not kept: with it the next incremental export would leave out what this one did not bring.
 void KeepAnchor(const Transfer& transfer, DesktopState& state) {
   if (transfer.anchor_after.empty() || !qv::IsRemembered(transfer.mode_after)) {
     fmt::print("  anchor     unchanged: such a run is not remembered\n");
   } else if (!HandedOutAnchor(transfer)) {
     fmt::print("  anchor     unchanged: the handset handed out none\n");
-  } else if (transfer.code != 0) {
+  } else if (!IsSuccess(transfer)) {
     fmt::print("  anchor     {}, not kept because the run failed\n", Visible(transfer.anchor_after));
   } else {
     state.SetAnchor(transfer.module.name, transfer.anchor_after);
@@ -118,8 +128,7 @@ void KeepAnchor(const Transfer& transfer, DesktopState& state) {
 }
 
 void PrintResult(const Transfer& transfer) {
-  const Run run{.module = &transfer.module, .direction = transfer.direction, .mode = transfer.mode_after};
-  const std::vector<Reading> readings = ReadingsOf(transfer.code, run);
+  const std::vector<Reading> readings = AnswerOf(transfer);
   fmt::print(
       "  result     0x{:08x} {}\n", transfer.code,
       readings.empty() ? "unknown: no module of this build answers so" : Describe(readings.front(), "             "));
@@ -153,10 +162,19 @@ void PrintFiles(const Transfer& transfer) {
     if (entry.is_regular_file()) files.insert(entry.path());
   }
   if (files.empty()) fmt::print("    none\n");
+  std::size_t messages = 0;
+  std::uintmax_t message_bytes = 0;
   for (const std::filesystem::path& file : files) {
-    fmt::print("    {:<20} {:>10} bytes {}\n", Visible(file.filename().string()), std::filesystem::file_size(file),
-               DescribeRecords(transfer, file));
+    const std::uintmax_t size = std::filesystem::file_size(file);
+    if (const FileForm* const form = FindForm(file.filename().string()); form && form->kind == FileKind::kMessage) {
+      ++messages;
+      message_bytes += size;
+    } else {
+      fmt::print("    {:<20} {:>10} bytes {}\n", Visible(file.filename().string()), size,
+                 DescribeRecords(transfer, file));
+    }
   }
+  if (messages != 0) fmt::print("    {:<20} {:>10} bytes {:>8} files\n", "messages (.eml)", message_bytes, messages);
 }
 
 void PrintMessages() {
@@ -190,13 +208,14 @@ int Transact(Direction direction, const Options& options) {
     const Progress progress(fmt::format("{} {}", module.name, NameOf(direction)));
     options.local ? RunOnHandset(phone, transfer) : RunFromDesktop(phone, transfer);
   }
-  fmt::print("{} {}: {}\n", module.name, NameOf(direction), transfer.code == 0 ? "success" : "failure");
+  const bool is_success = IsSuccess(transfer);
+  fmt::print("{} {}: {}\n", module.name, NameOf(direction), is_success ? "success" : "failure");
   PrintMode(transfer);
   KeepAnchor(transfer, state);
   PrintResult(transfer);
   PrintFiles(transfer);
   if (direction == Direction::kRecover) PrintMessages();
-  if (transfer.code == 0) return kSuccess;
+  if (is_success) return kSuccess;
   std::fflush(stdout);
   throw std::runtime_error(fmt::format("the {} of module {} failed with 0x{:08x}, see \"result\" above",
                                        NameOf(direction), module.name, transfer.code));
