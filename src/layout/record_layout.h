@@ -300,8 +300,9 @@ consteval bool Tiles(std::span<const Field> fields, std::span<const ItemRun> ite
   for (const ItemRun& run : items) {
     if (!internal::IsCounted(run, fields) || !internal::ItemsFit(run)) return false;
     if (!LiesInRecord(run)) continue;
-    const auto size = static_cast<std::uint16_t>(StoreItemSize(run) * run.slots);
-    if (!internal::Claim(Bytes(run.store_offset, size), store)) return false;
+    const std::uint32_t size = StoreItemSize(run) * run.slots;
+    if (size > 0xFFFF || !internal::Claim(Bytes(run.store_offset, static_cast<std::uint16_t>(size)), store))
+      return false;
   }
   return internal::IsFull(store) && internal::IsFull(exchange);
 }

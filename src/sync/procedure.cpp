@@ -37,6 +37,7 @@ Result Procedure::Export(SyncMode mode) {
 Result Procedure::CreateFiles(SyncMode mode, File& change_list) {
   if (facts_.creates_tables_first) {
     for (const TableNames& table : facts_.names.tables) {
+      if (table.exchange_file == nullptr) continue;
       const bool created = File::CreateAlways(call_.PathOf(table.exchange_file)).IsOpen();
       if (!created && !facts_.never_fails) return Result::kFileFailed;
     }
@@ -157,7 +158,9 @@ Result Procedure::ApplyFlagged(RecordTable& table, const Applying& applying) {
 }
 
 Result Procedure::Finish(SyncMode mode) {
-  for (const TableNames& table : facts_.names.tables) call_.Delete(table.exchange_file);
+  for (const TableNames& table : facts_.names.tables) {
+    if (table.exchange_file != nullptr) call_.Delete(table.exchange_file);
+  }
   return Remember(mode);
 }
 

@@ -91,10 +91,11 @@ Result RecordTable::Export(File* change_list) {
 Result RecordTable::ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) {
   const layout::RecordLayout& layout = *names().layout;
   List<std::uint8_t> records;
-  if (!records.Resize(std::max<std::size_t>(batch, facts_.read_room), layout.store_size)) return Result::kNoMemory;
-  records.Zero();
+  const std::size_t room = std::max<std::size_t>(std::min(batch, ids.size()), facts_.read_room);
+  if (!records.Resize(room, layout.store_size)) return Result::kNoMemory;
   if (!MakeRoomToWrite()) return Result::kNoMemory;
   return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
+    records.Zero();
     if (!Read(run, records.data())) return Result::kReadFailed;
     if (!exchange_table.IsOpen()) exchange_table = CreateExchangeTable();
     if (!exchange_table.IsOpen()) return Result::kFileFailed | facts_.written;

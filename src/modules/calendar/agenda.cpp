@@ -72,7 +72,7 @@ void EntryTable::PointAtAreas() {
 }
 
 Result EntryTable::ExportRecords(std::span<const std::uint32_t> ids, std::size_t batch, File& exchange_table) {
-  if (!MakeRoom(batch) || !MakeRoomToWrite()) return Result::kNoMemory;
+  if (!MakeRoom(std::min(batch, ids.size())) || !MakeRoomToWrite()) return Result::kNoMemory;
   return ForEachBatch(ids, batch, [&](std::span<const std::uint32_t> run) {
     records_.Zero();
     areas_.Zero();

@@ -43,19 +43,24 @@ Result ExportList(const Library& store, const char16_t* path, const WholeList& l
     block.Forget();
     return Result::kReadFailed;
   }
-  std::uint8_t rules[kMostRules * kRuleSize] = {};
+  List<std::uint8_t> rules;
+  if (!rules.Resize(list.most_entries, list.entry_size)) return Result::kNoMemory;
+  rules.Zero();
   count = list.most_entries;
-  if (!get({.count_place = &count, .records = rules})) return Result::kReadFailed;
-  return WriteList(path, list, rules, std::min(count, list.most_entries));
+  if (!get({.count_place = &count, .records = rules.data()})) return Result::kReadFailed;
+  return WriteList(path, list, rules.data(), std::min(count, list.most_entries));
 }
 
 Result ApplyList(const Library& store, const char16_t* path, const WholeList& list) {
   File file = File::OpenExisting(path);
   if (!file.IsOpen()) return Result::kFileFailed;
-  std::uint32_t size = 0;
-  if (!file.Size(size)) return Result::kFileUnreadable;
+  std::uint32_t room = list.most_entries;
+  if (room == layout::kAnyNumber) {
+    if (!file.Size(room)) return Result::kFileUnreadable;
+    room /= list.entry_size;
+  }
   List<std::uint8_t> entries;
-  if (!entries.Resize(std::min(size / list.entry_size, list.most_entries), list.entry_size)) return Result::kNoMemory;
+  if (!entries.Resize(room, list.entry_size)) return Result::kNoMemory;
   std::size_t got = 0;
   if (!file.Read(entries.data(), entries.size(), got)) return Result::kFileUnreadable;
   StoreFunction set;

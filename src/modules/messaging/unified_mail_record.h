@@ -25,7 +25,8 @@ class IncomingMail {
   Result Read(File& mails, FileRest& rest, bool& more);
 
   std::uint32_t id() const { return layout::LoadSlot(kMailId, exchange_); }
-  std::uint32_t table() const { return layout::LoadSlot(kTable, exchange_); }
+  /// The store knows its tables by one byte.
+  std::uint32_t table() const { return layout::LoadSlot(kTable, exchange_) & 0xFF; }
   const std::uint8_t* record() const { return record_; }
 
  private:
