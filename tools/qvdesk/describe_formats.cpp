@@ -51,7 +51,8 @@ constexpr char kIntroduction[] =
     "- \"when zero all after it is zero\": while this field is zero, the fields after it in the table are not passed\n"
     "  on in either direction, and the other side has zeros there.\n\n"
     "\"In the store record\" is the offset of the same value in the store library's record, and its bits where the\n"
-    "value shares a number with others; \"signed\" is a number that keeps its sign in the file, \"8-bit\" a text in the\n"
+    "value shares a number with others; \"signed\" is a number that keeps its sign in the file, \"8-bit\" a text in "
+    "the\n"
     "system's code page, which passes on up to the first character without a counterpart.\n\n";
 
 /// A member of a structure of include/qv_rapi.h, whose place the compiler says.

@@ -26,7 +26,7 @@ Result ExportBrowser(const void* directory) {
   ModuleCall call(kBrowserModule);
   List<Browser> browser;
   if (call.Begin(directory) != Result::kOk) return kFailed;
-  auto* const back_up = call.store().Resolve<BackUp>(u"fnIESetting_Backup");
+  auto* const back_up = call.store().Resolve<BackUp>(kBackUpBrowser);
   if (back_up == nullptr || !browser.Resize(1)) return kFailed;
   File file = File::CreateAlways(call.PathOf(kBrowserTables[0].exchange_file));
   if (!file.IsOpen()) return kFailed;
@@ -46,7 +46,7 @@ Result RecoverBrowser(const void* directory) {
   if (!file.IsOpen() || !browser.Resize(1)) return kTold;
   bool more = false;
   if (ReadRecord(file, browser[0].record, kBrowserSize, kBrowserSize, more) != Result::kOk) return kTold;
-  auto* const restore = call.store().Resolve<Restore>(u"fnIESetting_Restore");
+  auto* const restore = call.store().Resolve<Restore>(kRestoreBrowser);
   if (restore == nullptr) return kTold;
   layout::ToStore(kBrowserLayout, browser[0].record, browser[0].structure);
   restore(browser[0].structure);

@@ -12,6 +12,9 @@ namespace qv::settings {
 inline constexpr TableNames kBrowserTables[] = {{.exchange_file = u"iesetinfo.tbl", .layout = &kBrowserLayout}};
 inline constexpr ModuleNames kBrowserModule = {.store_library = u"BrowserSettings.dll", .tables = kBrowserTables};
 
+inline constexpr char16_t kBackUpBrowser[] = u"fnIESetting_Backup";
+inline constexpr char16_t kRestoreBrowser[] = u"fnIESetting_Restore";
+
 /// kOk, or 1 for whatever failed. What the store answers is not looked at.
 Result ExportBrowser(const void* directory);
 /// 1 in every case: callers have never been told more. The file is deleted once it was applied.

@@ -99,7 +99,7 @@ Result ExportClock(const void* directory) {
   if (const Result begun = call.Begin(directory); begun != Result::kOk) return begun;
   File file = File::CreateAlways(call.PathOf(kClockFile));
   if (!file.IsOpen()) return Result::kFileFailed;
-  auto* const get = call.store().Resolve<GetClockInfo>(u"Sync_GetClockInfo");
+  auto* const get = call.store().Resolve<GetClockInfo>(kGetClock);
   if (get == nullptr) return Result::kEntryPointMissing;
   List<Clock> clock;
   if (!clock.Resize(1)) return Result::kNoMemory;
@@ -124,7 +124,7 @@ Result RecoverClock(const void* directory) {
   }
   if (alarms == 0) return Result::kOk;
   if (!Restore(clock[0], names / kClockNameRecordSize)) return Result::kFileUnreadable;
-  auto* const update = call.store().Resolve<UpdateClockInfo>(u"Sync_UpdateClockInfo");
+  auto* const update = call.store().Resolve<UpdateClockInfo>(kUpdateClock);
   if (update == nullptr) return Result::kEntryPointMissing;
   return update(clock[0].Structure()) == kDone ? Result::kOk : Result::kUpdateFailed;
 }

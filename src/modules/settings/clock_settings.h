@@ -17,6 +17,9 @@ inline constexpr TableNames kClockTables[] = {{.exchange_file = kClockFile, .lay
                                               {.exchange_file = kClockFile, .layout = &kClockNameLayout}};
 inline constexpr ModuleNames kClockModule = {.store_library = u"AlarmStore.dll", .tables = kClockTables};
 
+inline constexpr char16_t kGetClock[] = u"Sync_GetClockInfo";
+inline constexpr char16_t kUpdateClock[] = u"Sync_UpdateClockInfo";
+
 inline constexpr std::uint32_t kAlarms = 6;
 inline constexpr std::uint32_t kNames = 9;
 

@@ -85,8 +85,8 @@ Result RecoverDisplay(const ModuleCall& call, RestoreDisplay* restore) {
 Result ExportPersonal(const void* directory) {
   ModuleCall call(kPersonalModule);
   if (call.Begin(directory) != Result::kOk) return kFailed;
-  auto* const back_up_profile = call.store().Resolve<BackUpProfile>(u"fnModelSetting_Backup");
-  auto* const back_up_display = call.store().Resolve<BackUpDisplay>(u"fnDispSetting_Backup");
+  auto* const back_up_profile = call.store().Resolve<BackUpProfile>(kBackUpProfile);
+  auto* const back_up_display = call.store().Resolve<BackUpDisplay>(kBackUpDisplay);
   if (back_up_profile == nullptr || ExportProfiles(call, back_up_profile) != Result::kOk) return kFailed;
   return back_up_display == nullptr ? kFailed : ExportDisplay(call, back_up_display);
 }
@@ -94,8 +94,8 @@ Result ExportPersonal(const void* directory) {
 Result RecoverPersonal(const void* directory) {
   ModuleCall call(kPersonalModule);
   if (call.Begin(directory) != Result::kOk) return kFailed;
-  auto* const restore_profile = call.store().Resolve<RestoreProfile>(u"fnModelSetting_Restore");
-  auto* const restore_display = call.store().Resolve<RestoreDisplay>(u"fnDispSetting_Restore");
+  auto* const restore_profile = call.store().Resolve<RestoreProfile>(kRestoreProfile);
+  auto* const restore_display = call.store().Resolve<RestoreDisplay>(kRestoreDisplay);
   if (restore_profile == nullptr || restore_display == nullptr) return kFailed;
   const Result profiles = RecoverProfiles(call, restore_profile);
   return profiles != Result::kOk ? profiles : RecoverDisplay(call, restore_display);

@@ -14,6 +14,11 @@ inline constexpr TableNames kDisplayTable = {.exchange_file = u"dispinfo.tbl", .
 inline constexpr TableNames kPersonalTables[] = {kProfileTable, kDisplayTable};
 inline constexpr ModuleNames kPersonalModule = {.store_library = u"ProfileSettings.dll", .tables = kPersonalTables};
 
+inline constexpr char16_t kBackUpProfile[] = u"fnModelSetting_Backup";
+inline constexpr char16_t kBackUpDisplay[] = u"fnDispSetting_Backup";
+inline constexpr char16_t kRestoreProfile[] = u"fnModelSetting_Restore";
+inline constexpr char16_t kRestoreDisplay[] = u"fnDispSetting_Restore";
+
 /// Profiles are numbered from 1.
 inline constexpr std::int32_t kProfiles = 6;
 
