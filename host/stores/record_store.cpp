@@ -31,9 +31,8 @@ std::string Placeholders(std::size_t count) {
 /// A row that gives no time of its own, or NULL, is as of now. An id must fit a record, which has 32 bits for it.
 std::string TableSql(const KindDescription& kind, const std::vector<Column>& columns) {
   std::string sql = std::string("CREATE TABLE IF NOT EXISTS ") + kind.table +
-                    " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN 1 AND 4294967295),\n"
-                    "  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" +
-                    kNow + ")";
+                    " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN " + std::to_string(kind.first_id) +
+                    " AND 4294967295),\n  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" + kNow + ")";
   for (const Column& column : columns) sql += ",\n  " + Quoted(column.name) + " " + TypeOf(column);
   return sql + kind.more_columns + ")";
 }

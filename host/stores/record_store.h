@@ -30,6 +30,7 @@ struct KindDescription {
   std::string_view insert_refusal = {};            ///< A setting that the store's insert refuses by (RefuseIfSet).
   bool says_id = true;            ///< Otherwise only the row has an id, and all of the record's are columns.
   const char* more_columns = "";  ///< In SQL, each after a comma: for those who read and write them themselves.
+  std::uint32_t first_id = 1;     ///< No row has a lower one.
 };
 
 /// A call named a record that is not there.

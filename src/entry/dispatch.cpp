@@ -14,6 +14,9 @@
 #include "modules/messaging/unified_mail.h"
 #include "modules/organizer/card_reader.h"
 #include "modules/organizer/graphic_memo.h"
+#include "modules/settings/browser_settings.h"
+#include "modules/settings/clock_settings.h"
+#include "modules/settings/personal_settings.h"
 #include "modules/telephony/call_filter.h"
 #include "modules/telephony/quick_dial.h"
 
@@ -45,17 +48,11 @@ constexpr Operations kHandledBy = {
     },
 };
 
-/// The e-mail database, which is not loaded and has neither mode nor anchor.
-constexpr Operations kMail = {
-    [](const ModuleFacts*, SyncMode&, char16_t*, const void* directory) { return mail::Export(directory); },
-    [](const ModuleFacts*, SyncMode, char16_t*, const void* directory) { return mail::Recover(directory); },
-};
-
-/// A module that this build lacks answers like one whose store library does not load.
-template <Result not_loaded>
-constexpr Operations kNotBuilt = {
-    [](const ModuleFacts*, SyncMode&, char16_t*, const void*) { return not_loaded; },
-    [](const ModuleFacts*, SyncMode, char16_t*, const void*) { return not_loaded; },
+/// A module to which mode and anchor mean nothing.
+template <Result (*export_all)(const void* directory), Result (*recover_all)(const void* directory)>
+constexpr Operations kWholes = {
+    [](const ModuleFacts*, SyncMode&, char16_t*, const void* directory) { return export_all(directory); },
+    [](const ModuleFacts*, SyncMode, char16_t*, const void* directory) { return recover_all(directory); },
 };
 
 struct Row {
@@ -71,7 +68,7 @@ constexpr Row kRows[] = {
     {3, kHandledBy<PlainHandler>, &tasks::kFacts},
     {4, kHandledBy<agenda::AgendaHandler>, &agenda::kFacts},
     {5, kHandledBy<unified_mail::UnifiedMailHandler>, &unified_mail::kFacts},
-    {6, kMail},
+    {6, kWholes<mail::Export, mail::Recover>},
     {7, kHandledBy<PlainHandler>, &card_reader::kFacts},
     {8, kHandledBy<sms::SmsHandler>, &sms::kFacts},
     {9, kHandledBy<PlainHandler>, &call_history::kFacts},
@@ -79,9 +76,9 @@ constexpr Row kRows[] = {
     {11, kHandledBy<call_filter::CallFilterHandler>, &call_filter::kFacts},
     {12, kHandledBy<mms::MmsHandler>, &mms::kFacts},
     {13, kHandledBy<PlainHandler>, &graphic_memo::kFacts},
-    {14, kNotBuilt<Result::kStoreNotLoaded>},  // personal settings
-    {15, kNotBuilt<Result::kStoreNotLoaded>},  // browser settings
-    {16, kNotBuilt<Result::kStoreNotLoaded>},  // clock settings
+    {14, kWholes<settings::ExportPersonal, settings::RecoverPersonal>},
+    {15, kWholes<settings::ExportBrowser, settings::RecoverBrowser>},
+    {16, kWholes<settings::ExportClock, settings::RecoverClock>},
 };
 
 consteval bool IsInOrder() {

@@ -25,12 +25,13 @@ struct TableNames {
 
 struct ModuleNames {
   const char16_t* store_library;
-  const char16_t* anchor_key;
-  const char16_t* change_list;  ///< In the exchange directory.
-  const char16_t* id_map;       ///< In the exchange directory.
+  // Null for a module without.
+  const char16_t* anchor_key = nullptr;
+  const char16_t* change_list = nullptr;  ///< In the exchange directory.
+  const char16_t* id_map = nullptr;       ///< In the exchange directory.
   /// By table number, in the order in which an export creates them and a recover deletes them. Those with a snapshot
   /// log come first. What a module handles before its tables, as the messages' configurations, is none of them.
-  std::span<const TableNames> tables;
+  std::span<const TableNames> tables = {};
   // What the store's session is begun and ended with; null for a store that has none.
   const char16_t* initialize = nullptr;
   const char16_t* uninitialize = nullptr;

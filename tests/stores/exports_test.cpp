@@ -98,4 +98,11 @@ TEST(StoreExportsTest, TheCallFilterStoreExportsItsElevenEntryPointsAndNothingEl
                                    "Sync_rbc_WriteConfig", "Sync_rbc_DelConfig"));
 }
 
+TEST(StoreExportsTest, TheSettingsStoresExportTheirEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_PROFILE_SETTINGS), UnorderedElementsAre("fnModelSetting_Backup", "fnModelSetting_Restore",
+                                                                   "fnDispSetting_Backup", "fnDispSetting_Restore"));
+  EXPECT_THAT(ExportsOf(QV_BROWSER_SETTINGS), UnorderedElementsAre("fnIESetting_Backup", "fnIESetting_Restore"));
+  EXPECT_THAT(ExportsOf(QV_ALARM_STORE), UnorderedElementsAre("Sync_GetClockInfo", "Sync_UpdateClockInfo"));
+}
+
 }  // namespace

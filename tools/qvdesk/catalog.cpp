@@ -21,11 +21,21 @@
 #include "sync/file_forms.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/mail_calls.h"
+#include "tools/qvdesk/settings_calls.h"
 #include "tools/qvdesk/telling_columns.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
 namespace {
+
+constexpr char kAnySettingsFailure[] =
+    "the store library could not be loaded or lacks an entry point, a file could not be opened, read or written, or "
+    "memory was short";
+
+constexpr RecordsOfAFile kClockFile[] = {
+    {"alarm", &qv::settings::kAlarmLayout, qv::settings::kAlarms},
+    {"clock_name", &qv::settings::kClockNameLayout, qv::settings::kNames},
+};
 
 /// In the order of their numbers. A new module is one line here.
 constexpr BuiltModule kBuiltModules[] = {
@@ -71,6 +81,16 @@ constexpr BuiltModule kBuiltModules[] = {
      .step_words = qv::OneTableStepWords(qv::mms::kFacts),
      .config_file = qv::mms::kConfigFile},
     {13, qv::graphic_memo::kNames, &qv::graphic_memo::kFacts, qv::OneTableStepWords(qv::graphic_memo::kFacts)},
+    {.id = 14,
+     .names = qv::settings::kPersonalModule,
+     .own_calls = kPersonalCalls,
+     .only_failure = kAnySettingsFailure},
+    {.id = 15, .names = qv::settings::kBrowserModule, .own_calls = kBrowserCalls, .only_failure = kAnySettingsFailure},
+    {.id = 16,
+     .names = qv::settings::kClockModule,
+     .rules = qv::settings::kClockRules,
+     .own_calls = kClockCalls,
+     .whole_file = kClockFile},
 };
 
 constexpr FileKind kBookkeepingKinds[] = {FileKind::kChangeList, FileKind::kIdMap, FileKind::kSnapshot,
@@ -108,6 +128,15 @@ void AddTable(std::vector<FileForm>& forms, const BuiltModule& module, const qv:
   if (table.layout == module.columns.form) forms.back().columns = module.columns.choose;
 }
 
+void AddTables(std::vector<FileForm>& forms, const BuiltModule& module) {
+  if (module.whole_file.empty()) {
+    for (const qv::TableNames& table : module.names.tables) AddTable(forms, module, table);
+    return;
+  }
+  const char16_t* const file = module.names.tables.front().exchange_file;
+  AddFile(forms, FileKind::kTable, &WholeFileLayout(RowOf(module.id).name, module.whole_file), &module, file);
+}
+
 void AddMessageFile(std::vector<FileForm>& forms, const BuiltModule& module) {
   if (module.message_file == nullptr) return;
   const std::string name = NumberedName(module.message_file, kNumber);
@@ -117,7 +146,7 @@ void AddMessageFile(std::vector<FileForm>& forms, const BuiltModule& module) {
 std::vector<FileForm> CollectForms() {
   std::vector<FileForm> forms;
   for (const BuiltModule& module : kBuiltModules) {
-    for (const qv::TableNames& table : module.names.tables) AddTable(forms, module, table);
+    AddTables(forms, module);
     AddFile(forms, module.config_sections.empty() ? FileKind::kBlock : FileKind::kSections, nullptr, &module,
             module.config_file);
     AddMessageFile(forms, module);

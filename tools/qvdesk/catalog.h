@@ -16,6 +16,7 @@
 #include "sync/module_names.h"
 #include "sync/procedure.h"
 #include "sync/result_words.h"
+#include "tools/qvdesk/whole_file_layout.h"
 
 namespace qvdesk {
 
@@ -36,6 +37,7 @@ struct CallWords {
   const char* function;
   const char* arguments;
   const char* success;
+  const char16_t* entry_point = nullptr;  ///< The function's name where the agent has it.
 };
 
 /// What is asked of a store by a module that has steps of its own only.
@@ -55,7 +57,9 @@ struct BuiltModule {
   std::span<const qv::layout::RecordLayout> config_sections = {};  ///< None: the configuration is one block.
   const char16_t* message_file = nullptr;  ///< What travels beside the tables, one for each message: u"%d.eml".
   ChosenColumns columns = {};
-  OwnCalls own_calls = {};        ///< Of a module without facts.
+  OwnCalls own_calls = {};                          ///< Of a module without facts.
+  std::span<const RecordsOfAFile> whole_file = {};  ///< Its tables are one file of just so many records.
+  const char* only_failure = nullptr;               ///< What its result 1 means, when that is whatever failed.
   const char* counted = nullptr;  ///< Its results are no codes but how many of these a recover handed over: "message".
 };
 

@@ -10,6 +10,11 @@ namespace qvdesk {
 void AddCreate(CLI::App& program, int& status);
 void AddExport(CLI::App& program, int& status);
 void AddRecover(CLI::App& program, int& status);
+void AddBackup(CLI::App& program, int& status);
+void AddSync(CLI::App& program, int& status);
+void AddVerify(CLI::App& program, int& status);
+void AddRestore(CLI::App& program, int& status);
+void AddCompare(CLI::App& program, int& status);
 void AddAsk(CLI::App& program, int& status);
 void AddShow(CLI::App& program, int& status);
 void AddPicture(CLI::App& program, int& status);

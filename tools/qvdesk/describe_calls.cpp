@@ -115,7 +115,8 @@ std::string InWords(const BuiltModule& module) {
   }
   text += "\n| When | Function | Arguments | Success |\n|---|---|---|---|\n";
   for (const CallWords& call : module.own_calls.calls) {
-    text += fmt::format("| {} | `{}` | ({}) | {} |\n", call.when, call.function, call.arguments, call.success);
+    const std::string function = call.function != nullptr ? call.function : ToUtf8(call.entry_point);
+    text += fmt::format("| {} | `{}` | ({}) | {} |\n", call.when, function, call.arguments, call.success);
   }
   return text;
 }

@@ -29,6 +29,11 @@ int Run(int argc, char** argv) {
   qvdesk::AddCreate(program, status);
   qvdesk::AddExport(program, status);
   qvdesk::AddRecover(program, status);
+  qvdesk::AddBackup(program, status);
+  qvdesk::AddSync(program, status);
+  qvdesk::AddVerify(program, status);
+  qvdesk::AddRestore(program, status);
+  qvdesk::AddCompare(program, status);
   qvdesk::AddAsk(program, status);
   qvdesk::AddShow(program, status);
   qvdesk::AddPicture(program, status);

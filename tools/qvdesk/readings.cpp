@@ -47,6 +47,10 @@ std::optional<std::string> StepsInWords(const CodeParts& parts, std::span<const 
   return words;
 }
 
+Reading AnyFailureOf(const std::string& runs, const BuiltModule& module) {
+  return {.runs = runs, .what = module.only_failure};
+}
+
 /// `steps`: "exporting the entries"; empty without a step.
 Reading ReadingOf(const std::string& runs, const std::string& steps, const qv::CodeWords& words) {
   return {.runs = runs,
@@ -59,6 +63,10 @@ Reading ReadingOf(const std::string& runs, const std::string& steps, const qv::C
 void AddReadings(const CodeParts& parts, const BuiltModule& module, Direction direction, const Run& run,
                  const qv::CodeWords& words, std::vector<Reading>& readings) {
   const std::string where = fmt::format("{}, {}", RowOf(module.id).name, NameOf(direction));
+  if (module.only_failure != nullptr && words.code == qv::Result::kStoreNotLoaded) {
+    readings.push_back(AnyFailureOf(where, module));
+    return;
+  }
   if (run.mode) {
     if (const auto steps = StepsInWords(parts, module.step_words, direction, *run.mode)) {
       readings.push_back(ReadingOf(fmt::format("{}, mode {}", where, Describe(*run.mode)), *steps, words));

@@ -13,6 +13,7 @@
 #include "tools/qvdesk/desktop_state.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/modes.h"
+#include "tools/qvdesk/module_run.h"
 #include "tools/qvdesk/phone.h"
 #include "tools/qvdesk/progress.h"
 #include "tools/qvdesk/readings.h"
@@ -34,125 +35,51 @@ struct Options {
   bool local = false;
 };
 
-/// One run, as it was asked for and as the handset answered.
-struct Transfer {
-  Direction direction;
-  const qv::ModuleRow& module;
-  SyncMode mode;
-  std::u16string directory;
-  std::string anchor;
-  bool local;
-  std::uint32_t code = 0;
-  SyncMode mode_after = mode;
-  std::string anchor_after{};
-};
-
-/// Throws UsageError when the text does not fit.
-template <std::size_t capacity>
-void CopyText(const std::string& utf8, const char* option, char16_t (&target)[capacity]) {
-  const std::u16string text = ToUtf16(utf8);
-  if (text.size() >= capacity) {
-    throw UsageError(
-        fmt::format("{} has {} characters; a request holds at most {}.", option, text.size(), capacity - 1));
-  }
-  std::ranges::copy(text, target);
-}
-
-void RunFromDesktop(const Phone& phone, Transfer& transfer) {
-  qv::RequestRecord request{};
-  request.module_id = transfer.module.id;
-  request.mode = static_cast<std::uint32_t>(transfer.mode);
-  CopyText(transfer.anchor, "--anchor", request.anchor);
-  CopyText(ToUtf8(transfer.directory), "--directory", request.directory);
-  const char* const function = transfer.direction == Direction::kExport ? "fnQV_ExportTabs" : "fnQV_RecovTabs";
-  const Answer answer = phone.Call(function, {reinterpret_cast<const std::uint8_t*>(&request), sizeof(request)});
-  qv::ResultRecord result;
-  if (answer.written.size() != sizeof(result)) {
-    throw std::runtime_error(fmt::format("{} wrote {} bytes to the stream, not a result of {}", function,
-                                         answer.written.size(), sizeof(result)));
-  }
-  std::memcpy(&result, answer.written.data(), sizeof(result));
-  transfer.code = result.code;
-  transfer.mode_after = static_cast<SyncMode>(result.mode);
-  const std::u16string_view anchor(result.anchor, qv::kAnchorCapacity);
-  transfer.anchor_after = ToUtf8(anchor.substr(0, anchor.find(u'\0')));
-}
-
-void RunOnHandset(const Phone& phone, Transfer& transfer) {
-  const bool exporting = transfer.direction == Direction::kExport;
-  auto* const function = phone.Agent().Export<decltype(qv_ExportTabs)>(exporting ? "qv_ExportTabs" : "qv_RecovTabs");
-  transfer.code = function(transfer.module.id, transfer.directory.c_str());
-}
-
-void PrintMode(const Transfer& transfer) {
-  if (transfer.mode_after == transfer.mode) {
-    fmt::print("  mode       {}\n", Describe(transfer.mode));
+void PrintMode(const ModuleRun& run) {
+  if (run.mode_after == run.mode) {
+    fmt::print("  mode       {}\n", Describe(run.mode));
     return;
   }
-  fmt::print("  mode       asked {}, ran {}\n", Describe(transfer.mode), Describe(transfer.mode_after));
+  fmt::print("  mode       asked {}, ran {}\n", Describe(run.mode), Describe(run.mode_after));
   fmt::print(
       "             The anchor \"{}\" is not the one that the handset last handed out for this module, so it cannot\n"
       "             tell what changed since: it exported everything. The desktop must replace, not merge.\n",
-      Visible(transfer.anchor));
-}
-
-/// A module that did not run gives back the anchor of the request.
-bool HandedOutAnchor(const Transfer& transfer) {
-  return transfer.anchor_after != transfer.anchor && transfer.anchor_after != ToUtf8(qv::kNeverSynchronised);
-}
-
-std::vector<Reading> AnswerOf(const Transfer& transfer) {
-  return ReadingsOf(transfer.code,
-                    {.module = &transfer.module, .direction = transfer.direction, .mode = transfer.mode_after});
-}
-
-bool IsSuccess(const Transfer& transfer) {
-  const std::vector<Reading> readings = AnswerOf(transfer);
-  return !readings.empty() && readings.front().is_success;
+      Visible(run.anchor));
 }
 
 /// A failed run's anchor is not kept: with it the next incremental export would leave out what this one did not bring.
-void KeepAnchor(const Transfer& transfer, DesktopState& state) {
-  if (transfer.anchor_after.empty() || !qv::IsRemembered(transfer.mode_after)) {
+void KeepAnchor(const ModuleRun& run, DesktopState& state) {
+  if (run.anchor_after.empty() || !qv::IsRemembered(run.mode_after)) {
     fmt::print("  anchor     unchanged: such a run is not remembered\n");
-  } else if (!HandedOutAnchor(transfer)) {
+  } else if (!run.HandedOutAnchor()) {
     fmt::print("  anchor     unchanged: the handset handed out none\n");
-  } else if (!IsSuccess(transfer)) {
-    fmt::print("  anchor     {}, not kept because the run failed\n", Visible(transfer.anchor_after));
+  } else if (!run.IsSuccess()) {
+    fmt::print("  anchor     {}, not kept because the run failed\n", Visible(run.anchor_after));
   } else {
-    state.SetAnchor(transfer.module.name, transfer.anchor_after);
+    state.SetAnchor(run.module.name, run.anchor_after);
     state.Save();
-    fmt::print("  anchor     {}, kept in {} for the next incremental export\n", Visible(transfer.anchor_after),
+    fmt::print("  anchor     {}, kept in {} for the next incremental export\n", Visible(run.anchor_after),
                state.File().string());
   }
 }
 
-void PrintResult(const Transfer& transfer) {
-  const std::vector<Reading> readings = AnswerOf(transfer);
-  fmt::print(
-      "  result     0x{:08x} {}\n", transfer.code,
-      readings.empty() ? "unknown: no module of this build answers so" : Describe(readings.front(), "             "));
-  const bool exporting = transfer.direction == Direction::kExport;
-  const qv::ModuleRow& module = transfer.module;
-  const qv::Report report = transfer.local ? (exporting ? module.local_export : module.local_recover)
-                                           : (exporting ? module.desktop_export : module.desktop_recover);
-  if (report == qv::Report::kDropped) {
-    fmt::print("             This entry point reports success for the module whatever happened.\n");
-  }
+void PrintResult(const ModuleRun& run) {
+  fmt::print("  result     0x{:08x} {}\n", run.code, run.Result("             "));
+  if (run.IsDropped()) fmt::print("             This entry point reports success for the module whatever happened.\n");
 }
 
-std::string DescribeRecords(const Transfer& transfer, const std::filesystem::path& file) {
+std::string DescribeRecords(const ModuleRun& run, const std::filesystem::path& file) {
   const FileForm* const form = FindForm(file.filename().string());
   if (form == nullptr || form->layout == nullptr) return "";
   const std::vector<std::uint8_t> bytes = ReadWholeFile(file);
-  const bool apart = transfer.direction == Direction::kRecover && transfer.mode == SyncMode::kIncremental;
+  const bool apart = run.direction == Direction::kRecover && run.mode == SyncMode::kIncremental;
   const RecordFile records = ParseRecords(*form->layout, bytes, apart ? form->incremental_stride : 0);
   return fmt::format("{:>8} records{}", records.records.size(), records.damage ? ", damaged: " + *records.damage : "");
 }
 
-void PrintFiles(const Transfer& transfer) {
-  const std::filesystem::path directory = handset::HostPath(transfer.directory);
-  fmt::print("  files in {}\n", Visible(ToUtf8(transfer.directory)));
+void PrintFiles(const ModuleRun& run) {
+  const std::filesystem::path directory = handset::HostPath(run.directory);
+  fmt::print("  files in {}\n", Visible(ToUtf8(run.directory)));
   if (!std::filesystem::is_directory(directory)) {
     fmt::print("    The handset has no such directory.\n");
     return;
@@ -170,8 +97,7 @@ void PrintFiles(const Transfer& transfer) {
       ++messages;
       message_bytes += size;
     } else {
-      fmt::print("    {:<20} {:>10} bytes {}\n", Visible(file.filename().string()), size,
-                 DescribeRecords(transfer, file));
+      fmt::print("    {:<20} {:>10} bytes {}\n", Visible(file.filename().string()), size, DescribeRecords(run, file));
     }
   }
   if (messages != 0) fmt::print("    {:<20} {:>10} bytes {:>8} files\n", "messages (.eml)", message_bytes, messages);
@@ -194,31 +120,30 @@ int Transact(Direction direction, const Options& options) {
   }
   const Phone phone(options.phone);
   DesktopState state(options.phone.handset);
-  Transfer transfer{.direction = direction,
-                    .module = module,
-                    .mode = mode,
-                    .directory = ToUtf16(options.directory),
-                    .anchor = options.anchor.value_or(state.Anchor(module.name)),
-                    .local = options.local};
+  ModuleRun run{.direction = direction,
+                .module = module,
+                .mode = mode,
+                .directory = ToUtf16(options.directory),
+                .anchor = options.anchor.value_or(state.Anchor(module.name)),
+                .local = options.local};
   if (options.local) {
-    transfer.mode = transfer.mode_after =
-        direction == Direction::kExport ? SyncMode::kPlainCopy : SyncMode::kLocalRecover;
+    run.mode = run.mode_after = direction == Direction::kExport ? SyncMode::kPlainCopy : SyncMode::kLocalRecover;
   }
   {
     const Progress progress(fmt::format("{} {}", module.name, NameOf(direction)));
-    options.local ? RunOnHandset(phone, transfer) : RunFromDesktop(phone, transfer);
+    run.Make(phone);
   }
-  const bool is_success = IsSuccess(transfer);
+  const bool is_success = run.IsSuccess();
   fmt::print("{} {}: {}\n", module.name, NameOf(direction), is_success ? "success" : "failure");
-  PrintMode(transfer);
-  KeepAnchor(transfer, state);
-  PrintResult(transfer);
-  PrintFiles(transfer);
+  PrintMode(run);
+  KeepAnchor(run, state);
+  PrintResult(run);
+  PrintFiles(run);
   if (direction == Direction::kRecover) PrintMessages();
   if (is_success) return kSuccess;
   std::fflush(stdout);
   throw std::runtime_error(fmt::format("the {} of module {} failed with 0x{:08x}, see \"result\" above",
-                                       NameOf(direction), module.name, transfer.code));
+                                       NameOf(direction), module.name, run.code));
 }
 
 void AddOptions(CLI::App& command, Options& options) {

@@ -29,9 +29,6 @@ inline constexpr TableNames kTables[] = {kUserTable,   kConfigTable, kFilterTabl
 
 inline constexpr ModuleNames kNames = {
     .store_library = u"MailStore.dll",
-    .anchor_key = nullptr,
-    .change_list = nullptr,
-    .id_map = nullptr,
     .tables = kTables,
 };
 

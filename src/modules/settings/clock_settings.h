@@ -1,0 +1,41 @@
+// Module 16, the clock's settings: six alarms and nine names, kept by AlarmStore.dll as one structure. Mode and anchor
+// mean nothing here.
+#ifndef QV_MODULES_SETTINGS_CLOCK_SETTINGS_H
+#define QV_MODULES_SETTINGS_CLOCK_SETTINGS_H
+
+#include "modules/settings/settings_layout.h"
+#include "sync/form_rules.h"
+#include "sync/module_names.h"
+#include "sync/result.h"
+
+namespace qv::settings {
+
+inline constexpr char16_t kClockFile[] = u"clockinfo.tbl";
+
+/// The alarms stand at the beginning of the file, the names behind them.
+inline constexpr TableNames kClockTables[] = {{.exchange_file = kClockFile, .layout = &kAlarmLayout},
+                                              {.exchange_file = kClockFile, .layout = &kClockNameLayout}};
+inline constexpr ModuleNames kClockModule = {.store_library = u"AlarmStore.dll", .tables = kClockTables};
+
+inline constexpr char16_t kGetClock[] = u"Sync_GetClockInfo";
+inline constexpr char16_t kUpdateClock[] = u"Sync_UpdateClockInfo";
+
+inline constexpr std::uint32_t kAlarms = 6;
+inline constexpr std::uint32_t kNames = 9;
+
+inline constexpr RuleWords kClockRules[] = {
+    {&kAlarmLayout,
+     "repeat_mode: 1 for the flag 0x100, else 2 for 0x80, else 3 for any of the seven lowest bits, which then are the "
+     "days, bit 0 first; 0 otherwise. A recover takes only days that are 1, and only in mode 3."},
+    {&kClockNameLayout, "A name goes to the place that its index names; behind the alarms, always."},
+};
+
+/// kOk; kStoreNotLoaded; kFileFailed; kEntryPointMissing, kReadFailed and kNoMemory, which leave an empty file.
+Result ExportClock(const void* directory);
+/// The file stays. kOk, also for an empty file, which changes nothing; kStoreNotLoaded; kFileFailed; kNoMemory;
+/// kFileUnreadable, also for a name without a place; kEntryPointMissing; kUpdateFailed.
+Result RecoverClock(const void* directory);
+
+}  // namespace qv::settings
+
+#endif  // QV_MODULES_SETTINGS_CLOCK_SETTINGS_H

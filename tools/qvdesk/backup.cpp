@@ -1,0 +1,142 @@
+// "backup" and "sync": every kind of data into a folder, all of it or what changed.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/qvdesk/commands.h"
+#include "tools/qvdesk/desktop_state.h"
+#include "tools/qvdesk/exchange_folder.h"
+#include "tools/qvdesk/kind_report.h"
+#include "tools/qvdesk/manifest.h"
+#include "tools/qvdesk/modes.h"
+#include "tools/qvdesk/progress.h"
+
+namespace qvdesk {
+namespace {
+
+namespace fs = std::filesystem;
+using qv::SyncMode;
+
+struct Options {
+  PhoneOptions phone;
+  fs::path folder;
+  std::vector<std::string> modules;
+  SyncMode mode;
+  bool json = false;
+};
+
+std::vector<const qv::ModuleRow*> ChosenModules(const std::vector<std::string>& names) {
+  std::vector<const qv::ModuleRow*> modules;
+  for (const std::string& name : names) modules.push_back(&ParseModule(name));
+  if (!names.empty()) return modules;
+  for (const qv::ModuleRow& module : qv::kModuleTable) modules.push_back(&module);
+  return modules;
+}
+
+/// A backup appears whole or not at all: it is made beside its place, and what a run that was killed left there goes.
+class NewBackup {
+ public:
+  explicit NewBackup(const fs::path& folder) : folder_(folder), unfinished_(fs::path(folder) += ".unfinished") {
+    if (fs::exists(folder) && !(fs::is_directory(folder) && fs::is_empty(folder))) {
+      throw std::runtime_error(fmt::format("{}: it is there already. Name a new folder.", folder.string()));
+    }
+    fs::remove_all(unfinished_);
+    fs::create_directories(unfinished_);
+  }
+
+  fs::path FolderOf(const std::string& module) const { return unfinished_ / module; }
+  void Finish(const Manifest& manifest) const {
+    WriteManifest(manifest, unfinished_);
+    if (fs::exists(folder_)) fs::remove(folder_);
+    fs::rename(unfinished_, folder_);
+  }
+
+ private:
+  fs::path folder_;
+  fs::path unfinished_;
+};
+
+BackupKind Export(const Phone& phone, const ExchangeFolder& exchange, ModuleRun& run, const fs::path& folder) {
+  exchange.Empty();
+  {
+    const Progress progress(fmt::format("{} export", run.module.name));
+    run.Make(phone);
+  }
+  exchange.FetchTo(folder);
+  return Describe(run, folder);
+}
+
+std::string WhatCameOf(const BackupKind& kind) {
+  std::string what = ContentsOf(kind);
+  if (kind.ran != kind.asked) what += fmt::format(", {}: the handset does not know our anchor", Describe(kind.ran));
+  return kind.is_told ? what : what + ", as far as can be told: the handset reports success in any case";
+}
+
+int BackUp(const Options& options) {
+  const std::vector<const qv::ModuleRow*> modules = ChosenModules(options.modules);
+  const Phone phone(options.phone);
+  DesktopState state(options.phone.handset);
+  const NewBackup backup(options.folder);
+  const ExchangeFolder exchange;
+  KindReport report(options.json);
+  Manifest manifest;
+  for (const qv::ModuleRow* const module : modules) {
+    ModuleRun run{.direction = qv::Direction::kExport,
+                  .module = *module,
+                  .mode = options.mode,
+                  .directory = exchange.OnHandset(),
+                  .anchor = state.Anchor(module->name)};
+    const BackupKind& kind = manifest.emplace_back(Export(phone, exchange, run, backup.FolderOf(module->name)));
+    if (!kind.anchor.empty()) state.SetAnchor(module->name, kind.anchor);
+    if (kind.succeeded) {
+      report.Succeeded(kind.module, WhatCameOf(kind), ToJson(kind));
+    } else {
+      report.Failed(kind.module, fmt::format("0x{:08x} {}", kind.code, kind.result), ToJson(kind));
+    }
+  }
+  backup.Finish(manifest);
+  state.Save();  // Behind the backup: an anchor without what it stands for would lose changes.
+  report.Conclude(fmt::format("{}: {}", options.folder.string(), kManifestName));
+  return report.End("backed up");
+}
+
+void AddOptions(CLI::App& command, Options& options) {
+  command.add_option("FOLDER", options.folder, "Where it goes: a new folder")->required();
+  command.add_option("MODULE", options.modules, "Kinds of data by name or number; all of them when none is named");
+  AddPhoneOptions(command, options.phone);
+  command.add_flag("--json", options.json, "The report as JSON, which is also what the manifest says");
+}
+
+}  // namespace
+
+void AddBackup(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "backup",
+      "Exports every kind of data, each into a sub-folder of its own, and writes manifest.json beside them: module, "
+      "mode, anchor, result, and of each file its size, its records and its SHA-256. A kind that fails does not stop "
+      "the others; it is named at the end, and the exit status is then 1. The folder appears when all of it is there.");
+  auto options = std::make_shared<Options>();
+  options->mode = SyncMode::kFull;
+  AddOptions(*command, *options);
+  command->footer("Example:\n  qvdesk backup /tmp/monday --handset /tmp/phone");
+  command->callback([options, &status] { status = BackUp(*options); });
+}
+
+void AddSync(CLI::App& program, int& status) {
+  CLI::App* const command = program.add_subcommand(
+      "sync",
+      "As \"backup\", but of each kind only what changed since the last backup or sync: a change list and the new and "
+      "modified records. The anchors kept in DIR.desktop.json are presented; a kind whose anchor the handset does not "
+      "know is exported whole. The kinds that know no changes, e-mail and settings, are exported whole always.");
+  auto options = std::make_shared<Options>();
+  options->mode = SyncMode::kIncremental;
+  AddOptions(*command, *options);
+  command->footer("Example:\n  qvdesk sync /tmp/tuesday --handset /tmp/phone");
+  command->callback([options, &status] { status = BackUp(*options); });
+}
+
+}  // namespace qvdesk
