@@ -167,6 +167,22 @@ TEST(PeImage, RefusesAMissingImportByItsName) {
   EXPECT_EQ(Refusal(file, find_nothing), std::string(kFileName) + ": there is no " + first + " in COREDLL.dll");
 }
 
+TEST(PeImage, RefusesALibraryOfWhichTheMailStoreLacksAMember) {
+  const Bytes file = HandsetLibrary();
+  const PeDescription library_as_it_is = PeImage(file, kFileName, FindAnything).Description();
+  std::size_t members = 0;
+  for (const auto& import : library_as_it_is.imports) {
+    if (import.library != "MailStore.dll") continue;
+    ++members;
+    const auto find_all_others = [&](const std::string& library, const std::string& name) {
+      return library == import.library && name == import.name ? nullptr : FindAnything(library, name);
+    };
+    EXPECT_EQ(Refusal(file, find_all_others),
+              std::string(kFileName) + ": there is no " + import.name + " in MailStore.dll");
+  }
+  EXPECT_EQ(members, 18u);
+}
+
 TEST(PeImage, RefusesToFindAnExportThatIsNotThere) {
   const Bytes file = HandsetLibrary();
   const PeImage image(file, kFileName, FindAnything);

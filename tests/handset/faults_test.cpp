@@ -151,6 +151,8 @@ class EachFunctionTest : public HandsetTest, public testing::WithParamInterface<
       {"CreateFileW", [] { return Open(u"\\a") != coredll::INVALID_HANDLE_VALUE; }},
       {"ReadFile", [] { return Read(Open(u"\\a"), 1) == "x"; }},
       {"WriteFile", [] { return Write(Create(u"\\a"), "y") == 1; }},
+      {"GetFileSize", [] { return coredll::GetFileSize(Open(u"\\a"), nullptr) == 1; }},
+      {"CopyFileW", [] { return coredll::CopyFileW(u"\\a", u"\\b", 0) != 0; }},
       {"DeleteFileW", [] { return coredll::DeleteFileW(u"\\a") != 0; }},
       {"FindFirstFileW", FindsFirst},
       {"FindNextFileW", FindsNext},

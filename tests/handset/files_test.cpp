@@ -6,6 +6,7 @@ namespace handset {
 namespace {
 
 using coredll::CloseHandle;
+using coredll::CopyFileW;
 using coredll::DeleteFileW;
 using coredll::GENERIC_READ;
 using coredll::GENERIC_WRITE;
@@ -247,6 +248,100 @@ TEST_F(FilesTest, WhatIsNoOpenFileHasNoSize) {
   EXPECT_EQ(coredll::GetFileSize(file, nullptr), coredll::INVALID_FILE_SIZE);
   EXPECT_EQ(GetLastError(), 6u);
   EXPECT_EQ(coredll::GetFileSize(INVALID_HANDLE_VALUE, nullptr), coredll::INVALID_FILE_SIZE);
+}
+
+// --- Copies ---
+
+TEST_F(FilesTest, ACopyHasTheWholeContentUnderTheGivenName) {
+  std::string content(200'000, '\0');
+  for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * 7 + i / 256);
+  Put("From/Large.eml", content);
+  Put("empty", "");
+  MakeDirectory("to");
+  EXPECT_TRUE(CopyFileW(u"\\FROM\\large.EML", u"\\to\\Copy", 0));
+  EXPECT_TRUE(CopyFileW(u"\\empty", u"\\to\\\\None", 1));
+  EXPECT_EQ(Content("to/Copy"), content);
+  EXPECT_TRUE(Exists("to/None"));
+  EXPECT_EQ(Content("From/Large.eml"), content);
+  EXPECT_EQ(TakeCensus(), Census());
+}
+
+TEST_F(FilesTest, ACopyReplacesAFileUnlessItIsNotTo) {
+  Put("a", "new");
+  Put("Data/B", "an old one");
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\data\\b", 1));
+  EXPECT_EQ(GetLastError(), 80u);
+  EXPECT_EQ(Content("Data/B"), "an old one");
+  EXPECT_TRUE(CopyFileW(u"\\a", u"\\data\\b", 0));
+  EXPECT_EQ(Content("Data/B"), "new");
+  EXPECT_FALSE(Exists("Data/b")) << "it keeps its spelling";
+}
+
+TEST_F(FilesTest, ACopyOfNothingLeavesTheFileThatIsThere) {
+  Put("b", "old");
+  MakeDirectory("directory");
+  for (const auto& [from, error] : {std::pair(u"\\none", 2u), std::pair(u"\\no directory\\none", 3u),
+                                    std::pair(u"\\directory", 5u), std::pair(u"\\b*", 123u)}) {
+    EXPECT_FALSE(CopyFileW(from, u"\\b", 0));
+    EXPECT_EQ(GetLastError(), error);
+  }
+  EXPECT_EQ(Content("b"), "old");
+  EXPECT_FALSE(CopyFileW(u"\\b", u"\\no directory\\c", 0));
+  EXPECT_EQ(GetLastError(), 3u);
+  EXPECT_FALSE(CopyFileW(u"\\b", u"\\directory", 0));
+  EXPECT_EQ(GetLastError(), 5u);
+  EXPECT_EQ(TakeCensus(), Census());
+}
+
+TEST_F(FilesTest, ACopyNeedsTheConsentOfWhoeverHasEitherFileOpen) {
+  Put("a", "x");
+  Put("b", "old");
+  const auto unshared = Open(u"\\a");
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\b", 0));
+  EXPECT_EQ(GetLastError(), 32u);
+  CloseHandle(unshared);
+  const auto shared = Open(u"\\a", GENERIC_READ, 1);
+  const auto target = Open(u"\\b", GENERIC_READ, 1);
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\b", 0)) << "the target is being read";
+  EXPECT_EQ(Content("b"), "old");
+  CloseHandle(target);
+  EXPECT_TRUE(CopyFileW(u"\\a", u"\\b", 0));
+  CloseHandle(shared);
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\A", 0)) << "a file onto itself";
+  EXPECT_EQ(Content("a"), "x");
+}
+
+TEST_F(FilesTest, AFullDiskLeavesNoHalfCopy) {
+  Put("a", "12345678");
+  SetFreeSpace(7);
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\b", 0));
+  EXPECT_EQ(GetLastError(), 112u);
+  EXPECT_FALSE(Exists("b"));
+  SetFreeSpace(8);
+  EXPECT_TRUE(CopyFileW(u"\\a", u"\\b", 0));
+  EXPECT_TRUE(CopyFileW(u"\\a", u"\\b", 0)) << "in the room of the file that it replaces";
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\c", 0));
+  EXPECT_EQ(Content("b"), "12345678");
+}
+
+TEST_F(FilesTest, ACopyThatIsToFailDoesNothing) {
+  Put("a", "new");
+  Put("b", "old");
+  for (const Fault fault : {Fault::kFail, Fault::kCutShort}) {
+    FailCallOf("CopyFileW", 1, fault);
+    EXPECT_FALSE(CopyFileW(u"\\a", u"\\b", 0));
+    EXPECT_TRUE(FaultHappened());
+    EXPECT_EQ(Content("b"), "old");
+  }
+  std::vector<std::string> seen;
+  Observe([&](const Call& call) {
+    seen.push_back(std::string(call.function) + " " + std::string(call.path.begin(), call.path.end()) + " " +
+                   std::to_string(call.options[0]));
+  });
+  EXPECT_TRUE(CopyFileW(u"\\a", u"\\b", 0));
+  EXPECT_FALSE(CopyFileW(u"\\a", u"\\b", 1));
+  Observe(nullptr);
+  EXPECT_THAT(seen, testing::ElementsAre("CopyFileW \\a 0", "CopyFileW \\a 1")) << "one call to whoever watches";
 }
 
 TEST_F(FilesTest, StartingAgainClosesEverything) {

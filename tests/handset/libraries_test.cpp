@@ -1,5 +1,6 @@
 // Libraries: where they are found, which is asked first, and that a handle ends with its last reference.
 // A broken library file must be as good as none.
+#include "platform/mail_store.h"
 #include "tests/handset/handset_fixture.h"
 
 namespace handset {
@@ -107,6 +108,39 @@ TEST_F(LibrariesTest, ALibraryStaysUntilItsLastReferenceIsFreed) {
   EXPECT_FALSE(FreeLibrary(library));
   EXPECT_FALSE(FreeLibrary(nullptr));
   EXPECT_EQ(TakeCensus(), Census());
+}
+
+class MailStoreImportTest : public LibrariesTest {
+ protected:
+  static int QV_THISCALL Seven(mail_store::CMailDBSync*) { return 7; }
+  static int QV_THISCALL Eight(mail_store::CMailDBSync*) { return 8; }
+
+  /// What InitCEDB answers in a library of its own.
+  static EntryPoints LibraryWith(int(QV_THISCALL* init)(mail_store::CMailDBSync*)) {
+    return {{u"InitCEDB", reinterpret_cast<FARPROC>(init)}};
+  }
+};
+
+TEST_F(MailStoreImportTest, AMemberIsThatOfTheLibraryAtTheTime) {
+  InstallLibrary(kMailStore, LibraryWith(&Seven));
+  EXPECT_EQ(mail_store::InitCEDB(nullptr), 7);
+  InstallLibrary(u"\\systemdata\\DLL\\mailstore.DLL", LibraryWith(&Eight));
+  EXPECT_EQ(mail_store::InitCEDB(nullptr), 8);
+  EXPECT_EQ(TakeCensus(), Census()) << "it counts as no loaded library";
+}
+
+TEST_F(MailStoreImportTest, WithoutTheLibraryOrTheMemberTheProcessEnds) {
+  EXPECT_DEATH(mail_store::InitCEDB(nullptr), "the agent needs InitCEDB of .*MailStore.dll, which is not there");
+  Put("SystemData/dll/MailStore.dll", "no library");
+  EXPECT_DEATH(mail_store::InitCEDB(nullptr), "InitCEDB");
+  PutSampleLibrary("SystemData/dll/other.dll");
+  std::filesystem::rename(root_ / "SystemData/dll/other.dll", root_ / "SystemData/dll/MailStore.dll");
+  EXPECT_DEATH(mail_store::InitCEDB(nullptr), "InitCEDB") << "a library without the member";
+  InstallLibrary(kMailStore, LibraryWith(&Seven));
+  EXPECT_EQ(mail_store::InitCEDB(nullptr), 7);
+  EXPECT_DEATH(mail_store::CloseCEDB(nullptr), "CloseCEDB");
+  Start(root_);
+  EXPECT_DEATH(mail_store::InitCEDB(nullptr), "InitCEDB") << "another handset";
 }
 
 }  // namespace

@@ -75,6 +75,17 @@ TEST_F(TextTest, NothingIsReadPastTheRoom) {
   EXPECT_EQ(ToWide(bytes, 2), u"ab");
 }
 
+TEST_F(TextTest, WhatStandsBeforeAFailureIsConvertedAndNoMore) {
+  char bytes[] = "######";
+  EXPECT_EQ(wcstombs(bytes, u"a\u4E2D\u0E01z", 6), kFailed);
+  EXPECT_EQ(std::string(bytes), "a\xD6\xD0###");
+  for (const char* broken : {"ab\xFF\xFF", "ab\xD6", "ab\xD6\xFFz"}) {
+    char16_t text[] = u"####";
+    EXPECT_EQ(mbstowcs(text, broken, 4), kFailed);
+    EXPECT_EQ(std::u16string(text), u"ab##");
+  }
+}
+
 TEST_F(TextTest, WhatTheCodePageLacksFails) {
   EXPECT_EQ(ToBytes(u"aé\u0e01", 10), "failed");
   const char16_t surrogate[] = {0xD83D, 0xDE00, 0};
@@ -111,6 +122,30 @@ TEST_F(TextTest, FormattedTextIsCutAtTheRoom) {
   EXPECT_EQ(std::u16string(buffer, 6), u"1234##");
   EXPECT_LT(_snwprintf(buffer, 4, u"%d", 98765), 0);
   EXPECT_EQ(std::u16string(buffer, 6), u"9876##");
+}
+
+TEST_F(TextTest, WhatIsPrintedIsKeptByteForByte) {
+  EXPECT_EQ(PrintedText(), "");
+  EXPECT_EQ(coredll::printf("UIDL\xB3\xF6 %d", -7), 9);
+  EXPECT_EQ(coredll::printf("%s%%|%5u|", "\xFF", 100u), 9);
+  EXPECT_EQ(coredll::printf("%s", ""), 0);
+  EXPECT_EQ(PrintedText(), "UIDL\xB3\xF6 -7\xFF%|  100|");
+  const std::string long_text(5000, 'x');
+  EXPECT_EQ(coredll::printf("%s", long_text.c_str()), 5000);
+  EXPECT_EQ(PrintedText().size(), 18u + 5000u);
+  Start(root_);
+  EXPECT_EQ(PrintedText(), "") << "another handset";
+}
+
+TEST_F(TextTest, PrintingIsSeenAndCannotFail) {
+  std::vector<std::string_view> seen;
+  Observe([&](const Call& call) { seen.push_back(call.function); });
+  FailCall(1);
+  EXPECT_EQ(coredll::printf("text"), 4);
+  Observe(nullptr);
+  EXPECT_FALSE(FaultHappened());
+  EXPECT_THAT(seen, testing::ElementsAre("printf"));
+  EXPECT_THROW(FailCallOf("printf", 1), std::invalid_argument);
 }
 
 TEST_F(TextTest, AnUnknownConversionEndsTheProcess) {

@@ -22,6 +22,7 @@ void RunEvents::See(const handset::Call& call) {
   TakeStoreCalls();
   std::string what;
   if (call.function == "DeleteFileW") what = "delete ";
+  if (call.function == "CopyFileW") what = "copy ";
   if (call.function == "GetProcAddressW") what = "find ";
   if (call.function == "CreateFileW") what = call.options[2] == 2 ? "create " : "open ";
   if (what.empty()) return;

@@ -21,7 +21,8 @@ class RunEvents {
   RunEvents(const RunEvents&) = delete;
   RunEvents& operator=(const RunEvents&) = delete;
 
-  /// "create mmsinfo.tbl", "open mmsinfo.tbl", "delete mmsinfo.tbl", "find mms_Sync_Read", "call Read [1]".
+  /// "create mmsinfo.tbl", "open mmsinfo.tbl", "delete mmsinfo.tbl", "copy 17.eml", "find mms_Sync_Read",
+  /// "call Read [1]".
   std::vector<std::string> Take();
 
  private:

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace qv::layout {
@@ -28,6 +31,61 @@ TEST(RecordLayoutTest, NumbersWidenWithZerosAndNarrowToTheirLowBytes) {
   static constexpr Field kFields[] = {Both("a", U8(0), U32(0)), Both("b", U32(1), U16(4))};
   EXPECT_EQ(Exported(kFields, {0x81, 1, 2, 3, 4}, 6), (Record{0x81, 0, 0, 0, 1, 2}));
   EXPECT_EQ(Recovered(kFields, {0x81, 9, 9, 9, 1, 2}, 5), (Record{0x81, 1, 2, 0, 0}));
+}
+
+TEST(RecordLayoutTest, ASignedNumberKeepsItsSignWhereItIsWidened) {
+  static constexpr Field kFields[] = {Both("a", S16(0), U32(0))};
+  EXPECT_EQ(Exported(kFields, {0xFE, 0xFF}, 4), (Record{0xFE, 0xFF, 0xFF, 0xFF}));
+  EXPECT_EQ(Exported(kFields, {0x00, 0x80}, 4), (Record{0x00, 0x80, 0xFF, 0xFF}));
+  EXPECT_EQ(Exported(kFields, {0xFF, 0x7F}, 4), (Record{0xFF, 0x7F, 0, 0}));
+  EXPECT_EQ(Recovered(kFields, {0xFE, 0xFF, 0xFF, 0xFF}, 2), (Record{0xFE, 0xFF}));
+  EXPECT_EQ(Recovered(kFields, {1, 2, 3, 4}, 2), (Record{1, 2})) << "the low bytes";
+  EXPECT_EQ(LoadSlot(S16(0), Record{0xFF, 0xFF}.data()), 0xFFFFFFFFu);
+  static constexpr Field kNarrower[] = {Both("a", S16(0), U8(0))};
+  EXPECT_EQ(Exported(kNarrower, {0x81, 0xFF}, 1), (Record{0x81}));
+  EXPECT_EQ(Recovered(kNarrower, {0x81}, 2), (Record{0x81, 0})) << "the other side has no sign";
+}
+
+/// A wide text's bytes, and zeros up to a size.
+Record Wide(std::u16string_view text, std::size_t size) {
+  Record bytes(size);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    bytes[2 * i] = static_cast<std::uint8_t>(text[i]);
+    bytes[2 * i + 1] = static_cast<std::uint8_t>(text[i] >> 8);
+  }
+  return bytes;
+}
+
+Record Narrow(std::string_view text, std::size_t size) {
+  Record bytes(size);
+  std::copy(text.begin(), text.end(), bytes.begin());
+  return bytes;
+}
+
+TEST(RecordLayoutTest, EightBitTextBecomesWideUpToItsNulAndLeavesRoomForOne) {
+  static constexpr Field kFields[] = {Both("text", NarrowText(0, 6), Text(0, 16))};
+  EXPECT_EQ(Exported(kFields, Narrow("ab", 6), 16), Wide(u"ab", 16));
+  EXPECT_EQ(Exported(kFields, Narrow(std::string_view("ab\0cd", 5), 6), 16), Wide(u"ab", 16));
+  EXPECT_EQ(Exported(kFields, Narrow("\xD6\xD0\xCE\xC4", 6), 16), Wide(u"\u4E2D\u6587", 16));
+  EXPECT_EQ(Exported(kFields, Narrow("abcdef", 6), 16), Wide(u"abcdef", 16)) << "the source may lack its NUL";
+  EXPECT_EQ(Exported(kFields, Narrow("abcde\xD6", 6), 16), Wide(u"abcde", 16)) << "half a character is none";
+  EXPECT_EQ(Exported(kFields, Narrow("ab\xFF\xFFz", 6), 16), Wide(u"ab", 16)) << "what has no counterpart ends it";
+  static constexpr Field kShorter[] = {Both("text", NarrowText(0, 6), Text(0, 6))};
+  EXPECT_EQ(Exported(kShorter, Narrow("abcdef", 6), 6), Wide(u"ab", 6));
+  EXPECT_EQ(Exported(kShorter, Narrow("\xD6\xD0\xCE\xC4z", 6), 6), Wide(u"\u4E2D\u6587", 6));
+}
+
+TEST(RecordLayoutTest, WideTextBecomesEightBitAndIsNeverCutWithinACharacter) {
+  static constexpr Field kFields[] = {Both("text", NarrowText(0, 6), Text(0, 16))};
+  EXPECT_EQ(Recovered(kFields, Wide(u"ab", 16), 6), Narrow("ab", 6));
+  EXPECT_EQ(Recovered(kFields, Wide(std::u16string_view(u"ab\0cd", 5), 16), 6), Narrow("ab", 6));
+  EXPECT_EQ(Recovered(kFields, Wide(u"abcdefgh", 16), 6), Narrow("abcde", 6)) << "the source may lack its NUL";
+  EXPECT_EQ(Recovered(kFields, Wide(u"a\u4E2D\u6587z", 16), 6), Narrow("a\xD6\xD0\xCE\xC4", 6));
+  EXPECT_EQ(Recovered(kFields, Wide(u"\u4E2D\u6587\u4E2D", 16), 6), Narrow("\xD6\xD0\xCE\xC4", 6));
+  EXPECT_EQ(Recovered(kFields, Wide(u"ab\u0E01z", 16), 6), Narrow("ab", 6)) << "what has no counterpart ends it";
+  static constexpr Field kWidest[] = {Both("text", NarrowText(0, 256), Text(0, 514))};
+  EXPECT_EQ(Recovered(kWidest, Wide(std::u16string(257, u'x'), 514), 256), Narrow(std::string(255, 'x'), 256));
+  EXPECT_EQ(Exported(kWidest, Narrow(std::string(256, 'x'), 256), 514), Wide(std::u16string(256, u'x'), 514));
 }
 
 TEST(RecordLayoutTest, BitsShareANumber) {
@@ -134,6 +192,25 @@ TEST(RecordLayoutTest, ATimeThatDoesNotExistIsZero) {
   EXPECT_EQ(Recovered(kFields, no_such_day, 8), Record(8));
 }
 
+TEST(RecordLayoutTest, ASystemTimeIsSixNumbersThatNobodyJudges) {
+  static constexpr Field kFields[] = {Both("time", SystemTime(1), TimeNumbers(0)), StoreUnused(0, 1)};
+  // With the day of the week and milliseconds, which do not travel; at an odd address.
+  Record store = {9, 0xD6, 0x07, 12, 0, 1, 0, 11, 0, 7, 0, 2, 0, 10, 0, 0xF4, 0x01};
+  EXPECT_EQ(Exported(kFields, store, 24), kSixNumbers);
+  store = {0, 0xD6, 0x07, 12, 0, 0, 0, 11, 0, 7, 0, 2, 0, 10, 0, 0, 0};
+  EXPECT_EQ(Recovered(kFields, kSixNumbers, 17), store);
+  Record impossible(24);
+  for (std::size_t i = 0; i < 6; ++i) {
+    impossible[4 * i] = static_cast<std::uint8_t>(0xF0 + i);
+    impossible[4 * i + 1] = 0xFF;
+  }
+  const Record as_it_stands = {0, 0xF0, 0xFF, 0xF1, 0xFF, 0, 0, 0xF2, 0xFF, 0xF3, 0xFF, 0xF4, 0xFF, 0xF5, 0xFF, 0, 0};
+  EXPECT_EQ(Recovered(kFields, impossible, 17), as_it_stands);
+  EXPECT_EQ(Exported(kFields, as_it_stands, 24), impossible);
+  for (std::size_t i = 0; i < 6; ++i) impossible[4 * i + 2] = 0xFF;
+  EXPECT_EQ(Recovered(kFields, impossible, 17), as_it_stands) << "the low halves";
+}
+
 TEST(RecordLayoutTest, ATimeTextIsSixNumbers) {
   static constexpr Field kFields[] = {Both("time", TimeText(0), TimeNumbers(0))};
   EXPECT_EQ(Exported(kFields, kDigits, 24), kSixNumbers);
@@ -170,6 +247,15 @@ constexpr Field kNumberAsText[] = {Both("a", U16(0), Text(0, 2))};
 constexpr Field kSevenOfAText[] = {Both("a", TimeText(0), TimeOfSeven(0))};
 constexpr Field kSevenOfAFileTime[] = {Both("a", FileTime(0), TimeOfSeven(0))};
 constexpr Field kFileTimeAsItStands[] = {Both("a", FileTime(0), FileTime(0))};
+constexpr Field kNarrowAsText[] = {Both("a", NarrowText(0, 256), Text(0, 16))};
+constexpr Field kNarrowAsNarrow[] = {Both("a", NarrowText(0, 2), NarrowText(0, 2))};
+constexpr Field kTextAsNarrow[] = {Both("a", Text(0, 2), NarrowText(0, 2))};
+constexpr Field kLongNarrow[] = {Both("a", NarrowText(0, 257), Text(0, 16))};
+constexpr Field kSystemTimeAsSix[] = {Both("a", SystemTime(0), TimeNumbers(0))};
+constexpr Field kSystemTimeAsSeven[] = {Both("a", SystemTime(0), TimeOfSeven(0))};
+constexpr Field kSystemTimeAsItStands[] = {Both("a", SystemTime(0), SystemTime(0))};
+constexpr Field kSignedAsNumber[] = {Both("a", S16(0), U32(0))};
+constexpr Field kSignedAsText[] = {Both("a", S16(0), Text(0, 4))};
 constexpr Field kCountOnly[] = {Both("count", U8(0), U8(0))};
 
 TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {
@@ -186,6 +272,15 @@ TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {
   EXPECT_FALSE((Tiles<30, 28>(kSevenOfAText))) << "a text tells no milliseconds";
   EXPECT_FALSE((Tiles<8, 8>(kFileTimeAsItStands))) << "exchange files tell times in numbers";
   EXPECT_TRUE((Tiles<8, 28>(kSevenOfAFileTime)));
+  EXPECT_TRUE((Tiles<256, 16>(kNarrowAsText)));
+  EXPECT_FALSE((Tiles<2, 2>(kNarrowAsNarrow))) << "exchange files hold wide text";
+  EXPECT_FALSE((Tiles<2, 2>(kTextAsNarrow)));
+  EXPECT_FALSE((Tiles<257, 16>(kLongNarrow))) << "longer than what is converted at once";
+  EXPECT_TRUE((Tiles<16, 24>(kSystemTimeAsSix)));
+  EXPECT_FALSE((Tiles<16, 28>(kSystemTimeAsSeven)));
+  EXPECT_FALSE((Tiles<16, 16>(kSystemTimeAsItStands)));
+  EXPECT_TRUE((Tiles<2, 4>(kSignedAsNumber)));
+  EXPECT_FALSE((Tiles<2, 4>(kSignedAsText)));
   EXPECT_TRUE((Tiles<7, 1>(kCountOnly, kItemRun)));
   EXPECT_FALSE((Tiles<7, 1>(kCountOnly, kUncountedRun))) << "no row is the count";
   EXPECT_FALSE((Tiles<8, 1>(kCountOnly, kItemRun)));
