@@ -5,8 +5,8 @@
 
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <memory>
+#include <sstream>
 
 namespace qv_test {
 namespace {
@@ -14,6 +14,14 @@ namespace {
 std::unique_ptr<loader::AgentLibrary>& OpenedAgent() {
   static std::unique_ptr<loader::AgentLibrary> agent;
   return agent;
+}
+
+/// None of a file that cannot be opened.
+Bytes ContentOf(std::ifstream file) {
+  std::ostringstream content;
+  content << file.rdbuf();
+  const std::string text = std::move(content).str();
+  return {text.begin(), text.end()};
 }
 
 }  // namespace
@@ -68,6 +76,11 @@ void Put32(Bytes& bytes, std::size_t offset, std::uint32_t value) {
   Put16(bytes, offset + 2, static_cast<std::uint16_t>(value >> 16));
 }
 
+void PutBytes(Bytes& bytes, std::size_t offset, const Bytes& more) {
+  ASSERT_LE(offset + more.size(), bytes.size());
+  std::copy(more.begin(), more.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
 void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text) {
   for (const char16_t character : text) {
     Put16(bytes, offset, character);
@@ -107,6 +120,24 @@ std::vector<std::uint32_t> ToWords(const Bytes& bytes) {
 
 void Append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
+Bytes Items(std::size_t count, std::size_t size, std::uint8_t seed) {
+  Bytes bytes(count * size);
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(seed + i * 7 + i / size);
+  return bytes;
+}
+
+Bytes LowPositions(std::size_t size) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i);
+  return bytes;
+}
+
+Bytes HighPositions(std::size_t size) {
+  Bytes bytes(size);
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i >> 8);
+  return bytes;
 }
 
 Bytes TableOf(Bytes (*record)(std::uint32_t id), std::initializer_list<std::uint32_t> ids) {
@@ -199,7 +230,7 @@ bool AgentTest::Exists(std::u16string_view path) {
 Bytes AgentTest::ReadFile(std::u16string_view path) {
   std::ifstream file(handset::HostPath(path), std::ios::binary);
   EXPECT_TRUE(file.is_open()) << "no file " << handset::HostPath(path);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  return ContentOf(std::move(file));
 }
 
 std::string AgentTest::ReadText(std::u16string_view path) {
@@ -225,9 +256,8 @@ std::vector<std::pair<std::string, Bytes>> AgentTest::AllFiles() {
   const std::filesystem::path root = handset::HostPath(u"\\");
   for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
     if (!entry.is_regular_file()) continue;
-    std::ifstream file(entry.path(), std::ios::binary);
     files.emplace_back(entry.path().lexically_relative(root).string(),
-                       Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
+                       ContentOf(std::ifstream(entry.path(), std::ios::binary)));
   }
   std::sort(files.begin(), files.end());
   return files;

@@ -59,6 +59,7 @@ Bytes Request(std::int32_t module_id, std::uint32_t mode, std::u16string_view an
 void Put8(Bytes& bytes, std::size_t offset, std::uint8_t value);
 void Put16(Bytes& bytes, std::size_t offset, std::uint16_t value);
 void Put32(Bytes& bytes, std::size_t offset, std::uint32_t value);
+void PutBytes(Bytes& bytes, std::size_t offset, const Bytes& more);
 void PutText(Bytes& bytes, std::size_t offset, std::u16string_view text);
 /// Text and its NUL; what follows keeps its bytes.
 void PutTextWithEnd(Bytes& bytes, std::size_t offset, std::u16string_view text);
@@ -69,6 +70,11 @@ std::uint32_t Get32(const Bytes& bytes, std::size_t offset);
 Bytes Words(std::initializer_list<std::uint32_t> words);
 std::vector<std::uint32_t> ToWords(const Bytes& bytes);
 void Append(Bytes& bytes, const Bytes& more);
+/// `count` items of `size` bytes that are all different.
+Bytes Items(std::size_t count, std::size_t size, std::uint8_t seed);
+/// Each byte says where it stands: of two bytes of its position the lower one, or the higher one.
+Bytes LowPositions(std::size_t size);
+Bytes HighPositions(std::size_t size);
 /// A table of records, one for each id.
 Bytes TableOf(Bytes (*record)(std::uint32_t id), std::initializer_list<std::uint32_t> ids);
 

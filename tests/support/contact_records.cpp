@@ -18,10 +18,6 @@ void PutExchangeTexts(Bytes& record, std::span<const TextField> fields) {
   for (const TextField& field : fields) PutText(record, field.exchange, field.sample);
 }
 
-void PutBytes(Bytes& record, std::size_t offset, std::initializer_list<std::uint8_t> values) {
-  for (const std::uint8_t value : values) Put8(record, offset++, value);
-}
-
 }  // namespace
 
 Bytes StoreContact() {

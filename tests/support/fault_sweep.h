@@ -97,6 +97,9 @@ struct SweptModule {
   /// Whether the desktop is told what came of a run; else it hears of success.
   bool exports_are_told = true;
   bool recovers_are_told = true;
+  /// No failure ends a run: it costs what its own step does, and all else is done. A recover deletes what the desktop
+  /// sent in any case.
+  bool goes_on = false;
 
   /// Steps besides the tables', such as a configuration's.
   std::vector<StepBegin> more_export_steps = {};
@@ -132,14 +135,25 @@ std::vector<FaultScript> ScriptsOf(const SweptModule& module);
 /// Instantiate it with the scripts of a module, named by NameOfScript.
 class FaultSweepTest : public AgentTest, public testing::WithParamInterface<FaultScript> {
  protected:
+  FaultSweepTest();
+
   void FailEachPlatformCall(handset::Fault fault);
   void FailEachStoreCall();
   void FailToLoadTheStore();
 
  private:
+  /// What became of each file, by its name, and how often the store was told what.
+  using Deeds = std::map<std::string, std::string>;
+
   static std::unique_ptr<ScriptedStore> Prepare();
   Answer Perform();
+  static void ExpectAnswer(const Answer& answer, std::uint32_t result);
   void ExpectFailure(const Answer& answer, std::uint32_t result, bool is_behind_changes = false);
+  static Deeds DeedsOf(const ScriptedStore& store);
+  /// Of a module that goes on: all was done but what the failure excuses.
+  void ExpectTheRestWasDone(const ScriptedStore& store, const std::set<std::string>& excused) const;
+
+  Deeds all_deeds_;  ///< Of a run in which nothing fails.
 };
 
 std::string NameOfScript(const testing::TestParamInfo<FaultScript>& info);

@@ -1,18 +1,12 @@
 // Each field of a schedule record at its place, by hand.
 #include "tests/support/schedule_records.h"
 
-#include <algorithm>
-
 namespace qv_test {
 namespace {
 
 constexpr char16_t kText1[] = u"Thirty-one characters, no NUL!!";
 constexpr char16_t kText1Cut[] = u"Thirty-one characters, no NUL!";
 static_assert(sizeof(kText1) == 2 * 32 && sizeof(kText1Cut) == 2 * 31);
-
-void PutBytes(Bytes& bytes, std::size_t offset, const Bytes& more) {
-  std::copy(more.begin(), more.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
-}
 
 /// The fields of the store record that are the same in an export's source and in a recover's result.
 void PutStoreFields(Bytes& r) {
@@ -174,12 +168,6 @@ Bytes PlainEntry(std::uint32_t id, std::uint32_t group) {
   Put32(r, 0, id);
   Put32(r, 4, group);
   return r;
-}
-
-Bytes Items(std::size_t count, std::size_t size, std::uint8_t seed) {
-  Bytes bytes(count * size);
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(seed + i * 7 + i / size);
-  return bytes;
 }
 
 }  // namespace qv_test

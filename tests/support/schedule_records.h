@@ -34,9 +34,6 @@ Bytes ExchangeGroup(std::uint32_t id = 5, std::u16string_view name = u"Family", 
 /// An entry of 912 bytes that says no more than who it is and which group it is in.
 Bytes PlainEntry(std::uint32_t id, std::uint32_t group = 0);
 
-/// `count` items of `size` bytes that are all different.
-Bytes Items(std::size_t count, std::size_t size, std::uint8_t seed);
-
 }  // namespace qv_test
 
 #endif  // QV_TESTS_SUPPORT_SCHEDULE_RECORDS_H

@@ -8,7 +8,8 @@ using enum Argument;
 
 const ScriptedStoreFacts kFacts = {
     .library = u"SchedStore.dll",
-    .tables = {{.record_size = ScriptedScheduleStore::kEntrySize}, {.record_size = ScriptedScheduleStore::kGroupSize}},
+    .tables = {{.record_size = ScriptedScheduleStore::kEntrySize},
+               {.record_size = ScriptedScheduleStore::kGroupSize, .id_offset = 0}},
     .list = kFileTimeIn16Bytes,
     .entry_points =
         {

@@ -1,12 +1,10 @@
 // Recovers of the schedule, by insertion and by change list: what reaches the store, and what becomes of the files.
-#include "tests/support/run_events.h"
 #include "tests/support/schedule_records.h"
 #include "tests/support/scripted_schedule_store.h"
 
 namespace qv_test {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// What an incremental recover reads of the group table at a time.
@@ -25,7 +23,6 @@ class ScheduleRecoverTest : public AgentTest {
   }
 
   static bool TablesAreKept() { return Exists(kEntries) && Exists(kGroups); }
-  static bool TablesAreGone() { return !Exists(kEntries) && !Exists(kGroups); }
 
   ScriptedScheduleStore store_;
 };
@@ -141,139 +138,7 @@ TEST_F(ScheduleRecoverTest, AllItemsOfAFullEntryReachTheStore) {
   EXPECT_EQ(Bytes(record.begin() + 704, record.begin() + 8640), items);
 }
 
-// --- Insertion ---
-
-TEST_F(ScheduleRecoverTest, GroupsGoFirstSoThatEntriesFindThem) {
-  Bytes entries = PlainEntry(100, 7);
-  Append(entries, PlainEntry(101, 9));
-  Append(entries, PlainEntry(102, 5));
-  Bytes groups = ExchangeGroup(5);
-  Append(groups, ExchangeGroup(7));
-  Place(entries, groups);
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  const auto& applied = store_.tables[0];
-  ASSERT_EQ(applied.size(), 3u);
-  EXPECT_EQ(applied[0].group, 1001u);
-  EXPECT_EQ(Get32(applied[0].bytes, 4), 1001u);
-  EXPECT_EQ(applied[1].group, 9u) << "group 9 did not come with this recover";
-  EXPECT_EQ(Get32(applied[1].bytes, 4), 9u);
-  EXPECT_EQ(applied[2].group, 1000u);
-  EXPECT_EQ(ReadFile(kIdMap), Words({1, 1000, 5, 1, 1001, 7, 0, 1002, 100, 0, 1003, 101, 0, 1004, 102}));
-}
-
-TEST_F(ScheduleRecoverTest, TheFirstGroupOfAnIdIsTheOneEntriesFind) {
-  Bytes groups = ExchangeGroup(5);
-  Append(groups, ExchangeGroup(5));
-  Place(PlainEntry(1, 5), groups);
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_EQ(store_.tables[0].at(0).group, 1000u);
-}
-
-TEST_F(ScheduleRecoverTest, AnEntrysIdIsNoGroupsId) {
-  Bytes entries = PlainEntry(5);
-  Append(entries, PlainEntry(6, 5));
-  Place(entries);
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_EQ(store_.tables[0].at(1).group, 5u);
-}
-
-TEST_F(ScheduleRecoverTest, OnlyReplaceEmptiesTheStore) {
-  for (const std::uint32_t mode : {0u, 1u, 2u, 4u, 5u, 6u, 0xFFFFFFFFu}) {
-    store_.tables[0].clear();
-    store_.tables[1].clear();
-    store_.calls.clear();
-    store_.Add(0, 1, 1);
-    store_.Add(1, 1, 1);
-    Place(PlainEntry(2), ExchangeGroup(2));
-    EXPECT_EQ(Recover(2, mode).code, 0u);
-    const std::size_t expected = mode == 2 ? 1 : 2;
-    EXPECT_EQ(store_.tables[0].size(), expected) << mode;
-    EXPECT_EQ(store_.tables[1].size(), expected) << mode;
-    EXPECT_EQ(store_.calls.front() == "DelAll", mode == 2);
-    EXPECT_TRUE(TablesAreGone());
-  }
-}
-
-TEST_F(ScheduleRecoverTest, ARememberedRecoverLeavesSnapshotsOfTheStoreAndAnIdMap) {
-  store_.Add(0, 1, 0x0000000300000002);
-  Place(PlainEntry(2), ExchangeGroup(2));
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kEntryLog), Words({1, 2, 3, 1001, 5, 6}));
-  EXPECT_EQ(ReadFile(kGroupLog), Words({1000, 5, 6}));
-  EXPECT_EQ(ReadFile(kIdMap), Words({1, 1000, 2, 0, 1001, 2}));
-}
-
-TEST_F(ScheduleRecoverTest, APlainRecoverLeavesNothingButTheRecords) {
-  for (const std::uint32_t mode : {4u, 5u, 77u}) {
-    store_.tables[0].clear();
-    Place(PlainEntry(2), ExchangeGroup(2));
-    EXPECT_EQ(Recover(2, mode).code, 0u);
-    EXPECT_EQ(store_.tables[0].size(), 1u);
-    EXPECT_THAT(AllFiles(), IsEmpty());
-  }
-}
-
-TEST_F(ScheduleRecoverTest, ARecoverOfNothingEmptiesSnapshotsAndMap) {
-  Place({});
-  WriteText(kIdMap, "old");
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  for (const auto* file : {kEntryLog, kGroupLog, kIdMap}) EXPECT_THAT(ReadFile(file), IsEmpty());
-}
-
-TEST_F(ScheduleRecoverTest, AnInsertingRecoverLeavesAChangeListAlone) {
-  PlaceChanges(Words({0, 1, 3}));
-  store_.Add(0, 1, 1);
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_TRUE(Exists(kChangeList));
-  EXPECT_EQ(store_.tables[0].size(), 1u);
-}
-
-TEST_F(ScheduleRecoverTest, ThousandsOfRecordsFindTheirGroups) {
-  Bytes entries;
-  Bytes groups;
-  for (std::uint32_t i = 0; i < 3000; ++i) {
-    Append(entries, PlainEntry(i, 50000 + i));
-    Append(groups, ExchangeGroup(50000 + i));
-  }
-  Place(entries, groups);
-  EXPECT_EQ(Recover(2, 4).code, 0u);
-  ASSERT_EQ(store_.tables[0].size(), 3000u);
-  for (std::uint32_t i = 0; i < 3000; ++i) ASSERT_EQ(store_.tables[0][i].group, 1000 + i);
-}
-
-TEST_F(ScheduleRecoverTest, AnIdMapThatCannotBeWrittenIsNotReported) {
-  Place(PlainEntry(1));
-  MakeDirectory(kIdMap);
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  EXPECT_EQ(ReadFile(kEntryLog), Words({1000, 5, 6}));
-}
-
 // --- Change lists ---
-
-TEST_F(ScheduleRecoverTest, AChangeListDeletesThenAppliesGroupsThenEntries) {
-  for (const std::uint32_t id : {1u, 2u, 3u}) {
-    store_.Add(0, id, 1);
-    store_.Add(1, id, 1);
-  }
-  Bytes entries = PlainEntry(2, 50);
-  Append(entries, PlainEntry(60, 50));
-  Append(entries, PlainEntry(3, 3));
-  PlaceChanges(Words({0, 60, 1, 1, 2, 3, 0, 1, 3, 1, 50, 1, 1, 1, 3, 0, 2, 2}), entries, ExchangeGroup(50));
-  const Answer answer = Recover(2, 3);
-  EXPECT_EQ(answer.code, 0u);
-  EXPECT_EQ(answer.mode, 3u);
-  EXPECT_EQ(answer.anchor, kNowAnchor);
-  store_.calls.resize(5);
-  EXPECT_THAT(store_.calls, ElementsAre("Del 0 [1]", "Del 1 [2 1]", "Insert 1 group 4660", "Update 0 id 2 group 1000",
-                                        "Insert 0 group 1000"))
-      << "entry 3 is not in the change list";
-  EXPECT_EQ(ReadFile(kIdMap), Words({1, 1000, 50, 0, 1001, 60}));
-  EXPECT_TRUE(TablesAreGone());
-  EXPECT_FALSE(Exists(kChangeList));
-  EXPECT_EQ(ReadFile(kEntryLog), Words({2, 5, 6, 3, 1, 0, 1001, 5, 6}));
-  EXPECT_EQ(Get32(store_.At(0, 2).bytes, 4), 1000u);
-  EXPECT_EQ(Get32(store_.At(0, 1001).bytes, 4), 1000u);
-}
 
 TEST_F(ScheduleRecoverTest, GroupsAreReadInTheDesktopsRequests) {
   PlaceChanges({}, {}, ExchangeGroup(1));
@@ -284,25 +149,6 @@ TEST_F(ScheduleRecoverTest, GroupsAreReadInTheDesktopsRequests) {
   EXPECT_EQ(Recover(2, 3).code, 0u);
   handset::Observe({});
   EXPECT_EQ(sizes.front(), kGroupRequest);
-}
-
-TEST_F(ScheduleRecoverTest, EachStepLooksItsEntryPointsUpAnew) {
-  PlaceChanges({});
-  std::vector<std::u16string> names;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function == "GetProcAddressW") names.emplace_back(call.path.substr(8));
-  });
-  EXPECT_EQ(Recover(2, 3).code, 0u);
-  handset::Observe({});
-  EXPECT_THAT(names, ElementsAre(u"Del", u"Insert", u"Update", u"Insert", u"Update", u"GetTotalNum", u"GetAllSyncInfo",
-                                 u"GetTotalNum", u"GetAllSyncInfo"));
-}
-
-TEST_F(ScheduleRecoverTest, FilesAreOpenedAsTheirOtherUsersExpect) {
-  PlaceChanges({});
-  EXPECT_THAT(DataOpeningsOf([&] { EXPECT_EQ(Recover(2, 3).code, 0u); }),
-              ElementsAre(Opening(kChangeList, kReader), Opening(kGroups, kReader), Opening(kEntries, kReader),
-                          Opening(kEntryLog, kWriter), Opening(kGroupLog, kWriter), Opening(kIdMap, kWriter)));
 }
 
 TEST_F(ScheduleRecoverTest, AnUpdatedEntryReachesTheStoreFieldByField) {
@@ -414,15 +260,6 @@ TEST_F(ScheduleRecoverTest, CountsBeyondTheSlotsAreRefused) {
 
 // --- Failures ---
 
-TEST_F(ScheduleRecoverTest, AnOverlongDirectoryIsRefusedBeforeTheStoreIsEmptied) {
-  store_.Add(0, 1, 1);
-  const Answer answer = Recover(2, 2, u"77", std::u16string(260, u'\\'));
-  EXPECT_EQ(answer.code, 0x20000100u);
-  EXPECT_EQ(answer.anchor, u"77");
-  EXPECT_THAT(store_.calls, IsEmpty());
-  EXPECT_THAT(AllFiles(), IsEmpty());
-}
-
 TEST_F(ScheduleRecoverTest, AStoreThatCannotBeEmptiedKeepsEverything) {
   Place(PlainEntry(1));
   store_.statuses["DelAll"] = 1;
@@ -526,23 +363,6 @@ TEST_F(ScheduleRecoverTest, ASnapshotWhoseStoreLacksItsListIsEmpty) {
   EXPECT_THAT(ReadFile(kEntryLog), IsEmpty());
 }
 
-TEST_F(ScheduleRecoverTest, AnIdMapThatBreaksOffHasNoHole) {
-  Bytes entries;
-  for (std::uint32_t id = 0; id < 70; ++id) Append(entries, PlainEntry(id));
-  Place(entries);
-  bool fails = false;
-  handset::Observe([&](const handset::Call& call) {
-    if (call.function == "WriteFile" && call.path == kIdMap && !fails) {
-      fails = true;
-      handset::FailCallOf("WriteFile", 1);
-    }
-  });
-  EXPECT_EQ(Recover(2, 1).code, 0u);
-  handset::Observe({});
-  EXPECT_TRUE(handset::FaultHappened());
-  EXPECT_THAT(ReadFile(kIdMap), IsEmpty());
-}
-
 TEST_F(ScheduleRecoverTest, EntryPointsAreMissedByTheStepsThatNeedThem) {
   struct Missing {
     const char16_t* name;
@@ -576,15 +396,6 @@ TEST_F(ScheduleRecoverTest, AnUnreadableTableIsNotTakenForItsEnd) {
   EXPECT_EQ(Recover(2, 4).code, 0x23000200u);
   EXPECT_TRUE(handset::FaultHappened());
   EXPECT_TRUE(TablesAreKept());
-}
-
-TEST_F(ScheduleRecoverTest, AnUnreadableChangeListDeletesNothing) {
-  store_.Add(0, 1, 1);
-  PlaceChanges(Words({0, 1, 3}));
-  handset::FailCallOf("ReadFile", 1);  // There is no anchor file to read yet.
-  EXPECT_EQ(Recover(2, 3).code, 0x20200200u);
-  EXPECT_EQ(store_.tables[0].size(), 1u);
-  EXPECT_TRUE(Exists(kChangeList));
 }
 
 }  // namespace
