@@ -18,7 +18,7 @@ std::size_t ConvertAsFarAsPossible(Convert convert, std::size_t room) {
   const std::size_t converted = convert(room);
   if (converted != kUnconvertible) return converted;
   std::size_t succeeds = 0;
-  for (std::size_t fails = room; fails - succeeds > 1;) {
+  for (std::size_t fails = room + 1; fails - succeeds > 1;) {
     const std::size_t middle = succeeds + (fails - succeeds) / 2;
     (convert(middle) != kUnconvertible ? succeeds : fails) = middle;
   }
