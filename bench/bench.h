@@ -67,6 +67,7 @@ bool MeasureSchedule(const loader::AgentLibrary& agent, Growth& incremental);
 bool MeasureChangeComputation();
 bool MeasureMessages(const loader::AgentLibrary& agent);
 bool MeasureCardsAndMemos(const loader::AgentLibrary& agent);
+bool MeasureRecordsWithItems(const loader::AgentLibrary& agent);
 bool MeasureContacts(const loader::AgentLibrary& agent, const Growth& schedule);
 
 }  // namespace bench

@@ -40,7 +40,6 @@ const char* NameOf(qv::layout::Form form) {
     case Form::kFileTime: return "file time";
     case Form::kSystemTime: return "system time";
     case Form::kTimeNumbers: return "time";
-    case Form::kNarrowText: return "narrow text";
   }
   return "unknown";
 }
