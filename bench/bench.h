@@ -68,6 +68,7 @@ bool MeasureChangeComputation();
 bool MeasureMessages(const loader::AgentLibrary& agent);
 bool MeasureMail(const loader::AgentLibrary& agent);
 bool MeasureCardsAndMemos(const loader::AgentLibrary& agent);
+bool MeasureRecordsWithItems(const loader::AgentLibrary& agent);
 bool MeasureContacts(const loader::AgentLibrary& agent, const Growth& schedule);
 
 }  // namespace bench

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
     good = bench::MeasureMessages(*agent) && good;
     good = bench::MeasureMail(*agent) && good;
     good = bench::MeasureCardsAndMemos(*agent) && good;
+    good = bench::MeasureRecordsWithItems(*agent) && good;
     good = bench::MeasureContacts(*agent, schedule) && good;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "qv_bench: %s\n", error.what());

@@ -1,11 +1,12 @@
-// The card reader and the graphic memo, which read a whole table in one call: export against a bare writer, and how
-// export and recover grow.
+// The comparisons, and the first to be compared: the card reader and the graphic memo, which read a whole table in one
+// call.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <vector>
+#include <string>
 
 #include "bench/bench.h"
+#include "bench/one_table.h"
 #include "host/handset/handset.h"
 #include "layout/bytes.h"
 #include "modules/organizer/card_reader_layout.h"
@@ -15,44 +16,12 @@
 namespace bench {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr std::uint32_t kRecords = 10000;
-
-void PutTime(std::uint8_t* place) {
-  qv::layout::StoreNumber(place, 4, 0xD800AE07);  // 2006-01-05 09:03:07
-  qv::layout::StoreNumber(place + 4, 4, 0x01C611D6);
-}
-
-/// A store library in memory that holds `count` equal records and takes whatever comes.
-struct MemoryStore {
-  static inline std::uint32_t count = 0;
-  static inline Bytes record;
-  static inline Bytes taken;
-
-  static void List(std::uint32_t room, std::uint8_t* entries) {
-    for (std::uint32_t id = 1; id <= room; ++id, entries += 12) {
-      qv::layout::StoreNumber(entries, 4, id);
-      PutTime(entries + 4);
-    }
-  }
-  static void Read(std::uint32_t records, std::uint8_t* out) {
-    for (std::uint32_t i = 0; i < records; ++i) std::memcpy(out + i * record.size(), record.data(), record.size());
-  }
-  static void Insert(const std::uint8_t* from, std::uint32_t* new_id) {
-    std::memcpy(taken.data(), from, taken.size());
-    *new_id = ++count;
-  }
-};
-
-coredll::FARPROC Point(auto* function) {
-  return reinterpret_cast<coredll::FARPROC>(function);
-}
 
 struct CardStore {
   static std::uint32_t Count() noexcept { return MemoryStore::count; }
   static std::uint32_t List(const std::uint32_t* count, std::uint8_t* entries, std::uint32_t) noexcept {
-    return MemoryStore::List(*count, entries), 1;
+    return MemoryStore::List(*count, qv::kFileTimeIn12Bytes, entries), 1;
   }
   static std::uint32_t Read(std::uint32_t count, const std::uint32_t*, std::uint8_t* out, std::uint32_t) noexcept {
     return MemoryStore::Read(count, out), 1;
@@ -81,7 +50,7 @@ struct CardStore {
 struct MemoStore {
   static std::uint32_t Count(std::uint32_t) noexcept { return MemoryStore::count; }
   static std::uint32_t List(std::uint32_t, const std::uint32_t* count, std::uint8_t* entries) noexcept {
-    return MemoryStore::List(*count, entries), 0;
+    return MemoryStore::List(*count, qv::kFileTimeIn12Bytes, entries), 0;
   }
   static std::uint32_t Read(std::uint32_t, std::uint32_t count, const std::uint32_t*, std::uint8_t* out) noexcept {
     return MemoryStore::Read(count, out), 0;
@@ -105,23 +74,19 @@ struct MemoStore {
   }
 };
 
-struct OneTable {
-  const char* name;
-  std::int32_t module;
-  const char16_t* file;
-  const qv::layout::RecordLayout& layout;
-  Bytes (*install)();
-};
-
-/// Copies the records out of memory in one go, as an export has them read, and writes as many bytes with the same
-/// writes.
+/// Reads the records as an export has them read, and writes as many bytes with the same writes.
 void WriteBare(const OneTable& table) {
-  const Bytes exchange(table.layout.exchange_size, 1);
-  Bytes records(kRecords * MemoryStore::record.size());
-  MemoryStore::Read(kRecords, records.data());
+  const Bytes exchange(std::ranges::max(table.writes), 1);
+  const std::uint32_t batch = table.batch != 0 ? table.batch : kRecords;
+  Bytes records(batch * MemoryStore::record.size());
   qv::File file = qv::File::CreateAlways(table.file);
-  for (std::uint32_t i = 0; i < kRecords; ++i) {
-    if (!file.Write(exchange.data(), exchange.size())) Die("cannot write");
+  for (std::uint32_t done = 0; done < kRecords; done += batch) {
+    table.read(std::min(batch, kRecords - done), records.data());
+    for (std::uint32_t i = 0; i < std::min(batch, kRecords - done); ++i) {
+      for (const std::size_t size : table.writes) {
+        if (!file.Write(exchange.data(), size)) Die("cannot write");
+      }
+    }
   }
 }
 
@@ -139,24 +104,49 @@ bool MeasureAgainstBare(const OneTable& table, Desktop& desktop) {
 bool MeasureGrowth(const OneTable& table, Desktop& desktop) {
   std::printf("%s: how export and recover grow\n", table.name);
   std::vector<double> exports, recovers;
-  for (const std::uint32_t records : {1000u, 10000u, 100000u}) {
-    const int runs = std::max(static_cast<int>(100000 / records), 3);
+  for (const std::uint32_t records : table.sizes) {
+    const int runs = std::clamp(static_cast<int>(table.sizes.back() / records), 3, 100);
     double shortest_export = 1e9, shortest_recover = 1e9;
     for (int run = 0; run < runs; ++run) {
       MemoryStore::count = records;
       shortest_export = std::min(shortest_export, Shortest(1, {[&] { desktop.Export(4); }})[0]);
-      shortest_recover = std::min(shortest_recover, Shortest(1, {[&] { desktop.Recover(5); }})[0]);
+      shortest_recover = std::min(shortest_recover, Shortest(1, {[&] { desktop.Recover(table.recover_mode); }})[0]);
     }
     exports.push_back(shortest_export / records);
     recovers.push_back(shortest_recover / records);
     std::printf("  %6u records: export %6.0f ns, recover %6.0f ns a record\n", records, 1e9 * exports.back(),
                 1e9 * recovers.back());
   }
-  const bool good = Report("export: time per record, 100,000 against 1,000", exports.back() / exports.front(), 2);
-  return Report("recover: time per record, 100,000 against 1,000", recovers.back() / recovers.front(), 2) && good;
+  const std::string of =
+      "time per record, " + std::to_string(table.sizes.back()) + " against " + std::to_string(table.sizes.front());
+  const bool good = Report(("export: " + of).c_str(), exports.back() / exports.front(), 2);
+  return Report(("recover: " + of).c_str(), recovers.back() / recovers.front(), 2) && good;
 }
 
-bool Measure(const OneTable& table, const loader::AgentLibrary& agent) {
+}  // namespace
+
+void PutTime(std::uint8_t* place) {
+  qv::layout::StoreNumber(place, 4, 0xD800AE07);
+  qv::layout::StoreNumber(place + 4, 4, 0x01C611D6);
+}
+
+void MemoryStore::List(std::uint32_t room, const qv::SyncInfoForm& form, std::uint8_t* entries) {
+  for (std::uint32_t id = 1; id <= room; ++id, entries += form.entry_size) {
+    qv::layout::StoreNumber(entries, 4, id);
+    PutTime(entries + form.time_offset);
+  }
+}
+
+void MemoryStore::Read(std::uint32_t records, std::uint8_t* out) {
+  for (std::uint32_t i = 0; i < records; ++i) std::memcpy(out + i * record.size(), record.data(), record.size());
+}
+
+void MemoryStore::Insert(const std::uint8_t* from, std::uint32_t* new_id) {
+  std::memcpy(taken.data(), from, taken.size());
+  *new_id = ++count;
+}
+
+bool MeasureOneTable(const OneTable& table, const loader::AgentLibrary& agent) {
   MemoryStore::record = table.install();
   MemoryStore::taken = MemoryStore::record;
   Desktop desktop(agent, table.module);
@@ -164,15 +154,24 @@ bool Measure(const OneTable& table, const loader::AgentLibrary& agent) {
   return MeasureGrowth(table, desktop) && good;
 }
 
-}  // namespace
-
 bool MeasureCardsAndMemos(const loader::AgentLibrary& agent) {
-  const OneTable cards = {"Business cards", 7, u"\\sync\\cardreader.tbl", qv::card_reader::kCardLayout,
-                          CardStore::Install};
-  const OneTable memos = {"Graphic memos", 13, u"\\sync\\gmemoinfo.tbl", qv::graphic_memo::kMemoLayout,
-                          MemoStore::Install};
-  const bool good = Measure(cards, agent);
-  return Measure(memos, agent) && good;
+  const std::vector<std::uint32_t> sizes = {1000, 10000, 100000};
+  const OneTable cards = {.name = "Business cards",
+                          .module = 7,
+                          .file = u"\\sync\\cardreader.tbl",
+                          .install = CardStore::Install,
+                          .writes = {qv::card_reader::kCardLayout.exchange_size},
+                          .recover_mode = 5,
+                          .sizes = sizes};
+  const OneTable memos = {.name = "Graphic memos",
+                          .module = 13,
+                          .file = u"\\sync\\gmemoinfo.tbl",
+                          .install = MemoStore::Install,
+                          .writes = {qv::graphic_memo::kMemoLayout.exchange_size},
+                          .recover_mode = 5,
+                          .sizes = sizes};
+  const bool good = MeasureOneTable(cards, agent);
+  return MeasureOneTable(memos, agent) && good;
 }
 
 }  // namespace bench

@@ -140,8 +140,8 @@ std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
     columns.push_back({field.name, field.store});
   }
   for (const qv::layout::ItemRun& run : layout.items) {
-    if (run.slots == qv::layout::kAnyNumber) continue;
-    const auto size = static_cast<std::uint16_t>(run.item.size * run.slots);
+    if (!LiesInRecord(run)) continue;
+    const auto size = static_cast<std::uint16_t>(StoreItemSize(run) * run.slots);
     columns.push_back({run.name, qv::layout::Bytes(run.store_offset, size)});
   }
   return columns;
@@ -149,6 +149,24 @@ std::vector<Column> ColumnsOf(const qv::layout::RecordLayout& layout) {
 
 const Slot& IdSlotOf(const qv::layout::RecordLayout& layout) {
   return std::ranges::find_if(layout.fields, IsNamed, &qv::layout::Field::store)->store;
+}
+
+std::string Listed(const std::vector<Column>& columns, const char* suffix) {
+  std::string list;
+  for (const Column& column : columns) list += ", \"" + column.name + '"' + suffix;
+  return list;
+}
+
+std::string Defined(const std::vector<Column>& columns) {
+  std::string list;
+  for (const Column& column : columns) list += ",\n  \"" + column.name + "\" " + TypeOf(column);
+  return list;
+}
+
+std::string Placeholders(std::size_t count) {
+  std::string list;
+  for (std::size_t i = 0; i < count; ++i) list += ", ?";
+  return list;
 }
 
 std::string TypeOf(const Column& column) {
@@ -163,6 +181,10 @@ std::string TypeOf(const Column& column) {
   return "BLOB NOT NULL DEFAULT x''";
 }
 
+void BindColumns(const std::vector<Column>& columns, const std::uint8_t* record, Query& query, int first) {
+  for (const Column& column : columns) BindColumn(column.slot, record, query, first++);
+}
+
 void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   switch (KindOf(slot)) {
     case Kind::kNumber: return query.Bind(parameter, LoadNumber(slot, record));
@@ -172,6 +194,10 @@ void BindColumn(const Slot& slot, const std::uint8_t* record, Query& query, int 
     case Kind::kDate: return BindIfExact(DateText(slot, record), PutDate, slot, record, query, parameter);
     case Kind::kBytes: return query.Bind(parameter, WithoutTrailingZeros(slot, record));
   }
+}
+
+void ReadColumns(const Query& query, int first, const std::vector<Column>& columns, std::uint8_t* record) {
+  for (const Column& column : columns) ReadColumn(query, first++, column.slot, record);
 }
 
 void ReadColumn(const Query& query, int column, const Slot& slot, std::uint8_t* record) {

@@ -27,20 +27,16 @@ std::string TriggerSql(const std::string& table, const std::string& event, const
          body + ";\nEND;";
 }
 
-/// A change of a row that leaves all its columns moves its time: by the trigger that every table of records has.
-std::string TouchSql(const std::string& contact) {
-  return "UPDATE " + Contacts() + " SET modified = modified WHERE id = " + contact;
-}
-
 /// Foreign keys would not do: the sqlite3 shell does not heed them unless told.
 std::string MembershipsSql() {
+  const std::string touch_old = TouchSql(kContactKinds[kContacts], "OLD.contact_id");
+  const std::string touch_new = TouchSql(kContactKinds[kContacts], "NEW.contact_id");
   return "CREATE TABLE IF NOT EXISTS memberships (contact_id INTEGER NOT NULL, group_id INTEGER NOT NULL,\n"
          "  PRIMARY KEY (contact_id, group_id)) WITHOUT ROWID;" +
          TriggerSql(Contacts(), "delete", "DELETE FROM memberships WHERE contact_id = OLD.id") +
          TriggerSql(Groups(), "delete", "DELETE FROM memberships WHERE group_id = OLD.id") +
-         TriggerSql("memberships", "insert", TouchSql("NEW.contact_id")) +
-         TriggerSql("memberships", "delete", TouchSql("OLD.contact_id")) +
-         TriggerSql("memberships", "update", TouchSql("OLD.contact_id") + ";\n  " + TouchSql("NEW.contact_id"));
+         TriggerSql("memberships", "insert", touch_new) + TriggerSql("memberships", "delete", touch_old) +
+         TriggerSql("memberships", "update", touch_old + ";\n  " + touch_new);
 }
 
 std::string PicturesSql() {

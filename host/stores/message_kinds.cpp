@@ -4,6 +4,7 @@
 
 #include "modules/messaging/call_history_layout.h"
 #include "modules/messaging/sms.h"
+#include "modules/messaging/unified_mail_layout.h"
 
 namespace stores {
 namespace {
@@ -16,6 +17,7 @@ constexpr qv::layout::Field kMmsFields[] = {
 };
 constexpr qv::layout::RecordLayout kMmsRecord = {"multimedia message", 8, 0, kMmsFields};
 
+constexpr const char* kLongText = ",\n  text NOT NULL DEFAULT ''";
 constexpr const char* kMmsBlocks = ",\n  text NOT NULL DEFAULT '',\n  data BLOB NOT NULL DEFAULT x''";
 
 }  // namespace
@@ -34,5 +36,22 @@ constinit const KindDescription kSmsSectionKinds[qv::sms::kSections] = {
 constinit const KindDescription kMmsKind = {.table = "mms_messages", .layout = kMmsRecord, .more_columns = kMmsBlocks};
 
 constinit const KindDescription kCallKinds[1] = {{.table = "calls", .layout = qv::call_history::kCallLayout}};
+
+constinit const KindDescription kUnifiedMailKinds[2] = {
+    {.table = "unified_mails_received",
+     .layout = qv::unified_mail::kMailLayout,
+     .insert_refusal = kUnifiedMailAddRefusal,
+     .more_columns = kLongText},
+    {.table = "unified_mails_sent",
+     .layout = qv::unified_mail::kMailLayout,
+     .insert_refusal = kUnifiedMailAddRefusal,
+     .more_columns = kLongText},
+};
+
+constinit const KindDescription kUnifiedMailListKinds[3] = {
+    {.table = "unified_mail_folders", .layout = qv::unified_mail::kFolderLayout, .says_id = false},
+    {.table = "unified_mail_folder_rules", .layout = qv::unified_mail::kRuleLayout, .says_id = false},
+    {.table = "unified_mail_sender_rules", .layout = qv::unified_mail::kRuleLayout, .says_id = false},
+};
 
 }  // namespace stores

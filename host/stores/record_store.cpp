@@ -11,30 +11,12 @@ namespace {
 /// The present as a FileTime: days since the Julian date of 1601-01-01, in units of 100 ns.
 constexpr const char* kNow = "CAST((julianday('now') - 2305813.5) * 864000000000 AS INTEGER)";
 
-std::string Quoted(const std::string& name) {
-  return '"' + name + '"';
-}
-
-/// `prefix` + column name + `suffix` of each column, each after a comma.
-std::string Listed(const std::vector<Column>& columns, const char* suffix = "") {
-  std::string list;
-  for (const Column& column : columns) list += ", " + Quoted(column.name) + suffix;
-  return list;
-}
-
-std::string Placeholders(std::size_t count) {
-  std::string list;
-  for (std::size_t i = 0; i < count; ++i) list += ", ?";
-  return list;
-}
-
 /// A row that gives no time of its own, or NULL, is as of now. An id must fit a record, which has 32 bits for it.
 std::string TableSql(const KindDescription& kind, const std::vector<Column>& columns) {
-  std::string sql = std::string("CREATE TABLE IF NOT EXISTS ") + kind.table +
-                    " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN " + std::to_string(kind.first_id) +
-                    " AND 4294967295),\n  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" + kNow + ")";
-  for (const Column& column : columns) sql += ",\n  " + Quoted(column.name) + " " + TypeOf(column);
-  return sql + kind.more_columns + ")";
+  return std::string("CREATE TABLE IF NOT EXISTS ") + kind.table +
+         " (\n  id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN " + std::to_string(kind.first_id) +
+         " AND 4294967295),\n  modified INTEGER NOT NULL ON CONFLICT REPLACE DEFAULT (" + kNow + ")" +
+         Defined(columns) + kind.more_columns + ")";
 }
 
 /// Of times in lists, callers see parts of a second in a FILETIME only.
@@ -90,6 +72,11 @@ void PutTime(FileTime time, const qv::layout::Slot& slot, std::uint8_t* record) 
 
 }  // namespace
 
+/// A change of a row that leaves all its columns moves its time: by the trigger that every table of records has.
+std::string TouchSql(const KindDescription& kind, const std::string& id) {
+  return std::string("UPDATE ") + kind.table + " SET modified = modified WHERE id = " + id;
+}
+
 UnknownId::UnknownId(std::uint32_t id) : StoreError("there is no record " + std::to_string(id)) {}
 
 RecordStore::RecordStore(Database& database, const KindDescription& kind)
@@ -101,6 +88,7 @@ RecordStore::RecordStore(Database& database, const KindDescription& kind)
       read_(database.Prepare("SELECT modified" + Listed(columns_) + " FROM " + kind.table + " WHERE id = ?")),
       insert_(database.Prepare(InsertSql(kind.table, columns_))),
       update_(database.Prepare(UpdateSql(kind.table, columns_))),
+      set_modified_(database.Prepare(std::string("UPDATE ") + kind.table + " SET modified = ?2 WHERE id = ?1")),
       delete_(database.Prepare(std::string("DELETE FROM ") + kind.table + " WHERE id = ?")),
       delete_all_(database.Prepare(std::string("DELETE FROM ") + kind.table)) {}
 
@@ -133,23 +121,27 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
     std::fill_n(records, kind_.layout.store_size, std::uint8_t{0});
     if (kind_.says_id) qv::layout::StoreSlot(IdSlotOf(kind_.layout), records, id);
     if (kind_.time.size != 0) PutTime(query.Number(0), kind_.time, records);
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-      ReadColumn(query, static_cast<int>(i) + 1, columns_[i].slot, records);
-    }
+    ReadColumns(query, 1, columns_, records);
     records += kind_.layout.store_size;
   }
 }
 
-void RecordStore::BindRecord(const std::uint8_t* record, Query& query) const {
-  int parameter = 2;
-  for (const Column& column : columns_) BindColumn(column.slot, record, query, parameter++);
+std::vector<std::uint8_t> RecordStore::ReadAll() const {
+  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  std::vector<qv::SyncInfoEntry> entries(Count());
+  entries.resize(SyncInfo(entries));
+  std::vector<std::uint32_t> ids;
+  for (const qv::SyncInfoEntry& entry : entries) ids.push_back(entry.id);
+  std::vector<std::uint8_t> records(ids.size() * kind_.layout.store_size);
+  Read(ids, records.data());
+  return records;
 }
 
 std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<FileTime> modified,
                                   std::optional<std::uint32_t> id) {
   Query query(insert_);
   if (modified) query.Bind(1, *modified);
-  BindRecord(record, query);
+  BindColumns(columns_, record, query, 2);
   if (id) query.Bind(static_cast<int>(columns_.size()) + 2, std::int64_t{*id});
   query.Run();
   return static_cast<std::uint32_t>(database_.LastInsertedId());
@@ -158,9 +150,16 @@ std::uint32_t RecordStore::Insert(const std::uint8_t* record, std::optional<File
 void RecordStore::Update(std::uint32_t id, const std::uint8_t* record) {
   Query query(update_);
   query.Bind(1, std::int64_t{id});
-  BindRecord(record, query);
+  BindColumns(columns_, record, query, 2);
   query.Run();
   if (database_.ChangedRows() == 0) throw UnknownId(id);
+}
+
+void RecordStore::SetModified(std::uint32_t id, FileTime modified) {
+  Query query(set_modified_);
+  query.Bind(1, std::int64_t{id});
+  query.Bind(2, modified);
+  query.Run();
 }
 
 void RecordStore::Delete(std::span<const std::uint32_t> ids) {
@@ -176,6 +175,14 @@ void RecordStore::Delete(std::span<const std::uint32_t> ids) {
 
 void RecordStore::DeleteAll() {
   Query(delete_all_).Run();
+}
+
+void RecordStore::ReplaceAll(std::span<const std::uint8_t> records) {
+  Transaction transaction(database_);
+  DeleteAll();
+  const std::size_t size = kind_.layout.store_size;
+  for (; records.size() >= size; records = records.subspan(size)) Insert(records.data());
+  transaction.Commit();
 }
 
 }  // namespace stores

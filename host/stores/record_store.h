@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -39,6 +40,9 @@ class UnknownId : public StoreError {
   explicit UnknownId(std::uint32_t id);
 };
 
+/// SQL that makes a change of what belongs to a record one of the record: `id` is an expression.
+std::string TouchSql(const KindDescription& kind, const std::string& id);
+
 /// One table: `id`, 32 bits, which is never given out twice; `modified`, a FileTime; and the columns of the record form
 /// (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the sqlite3 shell counts as one on
 /// the handset, and a row inserted there gets the present time. It moves by what the store's list can tell at least.
@@ -62,6 +66,9 @@ class RecordStore {
   /// Puts the records back to back in the order of `ids`. Throws UnknownId.
   void Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const;
 
+  /// All records back to back, in the order of insertion.
+  std::vector<std::uint8_t> ReadAll() const;
+
   /// Returns the new record's id. Without `modified` it is as of now, without `id` it gets the next one.
   std::uint32_t Insert(const std::uint8_t* record, std::optional<FileTime> modified = std::nullopt,
                        std::optional<std::uint32_t> id = std::nullopt);
@@ -69,17 +76,21 @@ class RecordStore {
   /// Throws UnknownId.
   void Update(std::uint32_t id, const std::uint8_t* record);
 
+  /// Of a record that is there, after changes that count as none.
+  void SetModified(std::uint32_t id, FileTime modified);
+
   /// Throws UnknownId, also for the second of two equal ids.
   void Delete(std::span<const std::uint32_t> ids);
   void DeleteAll();
 
- private:
-  void BindRecord(const std::uint8_t* record, Query& query) const;
+  /// By records back to back, which get new ids.
+  void ReplaceAll(std::span<const std::uint8_t> records);
 
+ private:
   Database& database_;
   const KindDescription& kind_;
   std::vector<Column> columns_;
-  Statement count_, sync_info_, read_, insert_, update_, delete_, delete_all_;
+  Statement count_, sync_info_, read_, insert_, update_, set_modified_, delete_, delete_all_;
 };
 
 }  // namespace stores

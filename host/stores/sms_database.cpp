@@ -10,14 +10,6 @@
 namespace stores {
 namespace {
 
-std::vector<std::uint32_t> IdsOf(const RecordStore& store) {
-  std::vector<qv::SyncInfoEntry> entries(store.Count());
-  entries.resize(store.SyncInfo(entries));
-  std::vector<std::uint32_t> ids;
-  for (const qv::SyncInfoEntry& entry : entries) ids.push_back(entry.id);
-  return ids;
-}
-
 std::u16string FolderNameOf(const std::uint8_t* folder) {
   std::u16string name;
   for (std::size_t i = 0; i < qv::sms::kFolderName.size; i += sizeof(char16_t)) {
@@ -39,21 +31,11 @@ SmsDatabase::SmsDatabase(Database& database) : database_(database), messages_(da
 }
 
 std::vector<std::uint8_t> SmsDatabase::Section(std::size_t section) const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
-  const RecordStore& store = sections_[section];
-  const std::vector<std::uint32_t> ids = IdsOf(store);
-  std::vector<std::uint8_t> records(ids.size() * store.Kind().layout.store_size);
-  store.Read(ids, records.data());
-  return records;
+  return sections_[section].ReadAll();
 }
 
 void SmsDatabase::ReplaceSection(std::size_t section, std::span<const std::uint8_t> records) {
-  if (section == qv::sms::kFolders) return ReplaceFolders(records);
-  Transaction transaction(database_);
-  RecordStore& store = sections_[section];
-  store.DeleteAll();
-  ForEachRecord(records, store.Kind().layout.store_size, [&](const std::uint8_t* record) { store.Insert(record); });
-  transaction.Commit();
+  section == qv::sms::kFolders ? ReplaceFolders(records) : sections_[section].ReplaceAll(records);
 }
 
 void SmsDatabase::ReplaceFolders(std::span<const std::uint8_t> records) {

@@ -75,7 +75,7 @@ TEST_F(Explain, UnknownCodesAreSaidToBeUnknown) {
                                              {"0x22000006"},
                                              {"0x10001000"},
                                              {"8192"},
-                                             {"0x20200009", "--mode", "full"}}) {
+                                             {"0x20200009", "--module", "schedule", "--mode", "full"}}) {
     std::vector<std::string> all = {"explain"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     const desk::Outcome outcome = Run(all);
@@ -115,15 +115,36 @@ TEST_F(Explain, CodeThatOnlyOneDirectionCanGiveIsNotOfferedForTheOther) {
 TEST_F(Explain, EntryPointsThatReportNothingAreNotOffered) {
   EXPECT_EQ(Run({"explain", "1", "--module", "tasks"}).status, 1);
   EXPECT_THAT(Words({"0", "--module", "tasks"}), HasSubstr("success"));
+  EXPECT_THAT(Words({"0", "--module", "browser-settings"}), Not(HasSubstr("whatever happened")));
   EXPECT_THAT(Words({"1", "--module", "e-mail"}), Not(HasSubstr("export:")));
   EXPECT_EQ(Run({"explain", "0x20000001", "--module", "e-mail"}).status, 1);
   EXPECT_THAT(Words({"0x20000001", "--module", "personal-settings"}), HasSubstr("personal-settings, recover:"));
   EXPECT_THAT(Words({"0x10000001", "--module", "browser-settings"}), HasSubstr("browser-settings, export:"));
 }
 
+TEST_F(Explain, AModuleThatReportsNothingIsSaidToDoSo) {
+  EXPECT_THAT(Words({"0", "--module", "tasks"}),
+              AllOf(HasSubstr("tasks, export"), HasSubstr("tasks, recover"),
+                    HasSubstr("  tasks answers 0 whatever happened: look at the files and at the data\n")));
+  EXPECT_THAT(Words({"0", "--module", "unified-mail", "--direction", "recover"}),
+              AllOf(HasSubstr("unified-mail recovers answer 0 whatever happened"), Not(HasSubstr("export"))));
+  EXPECT_THAT(Run({"explain", "0x10000007", "--module", "5"}).err,
+              HasSubstr("in such a run: unified-mail answers 0 whatever happened"));
+  const std::string results = Done({"describe", "results"});
+  EXPECT_THAT(results, AllOf(HasSubstr("### 3 tasks\n\nNo failure is reported: every answer is 0."),
+                             HasSubstr("### 5 unified-mail\n\nNo failure is reported: every answer is 0.")));
+}
+
+TEST_F(Explain, StepsOfTheAgendaReadTheSameInEveryMode) {
+  EXPECT_THAT(Words({"0x23000007", "--module", "agenda"}),
+              HasSubstr("agenda, recover, any mode:\n    failed while applying the entries: the store refused"));
+  EXPECT_THAT(Words({"0x12000006", "--module", "agenda"}), HasSubstr("failed while exporting the groups"));
+}
+
 TEST_F(Explain, ModuleOutsideTheBuildHasTheCommonCodesOnly) {
-  EXPECT_THAT(Words({"0x10000001", "--module", "agenda"}), HasSubstr("agenda, export:\n    the store library"));
-  EXPECT_EQ(Run({"explain", "0x11000100", "--module", "agenda"}).status, 1);
+  EXPECT_THAT(Words({"0x10000001", "--module", "clock-settings"}),
+              HasSubstr("clock-settings, export:\n    the store library"));
+  EXPECT_EQ(Run({"explain", "0x11000100", "--module", "clock-settings"}).status, 1);
 }
 
 }  // namespace

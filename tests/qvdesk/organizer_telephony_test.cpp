@@ -1,9 +1,8 @@
 // Cards, memos, quick dials and the call filter at the desktop's end: the sample phone's data shown, encoded, edited,
 // and carried to a second phone.
 #include <map>
-#include <nlohmann/json.hpp>
 
-#include "tests/qvdesk/desk.h"
+#include "tests/qvdesk/two_phones.h"
 
 namespace {
 
@@ -12,57 +11,25 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-struct Module {
-  const char* name;
-  std::vector<const char*> tables;
+struct Module : desk::Module {
   const char* main_records;  ///< In the database.
   const char* text;          ///< A column of theirs.
 };
 
-const Module kCards = {"card-reader", {"cardreader.tbl"}, "cards", "text_1"};
-const Module kMemos = {"graphic-memo", {"gmemoinfo.tbl"}, "memos", "text_1"};
-const Module kQuickDials = {"quick-dial", {"Quickinfo.tbl"}, "quick_dials", "text_1"};
+const Module kCards = {{"card-reader", {"cardreader.tbl"}}, "cards", "text_1"};
+const Module kMemos = {{"graphic-memo", {"gmemoinfo.tbl"}}, "memos", "text_1"};
+const Module kQuickDials = {{"quick-dial", {"Quickinfo.tbl"}}, "quick_dials", "text_1"};
 const Module kCallFilter = {
-    "call-filter", {"redblistinfo.tbl", "redblistgroup.tbl", "redblistconfig.tbl"}, "call_filter_entries", "text_1"};
+    {"call-filter", {"redblistinfo.tbl", "redblistgroup.tbl", "redblistconfig.tbl"}}, "call_filter_entries", "text_1"};
 const Module* const kModules[] = {&kCards, &kMemos, &kQuickDials, &kCallFilter};
 
-class OrganizerTelephony : public desk::DeskTest {
+class OrganizerTelephony : public desk::TwoPhones {
  protected:
   OrganizerTelephony() { CreatePhone("0"); }
 
-  void ExportOf(const Module& module) {
-    module_ = module.name;
-    const desk::Outcome outcome = Export();
-    ASSERT_EQ(outcome.status, 0) << outcome.out;
-  }
-  std::string ShowText(const char* table) const { return Done({"show", Sync(table).string()}); }
-  std::string ShowJson(const desk::fs::path& file) const { return Done({"show", file.string(), "--format", "json"}); }
-  json Records(const desk::fs::path& file) const { return json::parse(ShowJson(file))["records"]; }
-  json Records(const char* table) const { return Records(Sync(table)); }
-  void Encode(const char* form, const std::string& text, const desk::fs::path& to) const {
-    desk::Write(At("in.json"), text);
-    Done({"encode", form, At("in.json").string(), to.string()});
-  }
-
-  desk::fs::path Second(const char* table) const { return At("second") / "sync" / table; }
-  /// Another phone, without data of these kinds.
+  /// Without data of these kinds.
   void CreateSecondPhone() const {
-    Done({"create", At("second").string(), "--cards", "0", "--memos", "0", "--quick-dials", "0", "--filters", "0"});
-  }
-  /// What the first phone exported becomes the second one's, which then exports it again.
-  void CarryToSecondPhone(const Module& module) const {
-    for (const char* const table : module.tables) desk::fs::copy(Sync(table), Second(table));
-    for (const char* const direction : {"recover", "export"}) {
-      const desk::Outcome outcome = Run({direction, module.name, "--handset", At("second").string()});
-      ASSERT_EQ(outcome.status, 0) << module.name << outcome.out;
-    }
-  }
-  /// Records without what a phone gives anew.
-  static json Without(json records, std::initializer_list<const char*> fields) {
-    for (auto& record : records) {
-      for (const char* const field : fields) record.erase(field);
-    }
-    return records;
+    CreateSecond({"--cards", "0", "--memos", "0", "--quick-dials", "0", "--filters", "0"});
   }
   /// Entries of the call filter with their groups' names instead of the ids.
   static json WithGroupNames(json entries, const json& groups) {
@@ -147,11 +114,7 @@ TEST_F(OrganizerTelephony, WhatIsNoTimeOfSevenIsRefused) {
 TEST_F(OrganizerTelephony, EveryTableComesBackByteForByte) {
   for (const Module* const module : kModules) {
     ExportOf(*module);
-    for (const char* const table : module->tables) {
-      Encode(table, ShowJson(Sync(table)), At(table));
-      EXPECT_GT(desk::fs::file_size(At(table)), 0u) << table;
-      EXPECT_TRUE(desk::Contents(At(table)) == desk::Contents(Sync(table))) << table;
-    }
+    ExpectRoundTrips(*module);
   }
 }
 
@@ -211,8 +174,8 @@ TEST_F(OrganizerTelephony, TheFixedGroupOfAPhoneIsUpdatedInPlace) {
   ExportOf(kCallFilter);
   json groups = Records("redblistgroup.tbl");
   groups[2]["name"] = "Siesta";
-  Encode("redblistgroup.tbl", json::array({groups[2]}).dump(), Sync("redblistgroup.tbl"));
-  Encode("redblistinfo.tbl", "[]", Sync("redblistinfo.tbl"));
+  EncodeTo("redblistgroup.tbl", json::array({groups[2]}).dump(), Sync("redblistgroup.tbl"));
+  EncodeTo("redblistinfo.tbl", "[]", Sync("redblistinfo.tbl"));
   ASSERT_EQ(Recover().status, 0);
   EXPECT_EQ(Records("redblistmap.tbl"), json::parse(R"([{"table":1,"new_id":0,"incoming_id":7}])"));
   ExportOf(kCallFilter);
@@ -221,8 +184,8 @@ TEST_F(OrganizerTelephony, TheFixedGroupOfAPhoneIsUpdatedInPlace) {
 
 TEST_F(OrganizerTelephony, AConfigurationFromTheDesktopReplacesThePhones) {
   ExportOf(kCallFilter);
-  Encode("redblistconfig.tbl", R"([{"count":1,"number_1":"110","value_of_1":9,"short_text_1":"Guard"}])",
-         Sync("redblistconfig.tbl"));
+  EncodeTo("redblistconfig.tbl", R"([{"count":1,"number_1":"110","value_of_1":9,"short_text_1":"Guard"}])",
+           Sync("redblistconfig.tbl"));
   ASSERT_EQ(Recover({"--mode", "replace"}).status, 0);
   ExportOf(kCallFilter);
   EXPECT_THAT(ShowText("redblistconfig.tbl"), AllOf(HasSubstr("Guard"), Not(HasSubstr("Office"))));

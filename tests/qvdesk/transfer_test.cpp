@@ -86,7 +86,7 @@ TEST_F(Transfer, FailedExportExitsWithOneExplainsItselfAndKeepsNoAnchor) {
 }
 
 TEST_F(Transfer, ModuleOutsideTheBuildAnswersThatItsStoreIsNotLoaded) {
-  const desk::Outcome outcome = Run({"export", "agenda", "--handset", Phone().string()});
+  const desk::Outcome outcome = Run({"export", "clock-settings", "--handset", Phone().string()});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.out, HasSubstr("the store library could not be loaded"));
 }
@@ -98,9 +98,10 @@ TEST_F(Transfer, ModuleWhoseResultIsDroppedSaysThatSuccessMeansNothing) {
 }
 
 TEST_F(Transfer, AnchorThatWasNotHandedOutIsNotKept) {
-  EXPECT_THAT(Run({"export", "tasks", "--handset", Phone().string()}).out, HasSubstr("the handset handed out none"));
-  const std::vector<std::string> presented = {"export", "tasks", "--handset", Phone().string(),
-                                              "--mode", "3",     "--anchor",  "20061"};
+  EXPECT_THAT(Run({"export", "browser-settings", "--handset", Phone().string()}).out,
+              HasSubstr("the handset handed out none"));
+  const std::vector<std::string> presented = {"export", "browser-settings", "--handset", Phone().string(), "--mode",
+                                              "3",      "--anchor",         "20061"};
   EXPECT_THAT(Run(presented).out, HasSubstr("anchor     unchanged: the handset handed out none"));
   EXPECT_FALSE(desk::fs::exists(State()));
 }

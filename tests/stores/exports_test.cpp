@@ -30,6 +30,27 @@ TEST(StoreExportsTest, TheScheduleStoreExportsItsSevenEntryPointsAndNothingElse)
                                    "SC_Sync_Update", "SC_Sync_Del", "SC_Sync_DelAll"));
 }
 
+TEST(StoreExportsTest, TheTaskStoreExportsItsSevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_TODO_STORE),
+              UnorderedElementsAre("TD_Sync_GetAllRecNum", "TD_Sync_GetAllidTime", "TD_Sync_Read", "Td_Sync_Insert",
+                                   "TD_Sync_Update", "TD_Sync_Del", "TD_Sync_DelAll"));
+}
+
+TEST(StoreExportsTest, TheAgendaStoreExportsItsSevenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_AGENDA_STORE),
+              UnorderedElementsAre("AGD_Sync_GetAllRecNum", "AGD_Sync_GetAllidTime", "AGD_Sync_Read", "AGD_Sync_Insert",
+                                   "AGD_Sync_Update", "AGD_Sync_Del", "AGD_Sync_DelAll"));
+}
+
+TEST(StoreExportsTest, TheUnifiedMailStoreExportsItsThirteenEntryPointsAndNothingElse) {
+  EXPECT_THAT(ExportsOf(QV_UNIFIED_MAIL_STORE),
+              UnorderedElementsAre("UMAIL_GetAllRecNum", "UMAIL_GetAllidTime", "UMAIL_GetRec", "UMAIL_AddOneRec",
+                                   "UMAIL_UpdateRec", "UMAIL_DelRec", "tag_UMAIL_DelRec", "UMAIL_GetSubFolderList",
+                                   "UMAIL_WriteFolderList", "UMAIL_GetAllSubFolderFilterRecs",
+                                   "UMAIL_WriteAllSubFolderFilterRecs", "UMAIL_GetAllSenderAppointRecs",
+                                   "UMAIL_WriteAllSenderAppointRecs"));
+}
+
 TEST(StoreExportsTest, TheContactStoreExportsItsTwentyTwoEntryPointsAndNothingElse) {
   EXPECT_THAT(
       ExportsOf(QV_CONTACT_STORE),

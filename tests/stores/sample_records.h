@@ -21,6 +21,13 @@ inline void Claim(const qv::layout::Slot& slot, Record& mask) {
   }
 }
 
+/// Makes all bytes of the slots for items the same.
+inline void FillItems(const qv::layout::RecordLayout& layout, std::uint8_t byte, Record& record) {
+  for (const qv::layout::ItemRun& run : layout.items) {
+    if (LiesInRecord(run)) std::fill_n(record.begin() + run.store_offset, StoreItemSize(run) * run.slots, byte);
+  }
+}
+
 /// Ones where the form's rows and items name a bit of the store record.
 inline Record NamedBits(const qv::layout::RecordLayout& layout) {
   using qv::layout::Form;
@@ -28,9 +35,7 @@ inline Record NamedBits(const qv::layout::RecordLayout& layout) {
   for (const qv::layout::Field& field : layout.fields) {
     if (field.store.form != Form::kNone && field.store.form != Form::kUnused) Claim(field.store, mask);
   }
-  for (const qv::layout::ItemRun& run : layout.items) {
-    std::fill_n(mask.begin() + run.store_offset, run.item.size * run.slots, std::uint8_t{0xFF});
-  }
+  FillItems(layout, 0xFF, mask);
   return mask;
 }
 
@@ -53,9 +58,7 @@ inline Record RandomRecord(const qv::layout::RecordLayout& layout, std::mt19937&
 /// Random, but without items: of the size of most entries.
 inline Record SmallRecord(const qv::layout::RecordLayout& layout, std::mt19937& random) {
   Record record = RandomRecord(layout, random);
-  for (const qv::layout::ItemRun& run : layout.items) {
-    std::fill_n(record.begin() + run.store_offset, run.item.size * run.slots, std::uint8_t{0});
-  }
+  FillItems(layout, 0, record);
   return record;
 }
 

@@ -1,4 +1,5 @@
-// Runs of single bytes: to people and in JSON they are one block, as long as their count says.
+// Runs of single bytes, and of single characters: to people and in JSON they are one block, as long as their count
+// says.
 #ifndef QV_TOOLS_QVDESK_BLOCK_VALUE_H
 #define QV_TOOLS_QVDESK_BLOCK_VALUE_H
 
@@ -14,7 +15,8 @@ namespace qvdesk {
 
 bool IsBlock(const qv::layout::ItemRun& run);
 
-// A block named "text" is text of 8 bits, and readable if it is UTF-8 without control characters.
+// A block of characters is text, and readable if every surrogate has its partner. One of bytes named "text" is text of
+// 8 bits, and readable if it is UTF-8 without control characters.
 
 /// The text if it is readable; of any other block how long it is. Nothing for an empty one.
 std::string BlockText(const qv::layout::ItemRun& run, std::span<const std::uint8_t> block);

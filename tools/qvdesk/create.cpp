@@ -10,12 +10,15 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
 #include "tools/qvdesk/phone.h"
+#include "tools/qvdesk/sample_agenda.h"
 #include "tools/qvdesk/sample_contacts.h"
 #include "tools/qvdesk/sample_mail.h"
 #include "tools/qvdesk/sample_messages.h"
 #include "tools/qvdesk/sample_organizer.h"
 #include "tools/qvdesk/sample_schedule.h"
+#include "tools/qvdesk/sample_tasks.h"
 #include "tools/qvdesk/sample_telephony.h"
+#include "tools/qvdesk/sample_unified_mail.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -24,8 +27,11 @@ namespace {
 struct Options {
   std::filesystem::path directory;
   SampleSchedule schedule{.entries = 100, .groups = 4};
+  SampleTasks tasks{.tasks = 15, .groups = 3};
+  SampleAgenda agenda{.entries = 15, .groups = 3};
   std::uint32_t contacts = 60;
   SampleMessages messages{.short_messages = 60, .multimedia_messages = 6, .calls = 40};
+  std::uint32_t unified_mails = 12;
   std::uint32_t e_mails = 14;
   SampleOrganizer organizer{.cards = 10, .memos = 6};
   SampleTelephony telephony{.quick_dials = 8, .filters = 12};
@@ -49,8 +55,11 @@ constexpr std::uint32_t kMailId = 4711;
 void InsertSamples(const Options& options) {
   stores::Database database;
   InsertSampleSchedule(database, options.schedule, options.seed);
+  InsertSampleTasks(database, options.tasks, options.seed);
+  InsertSampleAgenda(database, options.agenda, options.seed);
   InsertSampleContacts(database, options.contacts, options.seed);
   InsertSampleMessages(database, options.messages, options.seed);
+  InsertSampleUnifiedMail(database, options.unified_mails, options.seed);
   InsertSampleMail(database, options.e_mails, options.seed);
   InsertSampleOrganizer(database, options.organizer, options.seed);
   InsertSampleTelephony(database, options.telephony, options.seed);
@@ -59,11 +68,13 @@ void InsertSamples(const Options& options) {
 
 std::string Describe(const Options& options) {
   return fmt::format(
-      "{} schedule entries in {} groups, {} contacts, {} short messages, {} multimedia messages, {} calls, {} e-mails, "
-      "{} cards, {} memos, {} quick dials and {} call filter entries",
-      options.schedule.entries, options.schedule.groups, options.contacts, options.messages.short_messages,
-      options.messages.multimedia_messages, options.messages.calls, options.e_mails, options.organizer.cards,
-      options.organizer.memos, options.telephony.quick_dials, options.telephony.filters);
+      "{} schedule entries in {} groups, {} tasks in {} groups, {} agenda entries in {} groups, {} contacts, {} short "
+      "messages, {} multimedia messages, {} calls, {} unified mails, {} e-mails, {} cards, {} memos, {} quick dials "
+      "and {} call filter entries",
+      options.schedule.entries, options.schedule.groups, options.tasks.tasks, options.tasks.groups,
+      options.agenda.entries, options.agenda.groups, options.contacts, options.messages.short_messages,
+      options.messages.multimedia_messages, options.messages.calls, options.unified_mails, options.e_mails,
+      options.organizer.cards, options.organizer.memos, options.telephony.quick_dials, options.telephony.filters);
 }
 
 int Create(const Options& options) {
@@ -103,10 +114,15 @@ void AddCreate(CLI::App& program, int& status) {
   add("--schedule-entries", options->schedule.entries, "Schedule entries");
   add("--schedule-groups", options->schedule.groups, "Groups that the schedule entries belong to")
       ->check(CLI::Range(0u, kMostGroups));
+  add("--tasks", options->tasks.tasks, "Tasks");
+  add("--task-groups", options->tasks.groups, "Groups that the tasks belong to")->check(CLI::Range(0u, kMostGroups));
+  add("--agenda-entries", options->agenda.entries, "Agenda entries");
+  add("--agenda-groups", options->agenda.groups, "Groups that the agenda entries belong to");
   add("--contacts", options->contacts, "Contacts; a few groups and pictures come along");
   add("--messages", options->messages.short_messages, "Short messages, in a few folders");
   add("--mms", options->messages.multimedia_messages, "Multimedia messages, each with a small picture");
   add("--calls", options->messages.calls, "Calls made, received and missed");
+  add("--unified-mails", options->unified_mails, "Unified mails, received and sent; folders and rules come along");
   add("--e-mails", options->e_mails, "E-mails; two accounts with folders and filters come along");
   add("--cards", options->organizer.cards, "Business cards");
   add("--memos", options->organizer.memos, "Memos drawn by hand");

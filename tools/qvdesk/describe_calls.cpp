@@ -72,7 +72,7 @@ const char* TimeOf(SyncInfoForm::Time time) {
 /// How much is asked for in one call.
 std::string Batch(const RecordTableFacts& facts) {
   if (facts.read_batch == 0) return "all records in one read";
-  std::string text = fmt::format("at most {} records a read", facts.read_batch);
+  std::string text = fmt::format("at most {} a read", CountOf(facts.read_batch, "record"));
   if (facts.read_room > facts.read_batch) text += fmt::format(", into room for {}", facts.read_room);
   return text;
 }

@@ -130,6 +130,18 @@ std::string FieldTable(const RecordLayout& layout) {
   return text;
 }
 
+const char* TypeOf(const ItemRun& run) {
+  if (run.layout != nullptr) return "fields, below";
+  if (!IsBlock(run)) return NameOf(run.item.form);
+  return run.item.size == 1 ? "one block of bytes" : "one block of characters, UTF-16LE";
+}
+
+std::string CountColumns(const ItemRun& run) {
+  if (run.is_counted_in_front) return "in front of them | 4";
+  return fmt::format("{} | {}{}", run.count.offset, run.count.size,
+                     run.is_signed ? ", signed: below 0 is as good as 0" : "");
+}
+
 std::string Items(const RecordLayout& layout) {
   if (layout.items.empty()) return "";
   std::string text =
@@ -137,12 +149,15 @@ std::string Items(const RecordLayout& layout) {
       "| Items | Type | Bytes each | Count at | Count's width | At most | First in the store record |\n"
       "|---|---|---:|---:|---:|---:|---:|\n";
   for (const ItemRun& run : layout.items) {
-    const bool any_number = run.slots == qv::layout::kAnyNumber;
-    text += fmt::format("| {} | {} | {} | {} | {}{} | {} | {} |\n", run.name,
-                        IsBlock(run) ? "one block of bytes" : NameOf(run.item.form), run.item.size, run.count.offset,
-                        run.count.size, run.is_signed ? ", signed: below 0 is as good as 0" : "",
-                        any_number ? "any number" : std::to_string(run.slots),
-                        any_number ? "" : std::to_string(run.store_offset));
+    text += fmt::format("| {} | {} | {} | {} | {} | {} |\n", run.name, TypeOf(run), run.item.size, CountColumns(run),
+                        run.slots == qv::layout::kAnyNumber ? "any number" : std::to_string(run.slots),
+                        LiesInRecord(run) ? std::to_string(run.store_offset) : "");
+  }
+  for (const ItemRun& run : layout.items) {
+    if (run.layout == nullptr) continue;
+    text +=
+        fmt::format("\nAn item {}, of {} bytes, in the store {}:\n\n", run.name, run.item.size, run.layout->store_size);
+    text += FieldTable(*run.layout);
   }
   return text;
 }

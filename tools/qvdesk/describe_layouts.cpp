@@ -1,6 +1,8 @@
 // The layout dump: one line a field, so that a change of a layout is a change of a line.
 #include <fmt/format.h>
 
+#include <set>
+
 #include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/describe.h"
 
@@ -35,17 +37,27 @@ std::string Describe(const Field& field) {
   return text + "\n";
 }
 
+std::string Describe(const ItemRun& run) {
+  const std::string count =
+      run.is_counted_in_front ? "in front" : (run.is_signed ? "signed " : "") + Describe(run.count);
+  std::string items = run.slots == qv::layout::kAnyNumber ? "any number of " : fmt::format("{} slots of ", run.slots);
+  items += run.layout != nullptr ? fmt::format("\"{}\"", run.layout->name) : Describe(run.item);
+  if (LiesInRecord(run)) {
+    items += fmt::format(" from store {}", run.store_offset);
+  } else if (run.store_offset == qv::layout::kElsewhere) {
+    items += " elsewhere in the store";
+  }
+  return fmt::format("  items {:<14} count {}, {}\n", run.name, count, items);
+}
+
+/// With the forms of its items.
 std::string Describe(const RecordLayout& layout) {
   std::string text =
-      fmt::format("{}: store {} bytes, exchange {} bytes\n", layout.name, layout.store_size, layout.exchange_size);
+      fmt::format("\n{}: store {} bytes, exchange {} bytes\n", layout.name, layout.store_size, layout.exchange_size);
   for (const Field& field : layout.fields) text += Describe(field);
+  for (const ItemRun& run : layout.items) text += Describe(run);
   for (const ItemRun& run : layout.items) {
-    const std::string slots =
-        run.slots == qv::layout::kAnyNumber
-            ? fmt::format("any number of {}", Describe(run.item))
-            : fmt::format("{} slots of {} from store {}", run.slots, Describe(run.item), run.store_offset);
-    text += fmt::format("  items {:<14} count {}{}, {}\n", run.name, run.is_signed ? "signed " : "",
-                        Describe(run.count), slots);
+    if (run.layout != nullptr) text += Describe(*run.layout);
   }
   return text;
 }
@@ -55,11 +67,12 @@ std::string Describe(const RecordLayout& layout) {
 std::string DescribeLayouts() {
   std::string text =
       "Every layout as the tables say it: slots as offset+size in bytes. Made by: qvdesk describe layouts\n";
+  std::set<const RecordLayout*> described;  // Files may share one.
   for (const FileForm& form : FileForms()) {
     const bool own = form.kind == FileKind::kTable || form.module == nullptr;
-    if (own && form.layout != nullptr) text += fmt::format("\n{}", Describe(*form.layout));
+    if (own && form.layout != nullptr && described.insert(form.layout).second) text += Describe(*form.layout);
     if (form.kind != FileKind::kSections) continue;
-    for (const RecordLayout& section : form.module->config_sections) text += fmt::format("\n{}", Describe(section));
+    for (const RecordLayout& section : form.module->config_sections) text += Describe(section);
   }
   return text;
 }

@@ -106,6 +106,10 @@ std::string Steps(const BuiltModule& module) {
                       "{}s a recover handed to the store, whatever the store said of them.\n",
                       module.counted);
   }
+  if (!TellsFailures(RowOf(module.id), qv::Direction::kExport) &&
+      !TellsFailures(RowOf(module.id), qv::Direction::kRecover)) {
+    return text + "No failure is reported: every answer is 0. What was exported or applied tells how far a run came.\n";
+  }
   text += "| Flag | Direction | Modes | Failed while |\n|---|---|---|---|\n";
   for (const qv::StepWords& step : module.step_words) {
     text += fmt::format("| 0x{:08x} | {} | {} | {} |\n", static_cast<std::uint32_t>(step.flag), NameOf(step.direction),

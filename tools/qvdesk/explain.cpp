@@ -65,6 +65,16 @@ std::string Counted(const Run& run) {
   return text;
 }
 
+/// A word on a module of which nobody hears anything, if the run is one of its; otherwise nothing.
+std::string NotTold(const Run& run) {
+  if (run.module == nullptr) return "";
+  for (const qv::Direction direction : {qv::Direction::kExport, qv::Direction::kRecover}) {
+    if (run.direction.value_or(direction) == direction && TellsFailures(*run.module, direction)) return "";
+  }
+  return fmt::format("{} {} 0 whatever happened", run.module->name,
+                     run.direction ? fmt::format("{}s answer", NameOf(*run.direction)) : "answers");
+}
+
 int Explain(const Options& options) {
   const std::uint32_t code = ParseCode(options.code);
   const Run run = ParseRun(options);
@@ -73,12 +83,17 @@ int Explain(const Options& options) {
   if (code != 0) fmt::print("  0x{:08x}  {}\n", parts.entry_flag, DescribeEntryFlag(parts.entry_flag));
   const std::vector<Reading> readings = ReadingsOf(code, run);
   for (const Reading& reading : readings) fmt::print("  {}:\n    {}\n", reading.runs, Describe(reading, "    "));
-  if (!readings.empty()) return kSuccess;
+  const std::string not_told = NotTold(run);
+  if (!readings.empty()) {
+    if (!not_told.empty()) fmt::print("  {}: look at the files and at the data\n", not_told);
+    return kSuccess;
+  }
   std::fflush(stdout);
   throw std::runtime_error(fmt::format(
-      "code 0x{:08x} is unknown: no module of this build answers so{}{}. \"qvdesk describe results\" lists all codes.",
+      "code 0x{:08x} is unknown: no module of this build answers so{}{}{}. \"qvdesk describe results\" lists all "
+      "codes.",
       code, run.module || run.direction || run.mode ? " in such a run" : "",
-      parts.entry_flag == 0 ? Counted(run) : ""));
+      not_told.empty() ? "" : fmt::format(": {}", not_told), parts.entry_flag == 0 ? Counted(run) : ""));
 }
 
 }  // namespace

@@ -150,6 +150,10 @@ std::uint32_t EntryFlagOf(Direction direction) {
   return direction == Direction::kExport ? qv::kExportFlag : qv::kRecoverFlag;
 }
 
+bool TellsFailures(const qv::ModuleRow& row, Direction direction) {
+  return IsReported(row, direction, 0);
+}
+
 std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
   const BuiltModule* const built = run.module == nullptr ? nullptr : FindBuiltModule(run.module->id);
   if (built != nullptr && built->counted != nullptr) return CountsOf(result, *built, run);

@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "layout/bytes.h"
 #include "sync/file_forms.h"
 #include "tools/qvdesk/block_value.h"
 #include "tools/qvdesk/text.h"
@@ -38,55 +39,119 @@ const ItemRun* FindRun(const RecordLayout& layout, std::string_view name) {
   return found == layout.items.end() ? nullptr : &*found;
 }
 
-/// Takes a block from the front of `rest`, likewise.
-std::optional<std::string> TakeBlock(const ItemRun& run, std::uint32_t size, Bytes& rest, std::vector<Bytes>& items) {
+/// What the fixed part says; 0 of a run that is counted elsewhere.
+std::uint32_t CountIn(const ItemRun& run, Bytes fixed) {
+  return run.is_counted_in_front ? 0 : ItemCount(run, fixed.data());
+}
+
+/// What is wrong with a count, if anything.
+std::optional<std::string> CheckRoom(const ItemRun& run, std::uint32_t count) {
+  if (count <= run.slots) return std::nullopt;
+  return fmt::format("the record claims {} items \"{}\", but at most {} can be", count, run.name, run.slots);
+}
+
+/// Bytes of the number in front of a run that is counted there.
+constexpr std::size_t kCountInFrontSize = 4;
+
+// These take what they name from the front of `rest` and give what is wrong, if anything.
+
+std::optional<std::string> TakeBlock(const ItemRun& run, std::uint32_t count, Bytes& rest, std::vector<Bytes>& items) {
+  const std::uint64_t size = std::uint64_t{count} * run.item.size;
   if (rest.size() < size) {
     return fmt::format("the file ends inside \"{}\": {} of its {} bytes are there", run.name, rest.size(), size);
   }
-  items.push_back(rest.first(size));
-  rest = rest.subspan(size);
+  items.push_back(rest.first(static_cast<std::size_t>(size)));
+  rest = rest.subspan(items.back().size());
   return std::nullopt;
 }
 
-/// Takes the items of a record from the front of `rest`; gives what is wrong, if anything.
+std::optional<std::string> TakeCountInFront(const ItemRun& run, Bytes& rest, std::uint32_t& count) {
+  if (rest.size() < kCountInFrontSize) {
+    return fmt::format("the file ends inside the number of items \"{}\": {} of its {} bytes are there", run.name,
+                       rest.size(), kCountInFrontSize);
+  }
+  count = qv::layout::LoadNumber(rest.data(), kCountInFrontSize);
+  rest = rest.subspan(kCountInFrontSize);
+  return std::nullopt;
+}
+
+std::optional<std::string> TakeRun(const ItemRun& run, std::uint32_t count, Bytes& rest, std::vector<Bytes>& items) {
+  if (run.is_counted_in_front) {
+    if (auto damage = TakeCountInFront(run, rest, count)) return damage;
+    if (auto damage = CheckRoom(run, count)) return damage;
+  }
+  if (IsBlock(run)) return TakeBlock(run, count, rest, items);
+  while (items.size() < count) {
+    if (rest.size() < run.item.size) {
+      return fmt::format("the file ends inside item {} of {} items \"{}\": {} of its {} bytes are there",
+                         items.size() + 1, count, run.name, rest.size(), run.item.size);
+    }
+    items.push_back(rest.first(run.item.size));
+    rest = rest.subspan(run.item.size);
+  }
+  return std::nullopt;
+}
+
+/// Counts in the fixed part are looked at before anything is taken.
 std::optional<std::string> TakeItems(const RecordLayout& layout, Bytes& rest, RecordView& record) {
   for (const ItemRun& run : layout.items) {
-    const std::uint32_t count = ItemCount(run, record.fixed.data());
-    if (count <= run.slots) continue;
-    return fmt::format("the record claims {} items \"{}\", but at most {} can be", count, run.name, run.slots);
+    if (auto damage = CheckRoom(run, CountIn(run, record.fixed))) return damage;
   }
   for (const ItemRun& run : layout.items) {
-    std::vector<Bytes>& items = record.items.emplace_back();
-    const std::uint32_t count = ItemCount(run, record.fixed.data());
-    if (IsBlock(run)) {
-      if (auto damage = TakeBlock(run, count, rest, items)) return damage;
-      continue;
-    }
-    while (items.size() < count) {
-      if (rest.size() < run.item.size) {
-        return fmt::format("the file ends inside item {} of {} items \"{}\": {} of its {} bytes are there",
-                           items.size() + 1, count, run.name, rest.size(), run.item.size);
-      }
-      items.push_back(rest.first(run.item.size));
-      rest = rest.subspan(run.item.size);
-    }
+    if (auto damage = TakeRun(run, CountIn(run, record.fixed), rest, record.items.emplace_back())) return damage;
   }
   return std::nullopt;
 }
 
-/// A count that was given stays when it means as many: below 0 is as good as 0.
-void PutCount(std::size_t count, const ItemRun& run, std::span<std::uint8_t> fixed) {
-  if (ItemCount(run, fixed.data()) == count) return;
-  qv::layout::StoreSlot(run.count, fixed.data(), static_cast<std::uint32_t>(count));
+/// Where the run has its count. One that was given stays when it means as many: below 0 is as good as 0.
+void PutCount(std::size_t count, const ItemRun& run, std::span<std::uint8_t> fixed, std::vector<std::uint8_t>& bytes) {
+  if (run.is_counted_in_front) {
+    bytes.resize(bytes.size() + kCountInFrontSize);
+    qv::layout::StoreNumber(&bytes[bytes.size() - kCountInFrontSize], kCountInFrontSize,
+                            static_cast<std::uint32_t>(count));
+  } else if (ItemCount(run, fixed.data()) != count) {
+    qv::layout::StoreSlot(run.count, fixed.data(), static_cast<std::uint32_t>(count));
+  }
 }
 
 void PutBlock(const Json& value, const ItemRun& run, std::span<std::uint8_t> fixed, std::vector<std::uint8_t>& bytes) {
   try {
     const std::vector<std::uint8_t> block = BlockFromJson(value, run);
-    PutCount(block.size(), run, fixed);
+    PutCount(block.size() / run.item.size, run, fixed, bytes);
     bytes.insert(bytes.end(), block.begin(), block.end());
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(fmt::format("\"{}\" {}", run.name, error.what()));
+  }
+}
+
+Json OperationNumber(const Json& value) {
+  for (std::size_t i = 0; i < kOperationWords.size(); ++i) {
+    if (value == kOperationWords[i]) return i;
+  }
+  return value;
+}
+
+/// Of a record, or of an item that has a form of its own. Where the record has items their arrays are passed over.
+void PutFields(const Json& fields, const RecordLayout& layout, std::span<std::uint8_t> fixed) {
+  if (!fields.is_object()) throw std::runtime_error("a record is an object of fields, not " + fields.dump());
+  for (const auto& [name, value] : fields.items()) {
+    if (name == kReads || FindRun(layout, name) != nullptr) continue;
+    const Field* const field = FindField(layout, name);
+    if (field == nullptr) throw std::runtime_error(fmt::format("a {} has no field \"{}\"", layout.name, name));
+    try {
+      FromJson(name == "operation" ? OperationNumber(value) : value, field->exchange, fixed);
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(fmt::format("\"{}\" {}", name, error.what()));
+    }
+  }
+}
+
+void PutItem(const Json& item, const ItemRun& run, std::span<std::uint8_t> bytes) {
+  try {
+    run.layout != nullptr ? PutFields(item, *run.layout, bytes) : FromJson(item, run.item, bytes);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(
+        fmt::format("an item of \"{}\"{} {}", run.name, run.layout != nullptr ? ":" : "", error.what()));
   }
 }
 
@@ -94,27 +159,29 @@ void PutItems(const Json& value, const ItemRun& run, std::span<std::uint8_t> fix
   if (!value.is_array() || value.size() > run.slots) {
     throw std::runtime_error(fmt::format("\"{}\" takes an array of at most {} items", run.name, run.slots));
   }
-  PutCount(value.size(), run, fixed);
+  PutCount(value.size(), run, fixed, bytes);
   for (const Json& item : value) {
     bytes.resize(bytes.size() + run.item.size);
-    try {
-      FromJson(item, run.item, std::span(bytes).last(run.item.size));
-    } catch (const std::runtime_error& error) {
-      throw std::runtime_error(fmt::format("an item of \"{}\" {}", run.name, error.what()));
-    }
+    PutItem(item, run, std::span(bytes).last(run.item.size));
   }
+}
+
+const char* CountedBy(const ItemRun& run) {
+  if (!IsBlock(run)) return "items";
+  return run.item.size == 1 ? "bytes" : "characters";
 }
 
 /// A count given beside its items must be theirs.
 void CheckCounts(const Json& record, const RecordLayout& layout, Bytes fixed) {
   for (const ItemRun& run : layout.items) {
+    if (run.is_counted_in_front) continue;
     for (const Field& field : layout.fields) {
       const bool counts = IsShown(field.exchange) && field.exchange.offset == run.count.offset;
       if (!counts || !record.contains(field.name)) continue;
       if (record[field.name] == qv::layout::LoadSlot(run.count, fixed.data())) continue;
       throw std::runtime_error(fmt::format("\"{}\" is {}, but \"{}\" has {} {}; leave it out, it follows from them",
                                            field.name, record[field.name].dump(), run.name,
-                                           ItemCount(run, fixed.data()), IsBlock(run) ? "bytes" : "items"));
+                                           ItemCount(run, fixed.data()), CountedBy(run)));
     }
   }
 }
@@ -137,16 +204,20 @@ std::string AnchorLineText(const Json& line) {
   return {bytes.begin(), bytes.end()};
 }
 
+/// Those that are whole.
+Json FieldsToJson(const RecordLayout& layout, const RecordView& record) {
+  Json json = Json::object();
+  for (const Field& field : layout.fields) {
+    if (IsShown(field.exchange) && record.Has(field.exchange)) {
+      json[field.name] = ToJson(field.exchange, record.fixed);
+    }
+  }
+  return json;
+}
+
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
-
-Json OperationNumber(const Json& value) {
-  for (std::size_t i = 0; i < kOperationWords.size(); ++i) {
-    if (value == kOperationWords[i]) return i;
-  }
-  return value;
-}
 
 }  // namespace
 
@@ -195,12 +266,7 @@ std::vector<std::pair<std::string, std::string>> ReadableOf(const RecordLayout& 
 }
 
 Json ToJson(const RecordLayout& layout, const RecordView& record) {
-  Json json = Json::object();
-  for (const Field& field : layout.fields) {
-    if (IsShown(field.exchange) && record.Has(field.exchange)) {
-      json[field.name] = ToJson(field.exchange, record.fixed);
-    }
-  }
+  Json json = FieldsToJson(layout, record);
   for (std::size_t run = 0; run < record.items.size(); ++run) {
     const ItemRun& items = layout.items[run];
     if (IsBlock(items)) {
@@ -208,25 +274,18 @@ Json ToJson(const RecordLayout& layout, const RecordView& record) {
       continue;
     }
     Json& array = json[items.name] = Json::array();
-    for (const Bytes item : record.items[run]) array.push_back(ToJson(items.item, item));
+    for (const Bytes item : record.items[run]) {
+      const bool has_fields = items.layout != nullptr;
+      array.push_back(has_fields ? FieldsToJson(*items.layout, {item, {}}) : ToJson(items.item, item));
+    }
   }
   for (const auto& [name, words] : ReadableOf(layout, record)) json[kReads][name] = words;
   return json;
 }
 
 void AppendRecord(const Json& record, const RecordLayout& layout, std::vector<std::uint8_t>& bytes) {
-  if (!record.is_object()) throw std::runtime_error("a record is an object of fields, not " + record.dump());
   std::vector<std::uint8_t> fixed(layout.exchange_size);
-  for (const auto& [name, value] : record.items()) {
-    if (name == kReads || FindRun(layout, name) != nullptr) continue;
-    const Field* const field = FindField(layout, name);
-    if (field == nullptr) throw std::runtime_error(fmt::format("a {} has no field \"{}\"", layout.name, name));
-    try {
-      FromJson(name == "operation" ? OperationNumber(value) : value, field->exchange, fixed);
-    } catch (const std::runtime_error& error) {
-      throw std::runtime_error(fmt::format("\"{}\" {}", name, error.what()));
-    }
-  }
+  PutFields(record, layout, fixed);
   std::vector<std::uint8_t> items;
   for (const ItemRun& run : layout.items) {
     if (IsBlock(run)) {

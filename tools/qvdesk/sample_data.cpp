@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -72,6 +73,18 @@ void RecordBuilder::SetSystemTime(std::string_view field, stores::FileTime time)
   std::memcpy(&record_[SlotOf(field).offset], &system_time, sizeof(system_time));
 }
 
+void RecordBuilder::SetWideText(std::string_view field, std::size_t at, std::string_view text) {
+  const qv::layout::Slot& slot = SlotOf(field);
+  const auto place = qv::layout::Text(static_cast<std::uint16_t>(slot.offset + at),
+                                      static_cast<std::uint16_t>(slot.size - std::min<std::size_t>(at, slot.size)));
+  if (!StoreText(text, place, record_)) throw std::logic_error(fmt::format("{}: text too long", field));
+}
+
+void RecordBuilder::SetItem(std::size_t run, std::size_t position, const RecordBuilder& item) {
+  const qv::layout::ItemRun& items = layout_.items[run];
+  std::ranges::copy(item.record_, &record_[items.store_offset + position * StoreItemSize(items)]);
+}
+
 void RecordBuilder::SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice) {
   Set(count_field, count);
   const std::size_t begin = layout_.items[run].store_offset;
@@ -85,6 +98,10 @@ const qv::layout::Slot& RecordBuilder::SlotOf(std::string_view name) const {
     if (field.name == name && field.store.form != qv::layout::Form::kNone) return field.store;
   }
   throw std::logic_error(fmt::format("the store's {} has no field {}", layout_.name, name));
+}
+
+void Append(const RecordBuilder& record, std::vector<std::uint8_t>& records) {
+  records.insert(records.end(), record.bytes().begin(), record.bytes().end());
 }
 
 }  // namespace qvdesk

@@ -65,10 +65,15 @@ class RecordBuilder {
   void SetFileTime(std::string_view field, stores::FileTime time);
   /// A SYSTEMTIME, to the second; without the day of the week, which databases do without.
   void SetSystemTime(std::string_view field, stores::FileTime time);
+  /// Puts UTF-16 into a field of bytes, from this byte of it on. Throws std::logic_error when the text does not fit.
+  void SetWideText(std::string_view field, std::size_t at, std::string_view text);
+  /// An item that has a form of its own, in its slot.
+  void SetItem(std::size_t run, std::size_t position, const RecordBuilder& item);
   /// Items of made-up bytes.
   void SetItems(std::size_t run, const char* count_field, std::uint32_t count, Dice& dice);
 
   const std::uint8_t* data() const { return record_.data(); }
+  const std::vector<std::uint8_t>& bytes() const { return record_; }
 
  private:
   const qv::layout::Slot& SlotOf(std::string_view name) const;
@@ -76,6 +81,9 @@ class RecordBuilder {
   const qv::layout::RecordLayout& layout_;
   std::vector<std::uint8_t> record_;
 };
+
+/// Records back to back.
+void Append(const RecordBuilder& record, std::vector<std::uint8_t>& records);
 
 }  // namespace qvdesk
 

@@ -60,10 +60,6 @@ const qv::layout::RecordLayout& SectionLayout(std::size_t section) {
   return stores::kSmsSectionKinds[section].layout;
 }
 
-void Append(const RecordBuilder& record, std::size_t section, std::vector<std::uint8_t>& records) {
-  records.insert(records.end(), record.data(), record.data() + SectionLayout(section).store_size);
-}
-
 /// The folders get the ids 1, 2, 3, … in their order.
 void SetSmsConfig(stores::SmsDatabase& sms) {
   constexpr std::size_t kTemplateSection = 0;
@@ -71,13 +67,13 @@ void SetSmsConfig(stores::SmsDatabase& sms) {
   for (const std::string_view name : kFolders) {
     RecordBuilder folder(SectionLayout(qv::sms::kFolders));
     folder.Set("name", name);
-    Append(folder, qv::sms::kFolders, folders);
+    Append(folder, folders);
   }
   for (std::uint32_t i = 0; i < std::size(kTemplates); ++i) {
     RecordBuilder entry(SectionLayout(kTemplateSection));
     entry.Set("value_0", i + 1);
     entry.Set("text_4", kTemplates[i]);
-    Append(entry, kTemplateSection, templates);
+    Append(entry, templates);
   }
   sms.ReplaceSection(qv::sms::kFolders, folders);
   sms.ReplaceSection(kTemplateSection, templates);

@@ -47,28 +47,42 @@ std::string RenderTable(const std::vector<Column>& columns, const RecordFile& fi
   return table.header.empty() ? "" : table.Render(TerminalWidth());
 }
 
+std::string FieldLine(const std::string& name, const std::string& value) {
+  return fmt::format("  {:<20} {}\n", name, Visible(value));
+}
+
+/// `prefix` stands before the names.
+std::string FieldLines(const RecordLayout& layout, const RecordView& record, const std::string& prefix = "") {
+  std::string text;
+  for (const Field& field : layout.fields) {
+    if (!IsShown(field.exchange) || !record.Has(field.exchange)) continue;
+    text += FieldLine(prefix + field.name, ToText(field.exchange, record.fixed));
+  }
+  return text;
+}
+
+std::string ItemLines(const qv::layout::ItemRun& run, const std::vector<std::span<const std::uint8_t>>& items) {
+  std::string text;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const std::string name = fmt::format("{}[{}]", run.name, i);
+    if (IsBlock(run)) {
+      text += FieldLine(run.name, BlockText(run, items[i]));
+    } else if (run.layout != nullptr) {
+      text += FieldLines(*run.layout, {items[i], {}}, name + ".");
+    } else {
+      text += FieldLine(name, ToText(run.item, items[i]));
+    }
+  }
+  return text;
+}
+
 std::string RenderAllFields(const RecordLayout& layout, const RecordFile& file) {
   std::string text;
   for (std::size_t i = 0; i < file.records.size(); ++i) {
     const RecordView& record = file.records[i];
-    text += fmt::format("record {}\n", i + 1);
-    const auto line = [&](const std::string& name, const std::string& value) {
-      text += fmt::format("  {:<20} {}\n", name, Visible(value));
-    };
-    for (const Field& field : layout.fields) {
-      if (IsShown(field.exchange) && record.Has(field.exchange)) line(field.name, ToText(field.exchange, record.fixed));
-    }
-    for (std::size_t run = 0; run < record.items.size(); ++run) {
-      for (std::size_t item = 0; item < record.items[run].size(); ++item) {
-        const qv::layout::ItemRun& items = layout.items[run];
-        if (IsBlock(items)) {
-          line(items.name, BlockText(items, record.items[run][item]));
-        } else {
-          line(fmt::format("{}[{}]", items.name, item), ToText(items.item, record.items[run][item]));
-        }
-      }
-    }
-    for (const auto& [name, words] : ReadableOf(layout, record)) line("reads: " + name, words);
+    text += fmt::format("record {}\n", i + 1) + FieldLines(layout, record);
+    for (std::size_t run = 0; run < record.items.size(); ++run) text += ItemLines(layout.items[run], record.items[run]);
+    for (const auto& [name, words] : ReadableOf(layout, record)) text += FieldLine("reads: " + name, words);
   }
   return text;
 }

@@ -173,6 +173,17 @@ std::vector<Column> CardColumns(const RecordLayout& layout, const std::filesyste
   return columns;
 }
 
+std::vector<Column> UnifiedMailColumns(const RecordLayout& layout, const std::filesystem::path&) {
+  std::vector<Column> columns = TellingColumns(layout);
+  columns.insert(columns.begin() + 1, {"table", [&layout](const RecordView& record) -> std::string {
+                                         const auto table = NumberOf(layout, record, "table");
+                                         if (!table) return "";
+                                         if (*table > 1) return std::to_string(*table);
+                                         return *table == 0 ? "received" : "sent";
+                                       }});
+  return columns;
+}
+
 /// Ids, the times and the texts by which a handset tells messages apart, and how many bytes the message itself has.
 std::vector<Column> MessageColumns(const RecordLayout& layout, const std::filesystem::path& directory) {
   std::vector<Column> columns;

@@ -27,6 +27,8 @@ std::vector<Column> TellingColumns(const qv::layout::RecordLayout& layout);
 /// Contacts find their pictures in `directory`.
 std::vector<Column> ContactColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
 std::vector<Column> CardColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
+/// Whether a mail was received or sent stands behind its id.
+std::vector<Column> UnifiedMailColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
 /// E-mails find their files in `directory`.
 std::vector<Column> MessageColumns(const qv::layout::RecordLayout& layout, const std::filesystem::path& directory);
 
