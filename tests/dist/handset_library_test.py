@@ -1,15 +1,17 @@
 # What the handset's system and the desktop demand of the file QV_RAPI.dll. Each demand is also put to a copy that is
 # broken on purpose, so that none of them can pass by seeing nothing.
-"""Usage: handset_library_test.py QV_RAPI.dll [unittest options]"""
+"""Usage: handset_library_test.py x86|ARM QV_RAPI.dll [unittest options]"""
 
-import json
-import os
 import pathlib
 import re
 import sys
 import unittest
 
 import pefile
+
+from unittest_result import write_result
+
+MACHINES = {"x86": 0x14C, "ARM": 0x1C0}
 
 EXPORTS = set("""
 fnQV_ExportTabs fnQV_RecovTabs fnQV_ExportTables fnQV_Recover fnQV_IsNimbraK9 fnQV_IsRunSDSync fnQV_CheckMutex
@@ -24,6 +26,28 @@ FindWindowW PostMessageW CreateSemaphoreW GetLastError GetDiskFreeSpaceExW SetSy
 swprintf wsprintfW malloc realloc free memcpy memmove memset memcmp strlen strstr strchr wcslen wcscpy wcsncpy wcscmp
 wcsncmp wcsstr wcschr sprintf _snprintf _snwprintf printf
 """.split())
+
+# The members of CMailDBSync as MailStore.dll of an x86 handset exports them. The agent needs each of them.
+MAIL_STORE = """
+??0CMailDBSync@@QAE@XZ
+?InitCEDB@CMailDBSync@@QAEHXZ
+?CloseCEDB@CMailDBSync@@QAEHXZ
+?DisConnectDB@CMailDBSync@@QAEHXZ
+?Sync_GetUserInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetConfigInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetFilterInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetLinkManInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetFolderInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetUIDLInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetMailHeaderInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_GetMailAddressInfo@CMailDBSync@@QAEJPAJ0@Z
+?Sync_SetUserInfo@CMailDBSync@@QAEJPAUUserList@@PAUConfigList@@PAH@Z
+?Sync_SetUIDLInfo@CMailDBSync@@QAEJPAUUIDLList@@H@Z
+?Sync_SetFilterInfo@CMailDBSync@@QAEJPAUFilterList@@PAULinkManList@@HH@Z
+?Sync_QueryHeaderByUserId@CMailDBSync@@QAEJPAPAUHeaderList@@H@Z
+?Sync_SetFolderInfo@CMailDBSync@@QAEJPAUFolderList@@HPAH@Z
+?Sync_SetMailInfo@CMailDBSync@@QAEJPAUHeaderList@@PAUAddressList@@JPAD@Z
+""".split()
 
 SOURCE_TREE = str(pathlib.Path(__file__).resolve().parents[2]).encode()
 MACHINE_PATH = re.compile(re.escape(SOURCE_TREE) + rb"|/(?:home|root|usr|tmp|var|opt|mnt|srv)/|[A-Za-z]:\\")
@@ -45,8 +69,8 @@ def expect_equal(found, wanted, what):
 # --- The demands ---
 
 
-def is_a_pe32_dll_for_x86(pe):
-    expect_equal(pe.FILE_HEADER.Machine, 0x14C, "machine")
+def is_a_pe32_dll_for_its_machine(pe):
+    expect_equal(pe.FILE_HEADER.Machine, MACHINES[MACHINE], "machine")
     expect_equal(pe.OPTIONAL_HEADER.Magic, 0x10B, "magic")
     expect(pe.FILE_HEADER.Characteristics & FILE_DLL, "it is not marked as a DLL")
 
@@ -69,13 +93,18 @@ def carries_no_time_stamp(pe):
         expect_equal(directory.TimeDateStamp, 0, f"time stamp of {directory.name}")
 
 
-def imports_from_coredll_only(pe):
-    expect_equal({library.dll for library in pe.DIRECTORY_ENTRY_IMPORT}, {b"COREDLL.dll"}, "imported libraries")
+def imports_from_coredll_and_the_mail_store_only(pe):
+    libraries = sorted(library.dll for library in pe.DIRECTORY_ENTRY_IMPORT)
+    expect_equal(libraries, [b"COREDLL.dll", b"MailStore.dll"], "imported libraries")
 
 
-def imports_only_what_the_handset_has(pe):
-    names = {entry.name.decode() if entry.name else f"#{entry.ordinal}" for entry in imports(pe)}
+def imports_only_what_coredll_has(pe):
+    names = set(names_imported_from(pe, b"COREDLL.dll"))
     expect(names <= COREDLL, f"imports unknown to the handset: {sorted(names - COREDLL)}")
+
+
+def imports_each_member_of_the_mail_store_once(pe):
+    expect_equal(sorted(names_imported_from(pe, b"MailStore.dll")), sorted(mail_store()), "imports from MailStore.dll")
 
 
 def exports_the_names_that_callers_ask_for_and_no_others(pe):
@@ -123,8 +152,21 @@ def tells_nothing_of_the_machine_that_built_it(pe):
 # --- What they look at ---
 
 
+def mail_store():
+    """The members of CMailDBSync on this machine: E stands for x86's convention, A for the only one that ARM has."""
+    return MAIL_STORE if MACHINE == "x86" else [name.replace("@@QAE", "@@QAA") for name in MAIL_STORE]
+
+
 def imports(pe):
     return [entry for library in pe.DIRECTORY_ENTRY_IMPORT for entry in library.imports]
+
+
+def imports_from(pe, library_name):
+    return [entry for library in pe.DIRECTORY_ENTRY_IMPORT if library.dll == library_name for entry in library.imports]
+
+
+def names_imported_from(pe, library_name):
+    return [entry.name.decode() if entry.name else f"#{entry.ordinal}" for entry in imports_from(pe, library_name)]
 
 
 def relocated(pe):
@@ -162,12 +204,26 @@ def field(path, value):
     return break_it
 
 
-def rename_import(pe):
-    pe.set_bytes_at_offset(imports(pe)[0].name_offset, b"X")
+def rename_import(library_name, position, new_name):
+    """Writes over the beginning of an import's name."""
+    def break_it(pe):
+        pe.set_bytes_at_offset(imports_from(pe, library_name)[position].name_offset, new_name)
+    return break_it
 
 
-def rename_imported_library(pe):
-    pe.set_bytes_at_rva(pe.DIRECTORY_ENTRY_IMPORT[0].struct.Name, b"KERNEL.dll\0")
+def import_twice(library_name):
+    """Gives the second import the name of the first."""
+    def break_it(pe):
+        first, second, *_ = imports_from(pe, library_name)
+        second.struct_table.AddressOfData = first.struct_table.AddressOfData
+    return break_it
+
+
+def rename_imported_library(old_name, new_name):
+    def break_it(pe):
+        library = next(each for each in pe.DIRECTORY_ENTRY_IMPORT if each.dll == old_name)
+        pe.set_bytes_at_rva(library.struct.Name, new_name + b"\0")
+    return break_it
 
 
 def decorate_export(pe):
@@ -209,8 +265,8 @@ def put_into_data(text):
 
 
 DEMANDS = [
-    (is_a_pe32_dll_for_x86, [
-        field("FILE_HEADER.Machine", 0x1C0), field("OPTIONAL_HEADER.Magic", 0x10C),
+    (is_a_pe32_dll_for_its_machine, [
+        field("FILE_HEADER.Machine", 0x166), field("OPTIONAL_HEADER.Magic", 0x10C),
         field("FILE_HEADER.Characteristics", 0x0102)]),
     (asks_for_nothing_newer_than_windows_ce_4_10, [
         field("OPTIONAL_HEADER.Subsystem", 2), field("OPTIONAL_HEADER.MinorSubsystemVersion", 20),
@@ -218,8 +274,14 @@ DEMANDS = [
     (has_no_flags_unknown_to_the_handset, [field("OPTIONAL_HEADER.DllCharacteristics", 0x0140)]),
     (carries_no_time_stamp, [
         field("FILE_HEADER.TimeDateStamp", 1), field("DIRECTORY_ENTRY_EXPORT.struct.TimeDateStamp", 1)]),
-    (imports_from_coredll_only, [rename_imported_library]),
-    (imports_only_what_the_handset_has, [rename_import]),
+    (imports_from_coredll_and_the_mail_store_only, [
+        rename_imported_library(b"COREDLL.dll", b"KERNEL.dll"),
+        rename_imported_library(b"MailStore.dll", b"mailstore.dll"),
+        rename_imported_library(b"MailStore.dll", b"COREDLL.dll")]),
+    (imports_only_what_coredll_has, [rename_import(b"COREDLL.dll", 0, b"X")]),
+    (imports_each_member_of_the_mail_store_once, [
+        rename_import(b"MailStore.dll", 0, b"?0"), rename_import(b"MailStore.dll", 5, b"_"),
+        rename_import(b"MailStore.dll", -1, b"?sync"), import_twice(b"MailStore.dll")]),
     (exports_the_names_that_callers_ask_for_and_no_others, [decorate_export]),
     (can_be_moved_by_32_bit_relocations, [
         field("FILE_HEADER.Characteristics", 0x2103), retype_relocation(1, lambda pe, rva: True)]),
@@ -257,17 +319,10 @@ def add_tests(demand, damages):
     setattr(HandsetLibraryTest, f"test_a_file_is_refused_unless_it_{demand.__name__}", is_noticed_when_broken)
 
 
-def write_result(result):
-    """Leaves the numbers where GoogleTest programs leave theirs, for script/test to add up."""
-    kind, _, file = os.environ.get("GTEST_OUTPUT", "").partition(":")
-    if kind == "json":
-        numbers = {"tests": result.testsRun, "failures": len(result.failures) + len(result.errors)}
-        pathlib.Path(file).write_text(json.dumps(numbers) + "\n")
-
-
 if __name__ == "__main__":
-    if len(sys.argv) < 2:
+    if len(sys.argv) < 3 or sys.argv[1] not in MACHINES:
         sys.exit(__doc__)
+    MACHINE = sys.argv.pop(1)
     LIBRARY = pathlib.Path(sys.argv.pop(1))
     for each in DEMANDS:
         add_tests(*each)
