@@ -21,11 +21,13 @@ endif()
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
-# The x86 handset library calls with 4-byte aligned stacks. GCC realigns functions that only call others when it is told
-# how little alignment comes in; Clang realigns all.
-add_compile_options(-m32 -mstackrealign $<$<C_COMPILER_ID:GNU>:-mincoming-stack-boundary=2>)
+if(NOT CMAKE_SYSTEM_PROCESSOR STREQUAL arm)
+  # The x86 handset library calls with 4-byte aligned stacks. GCC realigns functions that only call others when it is
+  # told how little alignment comes in; Clang realigns all.
+  add_compile_options(-m32 -mstackrealign $<$<C_COMPILER_ID:GNU>:-mincoming-stack-boundary=2>)
+  add_link_options(-m32)
+endif()
 add_compile_definitions(_FILE_OFFSET_BITS=64)
-add_link_options(-m32)
 
 if(QV_SANITIZE)
   # vptr needs RTTI, which the agent has not.

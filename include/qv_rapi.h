@@ -12,7 +12,7 @@
 #define QV_STDCALL
 #endif
 
-#if defined(QV_BUILDING_AGENT) && defined(QV_WINCE)
+#if defined(QV_BUILDING_AGENT) && defined(QV_WINCE) && defined(__i386__)
 #define QV_EXPORT __attribute__((dllexport))
 #else
 #define QV_EXPORT __attribute__((visibility("default")))

@@ -2,13 +2,13 @@
 // what a full buffer must not split, and what has no counterpart, are single characters.
 #include "host/handset/text.h"
 
-#include <iconv.h>
-
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
 #include <string>
 
+#include "gbk_table.h"
 #include "host/handset/faults.h"
 
 namespace handset {
@@ -18,47 +18,41 @@ constexpr auto kUnconvertible = std::numeric_limits<std::size_t>::max();
 
 std::string printed;
 
-class Converter {
- public:
-  Converter(const char* to, const char* from) : conversion_(iconv_open(to, from)) {
-    if (conversion_ == reinterpret_cast<iconv_t>(-1)) Die("the host's iconv has no GBK");
-  }
-  Converter(const Converter&) = delete;
-  Converter& operator=(const Converter&) = delete;
-  ~Converter() { iconv_close(conversion_); }
-
-  // The bytes written to `to`; 0 when the bytes are no character of the one form, or none of the other.
-  std::size_t Convert(const void* from, std::size_t from_size, void* to, std::size_t room) {
-    auto* in = static_cast<char*>(const_cast<void*>(from));
-    auto* out = static_cast<char*>(to);
-    std::size_t left = room;
-    iconv(conversion_, nullptr, nullptr, nullptr, nullptr);
-    return iconv(conversion_, &in, &from_size, &out, &left) == 0 ? room - left : 0;
-  }
-
- private:
-  iconv_t conversion_;
-};
-
 bool IsAscii(unsigned unit) {
   return unit < 0x80;
 }
 
+using GbkCodes = std::array<std::uint16_t, 0x10000>;
+
+// The two bytes of each character, the first of them the high one; 0 for a character that the code page lacks.
+GbkCodes InvertTable() {
+  GbkCodes codes = {};
+  for (unsigned code = 0x8000; code <= 0xFFFF; ++code) {
+    codes[kGbkTable[(code >> 8) - 0x80][code & 0xFF]] = static_cast<std::uint16_t>(code);
+  }
+  codes[0] = 0;
+  return codes;
+}
+
 // One character's bytes; returns how many, 0 for a character that the code page lacks.
 std::size_t ToGbk(char16_t unit, char (&bytes)[2]) {
-  static Converter to_gbk("GBK", "UTF-16LE");
-  bytes[0] = static_cast<char>(unit);
-  return IsAscii(unit) ? 1 : to_gbk.Convert(&unit, sizeof unit, bytes, sizeof bytes);
+  static const GbkCodes codes = InvertTable();
+  if (IsAscii(unit)) {
+    bytes[0] = static_cast<char>(unit);
+    return 1;
+  }
+  bytes[0] = static_cast<char>(codes[unit] >> 8);
+  bytes[1] = static_cast<char>(codes[unit]);
+  return codes[unit] != 0 ? 2 : 0;
 }
 
 // The character that `bytes` starts with; returns its bytes, 0 when there is none, and then leaves `unit` alone.
 std::size_t FromGbk(const char* bytes, char16_t& unit) {
-  static Converter from_gbk("UTF-16LE", "GBK");
-  char16_t converted = static_cast<unsigned char>(bytes[0]);
-  const bool is_ascii = IsAscii(converted);
-  if (!is_ascii && bytes[1] == '\0') return 0;
-  if (!is_ascii && from_gbk.Convert(bytes, 2, &converted, sizeof converted) != sizeof converted) return 0;
-  unit = converted;
+  const auto first = static_cast<unsigned char>(bytes[0]);
+  const bool is_ascii = IsAscii(first);
+  const char16_t character = is_ascii ? first : kGbkTable[first - 0x80][static_cast<unsigned char>(bytes[1])];
+  if (!is_ascii && character == u'\0') return 0;
+  unit = character;
   return is_ascii ? 1 : 2;
 }
 

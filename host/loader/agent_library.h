@@ -15,7 +15,7 @@ class AgentLibrary {
  public:
   virtual ~AgentLibrary() = default;
 
-  /// Opens a build of the agent by what the file is: an ELF shared object, or a Windows CE x86 DLL, whose start-up
+  /// Opens a build of the agent by what the file is: an ELF shared object, or a Windows CE DLL, whose start-up
   /// routine is then run. Throws std::runtime_error that says what is wrong with which file.
   static std::unique_ptr<AgentLibrary> Open(const std::filesystem::path& file);
 

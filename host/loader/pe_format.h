@@ -11,7 +11,12 @@ inline constexpr std::uint16_t kDosMagic = 0x5A4D;       // "MZ"
 inline constexpr std::uint32_t kPeSignature = 0x4550;    // "PE\0\0"
 inline constexpr std::uint32_t kNewHeaderOffset = 0x3C;  ///< Where the file says at which offset the signature is.
 
-inline constexpr std::uint16_t kMachineI386 = 0x14C;
+// The machine whose code this process runs.
+#if defined(__arm__)
+inline constexpr std::uint16_t kMachine = 0x1C0;
+#else
+inline constexpr std::uint16_t kMachine = 0x14C;
+#endif
 inline constexpr std::uint16_t kFileDll = 0x2000;
 inline constexpr std::uint16_t kMagicPe32 = 0x10B;
 inline constexpr std::uint16_t kSubsystemWindowsCe = 9;

@@ -106,7 +106,7 @@ void PeImage::ReadHeaders(std::span<const std::uint8_t> file) {
   offset += sizeof(pe::kPeSignature);
 
   const auto file_header = Read<pe::FileHeader>(file, offset, "the file header");
-  Require(file_header.machine == pe::kMachineI386, "it is not for x86");
+  Require(file_header.machine == pe::kMachine, "it is for another machine");
   Require((file_header.characteristics & pe::kFileDll) != 0, "it is not a DLL");
   Require(file_header.size_of_optional_header == sizeof(header_), "the optional header has another size");
   offset += sizeof(file_header);
@@ -235,6 +235,9 @@ void PeImage::Protect() const {
     protect(section.address, section.size,
             PROT_READ | (section.writable ? PROT_WRITE : 0) | (section.executable ? PROT_EXEC : 0));
   }
+  // What an ARM processor fetches as code need not be what was written there.
+  auto* const image = reinterpret_cast<char*>(image_.get());
+  __builtin___clear_cache(image, image + Image().size());
 }
 
 bool PeImage::IsCode(std::uint32_t address) const {

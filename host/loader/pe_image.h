@@ -1,5 +1,5 @@
-// A Windows CE x86 DLL in this process: mapped, moved to where it lies, and joined to the functions it imports. The
-// file is not trusted; the code in it is, once Start is called.
+// A Windows CE DLL for this machine in this process: mapped, moved to where it lies, and joined to the functions it
+// imports. The file is not trusted; the code in it is, once Start is called.
 #ifndef QV_HOST_LOADER_PE_IMAGE_H
 #define QV_HOST_LOADER_PE_IMAGE_H
 

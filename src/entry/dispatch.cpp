@@ -29,22 +29,26 @@ struct Operations {
   Result (*recover_data)(const ModuleFacts* facts, SyncMode mode, char16_t* anchor, const void* directory);
 };
 
-/// Makes the handler for one call, within which its store stays loaded, and runs it.
-template <typename Handler, typename Run>
-Result RunHandler(const ModuleFacts& facts, const void* directory, Run run) {
+enum class Direction : std::uint8_t { kExport, kRecover };
+
+/// Makes the handler for one call, within which its store stays loaded, and runs it. One function for both directions,
+/// because making a handler is more code than running it.
+template <typename Handler>
+Result RunHandler(Direction direction, const ModuleFacts& facts, SyncMode& mode, char16_t* anchor,
+                  const void* directory) {
   ModuleCall call(facts.names);
   if (const Result begun = call.Begin(directory); IsFailure(begun)) return begun;
   Handler handler(facts, call);
-  return run(handler);
+  return direction == Direction::kExport ? handler.Export(mode, anchor) : handler.Recover(mode, anchor);
 }
 
 template <typename Handler>
 constexpr Operations kHandledBy = {
     [](const ModuleFacts* facts, SyncMode& mode, char16_t* anchor, const void* directory) {
-      return RunHandler<Handler>(*facts, directory, [&](Handler& handler) { return handler.Export(mode, anchor); });
+      return RunHandler<Handler>(Direction::kExport, *facts, mode, anchor, directory);
     },
     [](const ModuleFacts* facts, SyncMode mode, char16_t* anchor, const void* directory) {
-      return RunHandler<Handler>(*facts, directory, [&](Handler& handler) { return handler.Recover(mode, anchor); });
+      return RunHandler<Handler>(Direction::kRecover, *facts, mode, anchor, directory);
     },
 };
 

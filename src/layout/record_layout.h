@@ -14,6 +14,15 @@
 
 namespace qv::layout {
 
+#if defined(QV_WINCE)
+/// What a field, a run of items or a form is called. No code on the handset asks: its library leaves the names out.
+struct Name {
+  constexpr Name(const char* /*name*/) {}
+};
+#else
+using Name = const char*;
+#endif
+
 /// How a value lies in its slot.
 enum class Form : std::uint8_t {
   kNone,         ///< The field does not exist on this side.
@@ -106,30 +115,30 @@ enum class Carried : std::uint8_t {
 };
 
 struct Field {
-  const char* name;  ///< Column and key name: lower case, words joined by "_"; "" for unused room.
+  [[no_unique_address]] Name name;  ///< Column and key name: lower case, words joined by "_"; "" for unused room.
   Slot store;
   Slot exchange;
   Carried carried = Carried::kBothWays;
   bool ends_when_zero = false;  ///< When the value is zero the rows after this one are not carried: they stay zero.
 };
 
-constexpr Field Both(const char* name, Slot store, Slot exchange) {
+constexpr Field Both(Name name, Slot store, Slot exchange) {
   return {name, store, exchange};
 }
-constexpr Field Repeated(const char* name, Slot store, Slot exchange) {
+constexpr Field Repeated(Name name, Slot store, Slot exchange) {
   return {name, store, exchange, Carried::kRepeated};
 }
-constexpr Field ExportOnly(const char* name, Slot store, Slot exchange) {
+constexpr Field ExportOnly(Name name, Slot store, Slot exchange) {
   return {name, store, exchange, Carried::kExportOnly};
 }
-constexpr Field RecoverOnly(const char* name, Slot store, Slot exchange) {
+constexpr Field RecoverOnly(Name name, Slot store, Slot exchange) {
   return {name, store, exchange, Carried::kRecoverOnly};
 }
 /// Either side may be missing: {}.
-constexpr Field ByModule(const char* name, Slot store, Slot exchange) {
+constexpr Field ByModule(Name name, Slot store, Slot exchange) {
   return {name, store, exchange, Carried::kByModule};
 }
-constexpr Field EndsWhenZero(const char* name, Slot store, Slot exchange) {
+constexpr Field EndsWhenZero(Name name, Slot store, Slot exchange) {
   return {name, store, exchange, Carried::kBothWays, true};
 }
 constexpr Field StoreUnused(std::uint16_t offset, std::uint16_t size) {
@@ -145,13 +154,13 @@ constexpr Field ExchangeUnusedBits(std::uint16_t offset, std::uint16_t size, std
   return {"", {}, UnusedBits(offset, size, high, low)};
 }
 /// A field of a form that has no store side: a change record, an id map entry.
-constexpr Field FileOnly(const char* name, Slot exchange) {
+constexpr Field FileOnly(Name name, Slot exchange) {
   return {name, {}, exchange};
 }
 
 /// Items of one size that follow the fixed part in an exchange file and lie in slots of the store record.
 struct ItemRun {
-  const char* name;
+  [[no_unique_address]] Name name;
   Slot count;                  ///< Where the fixed part holds their count: a number.
   Slot item;                   ///< The one field of an item in the file, at its offset 0.
   std::uint16_t store_offset;  ///< Where the store record's slots begin; kElsewhere: they are not in it.
@@ -170,7 +179,7 @@ inline constexpr std::uint32_t kAnyNumber = 0xFFFFFFFF;
 inline constexpr std::uint32_t kMostItemSize = 128;
 
 struct RecordLayout {
-  const char* name;
+  [[no_unique_address]] Name name;
   std::uint32_t store_size;     ///< 0 when the form exists in files only.
   std::uint32_t exchange_size;  ///< The fixed part; the items follow it in the order of `items`.
   std::span<const Field> fields;
@@ -316,8 +325,7 @@ void RowsDoNotTileTheRecord();
 
 /// The layout of these rows, which must tile its records.
 template <std::size_t store_size, std::size_t exchange_size>
-consteval RecordLayout TiledLayout(const char* name, std::span<const Field> fields,
-                                   std::span<const ItemRun> items = {}) {
+consteval RecordLayout TiledLayout(Name name, std::span<const Field> fields, std::span<const ItemRun> items = {}) {
   if (!Tiles<store_size, exchange_size>(fields, items)) internal::RowsDoNotTileTheRecord();
   return {name, store_size, exchange_size, fields, items};
 }

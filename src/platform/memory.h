@@ -52,7 +52,10 @@ class List {
   }
 
   void Clear() { size_ = 0; }
-  void Zero() { std::fill(begin(), end(), T{}); }
+  /// Not by copies of an empty item, which would lie on the stack.
+  void Zero() {
+    std::fill_n(reinterpret_cast<unsigned char*>(items_), size_ * sizeof(T), static_cast<unsigned char>(0));
+  }
 
   std::span<const T> items() const { return {items_, size_}; }
   T* data() { return items_; }

@@ -22,7 +22,7 @@ struct CodeWords {
 inline constexpr CodeWords kCodeWords[] = {
     {Result::kOk, Directions::kBoth, "success", ""},
     {Result::kStoreNotLoaded, Directions::kBoth, "the store library could not be loaded",
-     "check that the store's DLL is on the handset; a module that this build lacks answers the same"},
+     "check that the store's DLL is on the handset"},
     {Result::kEntryPointMissing, Directions::kBoth, "the store library lacks an entry point that the step needs",
      "the store's DLL is of another version"},
     {Result::kWipeFailed, Directions::kRecover, "the store refused to delete all its records",

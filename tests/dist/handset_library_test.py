@@ -1,15 +1,17 @@
 # What the handset's system and the desktop demand of the file QV_RAPI.dll. Each demand is also put to a copy that is
 # broken on purpose, so that none of them can pass by seeing nothing.
-"""Usage: handset_library_test.py QV_RAPI.dll [unittest options]"""
+"""Usage: handset_library_test.py x86|ARM QV_RAPI.dll [unittest options]"""
 
-import json
-import os
 import pathlib
 import re
 import sys
 import unittest
 
 import pefile
+
+from unittest_result import write_result
+
+MACHINES = {"x86": 0x14C, "ARM": 0x1C0}
 
 EXPORTS = set("""
 fnQV_ExportTabs fnQV_RecovTabs fnQV_ExportTables fnQV_Recover fnQV_IsNimbraK9 fnQV_IsRunSDSync fnQV_CheckMutex
@@ -25,7 +27,7 @@ swprintf wsprintfW malloc realloc free memcpy memmove memset memcmp strlen strst
 wcsncmp wcsstr wcschr sprintf _snprintf _snwprintf printf
 """.split())
 
-# The members of CMailDBSync as MailStore.dll of the handset exports them. The agent needs each of them.
+# The members of CMailDBSync as MailStore.dll of an x86 handset exports them. The agent needs each of them.
 MAIL_STORE = """
 ??0CMailDBSync@@QAE@XZ
 ?InitCEDB@CMailDBSync@@QAEHXZ
@@ -67,8 +69,8 @@ def expect_equal(found, wanted, what):
 # --- The demands ---
 
 
-def is_a_pe32_dll_for_x86(pe):
-    expect_equal(pe.FILE_HEADER.Machine, 0x14C, "machine")
+def is_a_pe32_dll_for_its_machine(pe):
+    expect_equal(pe.FILE_HEADER.Machine, MACHINES[MACHINE], "machine")
     expect_equal(pe.OPTIONAL_HEADER.Magic, 0x10B, "magic")
     expect(pe.FILE_HEADER.Characteristics & FILE_DLL, "it is not marked as a DLL")
 
@@ -102,7 +104,7 @@ def imports_only_what_coredll_has(pe):
 
 
 def imports_each_member_of_the_mail_store_once(pe):
-    expect_equal(sorted(names_imported_from(pe, b"MailStore.dll")), sorted(MAIL_STORE), "imports from MailStore.dll")
+    expect_equal(sorted(names_imported_from(pe, b"MailStore.dll")), sorted(mail_store()), "imports from MailStore.dll")
 
 
 def exports_the_names_that_callers_ask_for_and_no_others(pe):
@@ -148,6 +150,11 @@ def tells_nothing_of_the_machine_that_built_it(pe):
 
 
 # --- What they look at ---
+
+
+def mail_store():
+    """The members of CMailDBSync on this machine: E stands for x86's convention, A for the only one that ARM has."""
+    return MAIL_STORE if MACHINE == "x86" else [name.replace("@@QAE", "@@QAA") for name in MAIL_STORE]
 
 
 def imports(pe):
@@ -258,8 +265,8 @@ def put_into_data(text):
 
 
 DEMANDS = [
-    (is_a_pe32_dll_for_x86, [
-        field("FILE_HEADER.Machine", 0x1C0), field("OPTIONAL_HEADER.Magic", 0x10C),
+    (is_a_pe32_dll_for_its_machine, [
+        field("FILE_HEADER.Machine", 0x166), field("OPTIONAL_HEADER.Magic", 0x10C),
         field("FILE_HEADER.Characteristics", 0x0102)]),
     (asks_for_nothing_newer_than_windows_ce_4_10, [
         field("OPTIONAL_HEADER.Subsystem", 2), field("OPTIONAL_HEADER.MinorSubsystemVersion", 20),
@@ -312,17 +319,10 @@ def add_tests(demand, damages):
     setattr(HandsetLibraryTest, f"test_a_file_is_refused_unless_it_{demand.__name__}", is_noticed_when_broken)
 
 
-def write_result(result):
-    """Leaves the numbers where GoogleTest programs leave theirs, for script/test to add up."""
-    kind, _, file = os.environ.get("GTEST_OUTPUT", "").partition(":")
-    if kind == "json":
-        numbers = {"tests": result.testsRun, "failures": len(result.failures) + len(result.errors)}
-        pathlib.Path(file).write_text(json.dumps(numbers) + "\n")
-
-
 if __name__ == "__main__":
-    if len(sys.argv) < 2:
+    if len(sys.argv) < 3 or sys.argv[1] not in MACHINES:
         sys.exit(__doc__)
+    MACHINE = sys.argv.pop(1)
     LIBRARY = pathlib.Path(sys.argv.pop(1))
     for each in DEMANDS:
         add_tests(*each)

@@ -141,9 +141,10 @@ TEST_F(Explain, StepsOfTheAgendaReadTheSameInEveryMode) {
   EXPECT_THAT(Words({"0x12000006", "--module", "agenda"}), HasSubstr("failed while exporting the groups"));
 }
 
-TEST_F(Explain, ModuleOutsideTheBuildHasTheCommonCodesOnly) {
-  EXPECT_THAT(Words({"0x10000001", "--module", "clock-settings"}),
-              HasSubstr("clock-settings, export:\n    the store library"));
+TEST_F(Explain, SettingsHaveOneCodeForWhateverFailed) {
+  EXPECT_THAT(
+      Words({"0x20000001", "--module", "personal-settings"}),
+      HasSubstr("personal-settings, recover:\n    the store library could not be loaded or lacks an entry point"));
   EXPECT_EQ(Run({"explain", "0x11000100", "--module", "clock-settings"}).status, 1);
 }
 

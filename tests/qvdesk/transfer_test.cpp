@@ -85,12 +85,6 @@ TEST_F(Transfer, FailedExportExitsWithOneExplainsItselfAndKeepsNoAnchor) {
   EXPECT_FALSE(desk::fs::exists(State()));
 }
 
-TEST_F(Transfer, ModuleOutsideTheBuildAnswersThatItsStoreIsNotLoaded) {
-  const desk::Outcome outcome = Run({"export", "clock-settings", "--handset", Phone().string()});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.out, HasSubstr("the store library could not be loaded"));
-}
-
 TEST_F(Transfer, ModuleWhoseResultIsDroppedSaysThatSuccessMeansNothing) {
   const desk::Outcome outcome = Run({"export", "tasks", "--handset", Phone().string()});
   EXPECT_EQ(outcome.status, 0);
