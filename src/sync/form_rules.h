@@ -3,6 +3,8 @@
 #ifndef QV_SYNC_FORM_RULES_H
 #define QV_SYNC_FORM_RULES_H
 
+#include <span>
+
 #include "layout/record_layout.h"
 
 namespace qv {
@@ -10,6 +12,9 @@ namespace qv {
 struct RuleWords {
   const layout::RecordLayout* layout;  ///< The form that the rule is about.
   const char* rule;                    ///< Sentences.
+  /// Fields of either side that a recover of an export may not bring back. A name that ends with "_" stands for all
+  /// that begin with it.
+  std::span<const char* const> not_restored = {};
 };
 
 }  // namespace qv

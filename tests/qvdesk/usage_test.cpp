@@ -11,15 +11,16 @@ class Usage : public desk::DeskTest {};
 TEST_F(Usage, HelpNamesEveryCommandAndFirstSteps) {
   const desk::Outcome help = Run({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* const command : {"create", "export", "recover", "ask", "show", "encode", "explain", "modules",
-                                    "describe", "picture", "First steps"}) {
+  for (const char* const command :
+       {"create", "export", "recover", "backup", "sync", "verify", "restore", "compare", "ask", "show", "encode",
+        "explain", "modules", "describe", "picture", "First steps"}) {
     EXPECT_THAT(help.out, HasSubstr(command));
   }
 }
 
 TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
-  for (const char* const command :
-       {"create", "export", "recover", "ask", "show", "encode", "explain", "modules", "describe", "picture"}) {
+  for (const char* const command : {"create", "export", "recover", "backup", "sync", "verify", "restore", "compare",
+                                    "ask", "show", "encode", "explain", "modules", "describe", "picture"}) {
     const desk::Outcome help = Run({command, "--help"});
     EXPECT_EQ(help.status, 0) << command;
     EXPECT_THAT(help.out, HasSubstr("Example")) << command;
@@ -42,6 +43,10 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
       {{"show", "unknown.bin"}, "no file that handset and desktop exchange has this name. Say what it is with --as"},
       {{"show", "unknown.bin", "--as", "nothing"}, "The forms are: linkman.tbl"},
       {{"describe", "everything"}, "formats"},
+      {{"backup", "folder"}, "--handset is required"},
+      {{"restore", "folder", "--handset"}, "--handset"},
+      {{"backup", "folder", "nothing", "--handset", "x"}, "The modules are 1 to 16: contacts, schedule"},
+      {{"compare", "first"}, "SECOND is required"},
       {{"picture", "image.tbl", "3"}, "ID requires OUT"},
       {{"picture", "image.tbl", "anna", "anna.bmp"}, "Could not convert: ID = anna"},
   };

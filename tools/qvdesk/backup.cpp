@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -60,7 +61,7 @@ class NewBackup {
   fs::path unfinished_;
 };
 
-BackupKind Export(const Phone& phone, const ExchangeFolder& exchange, ModuleRun& run, const fs::path& folder) {
+BackupKind Export(const Phone& phone, const ExchangeFolder& exchange, ModuleRun& run, const fs::path& folder) try {
   exchange.Empty();
   {
     const Progress progress(fmt::format("{} export", run.module.name));
@@ -68,12 +69,25 @@ BackupKind Export(const Phone& phone, const ExchangeFolder& exchange, ModuleRun&
   }
   exchange.FetchTo(folder);
   return Describe(run, folder);
+} catch (const std::exception& error) {
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);  // A part of the files would be taken for all.
+  return DescribeBroken(run, error.what());
 }
 
 std::string WhatCameOf(const BackupKind& kind) {
   std::string what = ContentsOf(kind);
   if (kind.ran != kind.asked) what += fmt::format(", {}: the handset does not know our anchor", Describe(kind.ran));
   return kind.is_told ? what : what + ", as far as can be told: the handset reports success in any case";
+}
+
+void Tell(const BackupKind& kind, KindReport& report) {
+  if (kind.succeeded) {
+    report.Succeeded(kind.module, WhatCameOf(kind), ToJson(kind));
+  } else {
+    report.Failed(kind.module, kind.code == 0 ? kind.result : fmt::format("0x{:08x} {}", kind.code, kind.result),
+                  ToJson(kind), LinesOf(kind.advice));
+  }
 }
 
 int BackUp(const Options& options) {
@@ -92,11 +106,7 @@ int BackUp(const Options& options) {
                   .anchor = state.Anchor(module->name)};
     const BackupKind& kind = manifest.emplace_back(Export(phone, exchange, run, backup.FolderOf(module->name)));
     if (!kind.anchor.empty()) state.SetAnchor(module->name, kind.anchor);
-    if (kind.succeeded) {
-      report.Succeeded(kind.module, WhatCameOf(kind), ToJson(kind));
-    } else {
-      report.Failed(kind.module, fmt::format("0x{:08x} {}", kind.code, kind.result), ToJson(kind));
-    }
+    Tell(kind, report);
   }
   backup.Finish(manifest);
   state.Save();  // Behind the backup: an anchor without what it stands for would lose changes.

@@ -64,6 +64,7 @@ constexpr BuiltModule kBuiltModules[] = {
      .names = qv::card_reader::kNames,
      .facts = &qv::card_reader::kFacts,
      .step_words = qv::OneTableStepWords(qv::card_reader::kFacts),
+     .rules = qv::card_reader::kRules,
      .columns = {&qv::card_reader::kCardLayout, CardColumns}},
     {.id = 8,
      .names = qv::sms::kNames,

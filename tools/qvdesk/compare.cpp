@@ -1,10 +1,12 @@
 // "compare": two backups, record by record.
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,114 +14,25 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/kind_report.h"
 #include "tools/qvdesk/manifest.h"
+#include "tools/qvdesk/record_difference.h"
 #include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/restored_fields.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
 namespace {
 
 namespace fs = std::filesystem;
-using qv::layout::Field;
-using qv::layout::Form;
-using qv::layout::RecordLayout;
 
 struct Options {
-  fs::path left;
-  fs::path right;
+  fs::path first;
+  fs::path second;
   std::vector<std::string> modules;
-  bool ignore_ids = false;
+  bool restored = false;
   bool json = false;
+
+  SameRecord Same() const { return restored ? SameRecord::kByContent : SameRecord::kById; }
 };
-
-/// A difference of texts this long tells no more when it is shown whole.
-constexpr std::size_t kMostShown = 40;
-constexpr std::size_t kMostDetails = 8;
-
-bool IsId(std::string_view name) {
-  return name == "id" || name.ends_with("_id");
-}
-
-/// A record as its fields, without what only helps people read them.
-Json FieldsOf(const RecordLayout& layout, const RecordView& record, bool ignore_ids) {
-  Json fields = ToJson(layout, record);
-  fields.erase("reads");
-  if (!ignore_ids) return fields;
-  for (const Field& field : layout.fields) {
-    if (IsId(field.name)) fields.erase(field.name);
-  }
-  return fields;
-}
-
-/// What tells a record from the others of its file: its ids, or all of it when these do not count.
-std::string KeyOf(const RecordLayout& layout, const Json& fields, bool ignore_ids) {
-  if (ignore_ids) return fields.dump();
-  std::string key;
-  for (const Field& field : layout.fields) {
-    if (IsId(field.name) && fields.contains(field.name)) {
-      key = fmt::format("{} {}", field.name, fields[field.name].dump());
-      break;
-    }
-  }
-  return key;
-}
-
-struct Difference {
-  std::size_t records = 0;  ///< Equal ones.
-  std::size_t only_left = 0;
-  std::size_t only_right = 0;
-  std::size_t changed = 0;
-  std::vector<std::string> details = {};
-
-  bool IsNone() const { return only_left + only_right + changed == 0; }
-  void Tell(const std::string& line) {
-    if (details.size() < kMostDetails) details.push_back(line);
-  }
-};
-
-std::string ChangedFields(const Json& left, const Json& right) {
-  std::string text;
-  for (const auto& [name, value] : left.items()) {
-    if (right.contains(name) && right[name] == value) continue;
-    const std::string other = right.contains(name) ? right[name].dump() : "nothing";
-    text += fmt::format("{}{}: {} | {}", text.empty() ? "" : ", ", name, CutTo(value.dump(), kMostShown),
-                        CutTo(other, kMostShown));
-  }
-  return text;
-}
-
-using Records = std::multimap<std::string, Json>;
-
-Records RecordsOf(const RecordLayout& layout, const std::vector<std::uint8_t>& bytes, bool ignore_ids) {
-  Records records;
-  for (const RecordView& record : ParseRecords(layout, bytes).records) {
-    const Json fields = FieldsOf(layout, record, ignore_ids);
-    records.emplace(KeyOf(layout, fields, ignore_ids), fields);
-  }
-  return records;
-}
-
-/// Records of one key are paired in their order.
-Difference CompareRecords(const Records& left, Records right) {
-  Difference difference;
-  for (const auto& [key, fields] : left) {
-    const auto found = right.find(key);
-    if (found == right.end()) {
-      ++difference.only_left;
-      difference.Tell("only in the first: " + CutTo(key, 2 * kMostShown));
-      continue;
-    }
-    if (found->second == fields) {
-      ++difference.records;
-    } else {
-      ++difference.changed;
-      difference.Tell(key + ": " + ChangedFields(fields, found->second));
-    }
-    right.erase(found);
-  }
-  difference.only_right = right.size();
-  for (const auto& [key, fields] : right) difference.Tell("only in the second: " + CutTo(key, 2 * kMostShown));
-  return difference;
-}
 
 /// Files that say what happened in a run, and not what the phone holds.
 bool IsOfTheRun(const FileForm* form) {
@@ -132,103 +45,166 @@ const BackupFile* FileOf(const BackupKind& kind, const std::string& name) {
 }
 
 struct Sides {
-  const BackupKind& left;
-  const BackupKind& right;
+  const BackupKind& first;
+  const BackupKind& second;
 };
 
+bool HasRecords(const FileForm* form) {
+  return form != nullptr && (form->layout != nullptr || form->kind == FileKind::kSections);
+}
+
 Difference CompareFile(const Sides& kinds, const std::string& name, const Options& options) {
-  const BackupFile* const left = FileOf(kinds.left, name);
-  const BackupFile* const right = FileOf(kinds.right, name);
-  Difference difference;
+  const BackupFile* const first = FileOf(kinds.first, name);
+  const BackupFile* const second = FileOf(kinds.second, name);
   const FileForm* const form = FindForm(name);
-  if (left == nullptr || right == nullptr) {
-    ++(left == nullptr ? difference.only_right : difference.only_left);
-    difference.Tell(fmt::format("the file is only in the {}", left == nullptr ? "second" : "first"));
-  } else if (left->sha256 != right->sha256 && form != nullptr && form->layout != nullptr) {
+  Difference difference;
+  if (first == nullptr || second == nullptr) {
+    first == nullptr ? difference.OnlySecond("the file") : difference.OnlyFirst("the file");
+  } else if (first->sha256 == second->sha256) {
+    difference.equal = first->records.value_or(1);
+  } else if (HasRecords(form)) {
     const auto read = [&](const fs::path& backup, const BackupKind& kind) {
-      return RecordsOf(*form->layout, ReadWholeFile(backup / kind.module / name), options.ignore_ids);
+      return ReadRecords(*form, ReadWholeFile(backup / kind.module / name), options.Same());
     };
-    difference = CompareRecords(read(options.left, kinds.left), read(options.right, kinds.right));
-  } else if (left->sha256 != right->sha256) {
-    ++difference.changed;
-    difference.Tell(fmt::format("its {} and {} bytes differ", left->size, right->size));
+    difference = CompareRecords(read(options.first, kinds.first), read(options.second, kinds.second));
   } else {
-    difference.records = left->records.value_or(1);
+    difference.Changed(fmt::format("its {} and {} bytes differ", first->size, second->size));
   }
   return difference;
 }
 
-void Compare(const Sides& kinds, const Options& options, KindReport& report) {
-  std::set<std::string> names;
-  for (const BackupKind* const kind : {&kinds.left, &kinds.right}) {
-    for (const BackupFile& file : kind->files) {
-      if (!IsOfTheRun(FindForm(file.name))) names.insert(file.name);
-    }
-  }
-  Json files = Json::array();
-  std::vector<std::string> details;
-  std::size_t records = 0;
-  for (const std::string& name : names) {
-    const Difference found = CompareFile(kinds, name, options);
-    records += found.records;
-    files.push_back({{"name", name},
-                     {"equal", found.records},
-                     {"changed", found.changed},
-                     {"only_first", found.only_left},
-                     {"only_second", found.only_right},
-                     {"details", found.details}});
-    if (found.IsNone()) continue;
-    details.push_back(fmt::format("{}: {} equal, {} changed, {} only in the first, {} only in the second", name,
-                                  found.records, found.changed, found.only_left, found.only_right));
-    for (const std::string& line : found.details) details.push_back("  " + line);
-  }
-  const Json json = {{"module", kinds.left.module}, {"same", details.empty()}, {"files", files}};
-  if (details.empty()) {
-    report.Succeeded(kinds.left.module, "the same: " + CountOf(records, "record"), json);
-  } else {
-    report.Failed(kinds.left.module, "they differ", json, details);
-  }
+bool IsMessage(const std::string& file) {
+  const FileForm* const form = FindForm(file);
+  return form != nullptr && form->kind == FileKind::kMessage;
 }
 
-/// Fields of the stores that no exchange file tells.
-std::string NotCarried(const BuiltModule& module) {
-  std::string names;
-  for (const qv::TableNames& table : module.names.tables) {
-    if (table.layout == nullptr) continue;
-    for (const Field& field : table.layout->fields) {
-      const bool is_told = field.exchange.form != Form::kNone && field.carried != qv::layout::Carried::kRecoverOnly;
-      if (is_told || field.store.form == Form::kNone || field.store.form == Form::kUnused) continue;
-      if (field.carried == qv::layout::Carried::kByModule) continue;  // Other fields tell it.
-      names += fmt::format("{}{} of the {}", names.empty() ? "" : ", ", field.name, table.layout->name);
+/// By content: a message's number, which its file is called by, is the phone's own.
+Difference CompareMessages(const Sides& kinds) {
+  std::multimap<std::string, std::string> left_over;
+  for (const BackupFile& file : kinds.second.files) {
+    if (IsMessage(file.name)) left_over.emplace(file.sha256, file.name);
+  }
+  Difference difference;
+  for (const BackupFile& file : kinds.first.files) {
+    if (!IsMessage(file.name)) continue;
+    const auto found = left_over.find(file.sha256);
+    if (found == left_over.end()) {
+      difference.OnlyFirst(file.name);
+    } else {
+      ++difference.equal;
+      left_over.erase(found);
+    }
+  }
+  for (const auto& [digest, name] : left_over) difference.OnlySecond(name);
+  return difference;
+}
+
+/// The files of a kind that are compared one by one.
+std::set<std::string> NamesIn(const Sides& kinds, const Options& options) {
+  std::set<std::string> names;
+  for (const BackupKind* const kind : {&kinds.first, &kinds.second}) {
+    for (const BackupFile& file : kind->files) {
+      if (IsOfTheRun(FindForm(file.name)) || (options.restored && IsMessage(file.name))) continue;
+      names.insert(file.name);
     }
   }
   return names;
 }
 
-void TellWhatIsNotCompared(const Manifest& kinds, const Options& options, const KindReport& report) {
-  report.Conclude(
-      "Not compared, because the files do not carry it: the ids of messages' files and the times of last change" +
-      std::string(options.ignore_ids ? "; and ids, as was asked" : "") + ".");
-  for (const BackupKind& kind : kinds) {
-    const BuiltModule* const module = FindBuiltModule(ParseModule(kind.module).id);
-    const std::string fields = module == nullptr ? "" : NotCarried(*module);
-    if (!fields.empty()) report.Conclude(fmt::format("  {}: {}", kind.module, fields));
+/// What came of a kind's files.
+struct Findings {
+  std::size_t records = 0;  ///< Equal ones.
+  Json files = Json::array();
+  std::vector<std::string> details = {};
+
+  void Add(const std::string& name, const Difference& found) {
+    records += found.equal;
+    files.push_back({{"name", name},
+                     {"equal", found.equal},
+                     {"changed", found.changed},
+                     {"only_first", found.only_first},
+                     {"only_second", found.only_second},
+                     {"details", found.details}});
+    if (found.IsNone()) return;
+    details.push_back(fmt::format("{}: {} equal, {} changed, {} only in the first, {} only in the second", name,
+                                  found.equal, found.changed, found.only_first, found.only_second));
+    for (const std::string& line : found.details) details.push_back("  " + line);
+  }
+};
+
+/// What cannot be compared of a kind, because a backup or the restored phone does not have it.
+struct LeftOut {
+  std::vector<RecordFields> not_exported = {};
+  std::vector<RecordFields> not_restored = {};
+};
+
+LeftOut LeftOutOf(const std::string& kind, const Options& options) {
+  const BuiltModule* const module = FindBuiltModule(ParseModule(kind).id);
+  if (module == nullptr) return {};
+  return {NotExported(*module), options.restored ? NotRestored(*module) : std::vector<RecordFields>()};
+}
+
+Json ToJson(const std::vector<RecordFields>& fields) {
+  Json list = Json::array();
+  for (const RecordFields& of : fields) list.push_back({{"record", of.record}, {"fields", of.names}});
+  return list;
+}
+
+void Compare(const Sides& kinds, const Options& options, KindReport& report) {
+  const std::string& name = kinds.first.module;
+  Findings findings;
+  for (const std::string& file : NamesIn(kinds, options)) findings.Add(file, CompareFile(kinds, file, options));
+  if (options.restored && std::ranges::any_of(kinds.first.files, IsMessage, &BackupFile::name)) {
+    findings.Add("messages (.eml)", CompareMessages(kinds));
+  }
+  const LeftOut left_out = LeftOutOf(name, options);
+  const Json json = {{"module", name},
+                     {"same", findings.details.empty()},
+                     {"files", findings.files},
+                     {"not_exported", ToJson(left_out.not_exported)},
+                     {"not_restored", ToJson(left_out.not_restored)}};
+  if (findings.details.empty()) {
+    report.Succeeded(name, "the same: " + CountOf(findings.records, "record"), json);
+  } else {
+    report.Failed(name, "they differ", json, findings.details);
   }
 }
 
+void ListFields(const std::string& kind, const std::vector<RecordFields>& fields, const KindReport& report) {
+  for (const RecordFields& of : fields) {
+    report.Conclude(fmt::format("  {}, {}: {}", kind, of.record, fmt::join(of.names, ", ")));
+  }
+}
+
+void TellWhatIsLeftOut(const Manifest& kinds, const Options& options, const KindReport& report) {
+  report.Conclude("Not compared, because no backup has it: when a record last changed.");
+  for (const BackupKind& kind : kinds) ListFields(kind.module, LeftOutOf(kind.module, options).not_exported, report);
+  if (!options.restored) return;
+  report.Conclude("Not compared, because a restore may not bring it back: ids, and what refers to them.");
+  for (const BackupKind& kind : kinds) ListFields(kind.module, LeftOutOf(kind.module, options).not_restored, report);
+}
+
+/// Why there is nothing to compare; nothing when there is.
+std::optional<std::string> ReasonAgainst(const BackupKind& first, const Manifest& second_backup,
+                                         Manifest::const_iterator second) {
+  if (second == second_backup.end()) return "only in the first backup";
+  if (first.succeeded && second->succeeded) return std::nullopt;
+  return fmt::format("its backup failed in the {}", first.succeeded ? "second" : "first");
+}
+
 int CompareAll(const Options& options) {
-  const Manifest left = ChosenOf(ReadManifest(options.left), options.modules);
-  const Manifest right = ReadManifest(options.right);
+  const Manifest first = ChosenOf(ReadManifest(options.first), options.modules);
+  const Manifest second = ReadManifest(options.second);
   KindReport report(options.json);
-  for (const BackupKind& kind : left) {
-    const auto other = std::ranges::find(right, kind.module, &BackupKind::module);
-    if (other == right.end()) {
-      report.Failed(kind.module, "only in the first backup", {{"module", kind.module}, {"same", false}});
+  for (const BackupKind& kind : first) {
+    const auto other = std::ranges::find(second, kind.module, &BackupKind::module);
+    if (const auto reason = ReasonAgainst(kind, second, other)) {
+      report.Failed(kind.module, *reason, {{"module", kind.module}, {"same", false}, {"result", *reason}});
     } else {
-      Compare({kind, *other}, options, report);
+      report.Attempt(kind.module, [&] { Compare({kind, *other}, options, report); });
     }
   }
-  TellWhatIsNotCompared(left, options, report);
+  TellWhatIsLeftOut(first, options, report);
   return report.End("the same");
 }
 
@@ -237,18 +213,22 @@ int CompareAll(const Options& options) {
 void AddCompare(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "compare",
-      "Compares two backups record by record: a record is looked for by its id, and what differs is shown field by "
-      "field. Change lists and id maps are left out. At the end it says what no backup carries. The exit status is 1 "
-      "when a kind differs.");
+      "Compares two backups record by record. A record is looked for by its id, and what differs is shown field by "
+      "field: the first backup's value, then the second's. With --restored a record is looked for by all that a "
+      "restore brings back. Change lists and id maps, which tell of a run and not of the phone, are left out. At the "
+      "end it says what could not be compared. The exit status is 1 when a kind differs.");
   auto options = std::make_shared<Options>();
-  command->add_option("FIRST", options->left, "A backup")->required();
-  command->add_option("SECOND", options->right, "Another one")->required();
+  command->add_option("FIRST", options->first, "A backup")->required();
+  command->add_option("SECOND", options->second, "Another one")->required();
   command->add_option("MODULE", options->modules,
                       "Kinds of data by name or number; all of the first when none is named");
-  command->add_flag("--ignore-ids", options->ignore_ids,
-                    "For two phones: ids are each phone's own, so records are looked for by all the rest");
+  command->add_flag("--restored", options->restored,
+                    "The second backup is of a phone to which the first was restored: ids, which are each phone's own, "
+                    "and what a restore does not bring back are left out and listed");
   command->add_flag("--json", options->json, "The report as JSON");
-  command->footer("Example:\n  qvdesk compare /tmp/monday /tmp/tuesday contacts");
+  command->footer(
+      "Examples:\n  qvdesk compare /tmp/monday /tmp/tuesday contacts\n"
+      "  qvdesk compare /tmp/monday /tmp/other-phones --restored");
   command->callback([options, &status] { status = CompareAll(*options); });
 }
 

@@ -16,6 +16,7 @@
 #include "tools/qvdesk/sample_messages.h"
 #include "tools/qvdesk/sample_organizer.h"
 #include "tools/qvdesk/sample_schedule.h"
+#include "tools/qvdesk/sample_settings.h"
 #include "tools/qvdesk/sample_tasks.h"
 #include "tools/qvdesk/sample_telephony.h"
 #include "tools/qvdesk/sample_unified_mail.h"
@@ -36,6 +37,7 @@ struct Options {
   SampleOrganizer organizer{.cards = 10, .memos = 6};
   SampleTelephony telephony{.quick_dials = 8, .filters = 12};
   std::uint32_t seed = 1;
+  bool empty = false;
 };
 
 /// What the model ships with, and a directory for the exchange.
@@ -54,6 +56,7 @@ constexpr std::uint32_t kMailId = 4711;
 
 void InsertSamples(const Options& options) {
   stores::Database database;
+  if (options.empty) return;
   InsertSampleSchedule(database, options.schedule, options.seed);
   InsertSampleTasks(database, options.tasks, options.seed);
   InsertSampleAgenda(database, options.agenda, options.seed);
@@ -63,10 +66,12 @@ void InsertSamples(const Options& options) {
   InsertSampleMail(database, options.e_mails, options.seed);
   InsertSampleOrganizer(database, options.organizer, options.seed);
   InsertSampleTelephony(database, options.telephony, options.seed);
+  InsertSampleSettings(database, options.seed);
   database.SetSetting(stores::kSystemMailId, kMailId);
 }
 
 std::string Describe(const Options& options) {
+  if (options.empty) return "nothing on it";
   return fmt::format(
       "{} schedule entries in {} groups, {} tasks in {} groups, {} agenda entries in {} groups, {} contacts, {} short "
       "messages, {} multimedia messages, {} calls, {} unified mails, {} e-mails, {} cards, {} memos, {} quick dials "
@@ -102,7 +107,8 @@ void AddCreate(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "create",
       "Makes a simulated handset: the directories of the phone's file system, an exchange directory \"\\sync\", and a "
-      "store database with made-up data of each kind and a system mail account. The database is SQLite: look at it and "
+      "store database with made-up data of each kind, settings and a system mail account. The database is SQLite: look "
+      "at it and "
       "change it with the sqlite3 shell, which counts as an edit on the phone. The same seed makes the same data.");
   auto options = std::make_shared<Options>();
   constexpr std::uint32_t kMostGroups = 60000;   // Each has a 16-bit number of its own.
@@ -131,7 +137,11 @@ void AddCreate(CLI::App& program, int& status) {
   add("--filters", options->telephony.filters,
       "Callers in the call filter; three groups and a configuration come along");
   add("--seed", options->seed, "Any number; another one makes other data");
-  command->footer("Example:\n  qvdesk create /tmp/phone --schedule-entries 1000 --seed 7");
+  command->add_flag("--empty", options->empty,
+                    "A handset without data, whatever the other options say: one to restore a backup to");
+  command->footer(
+      "Examples:\n  qvdesk create /tmp/phone --schedule-entries 1000 --seed 7\n"
+      "  qvdesk create /tmp/other-phone --empty");
   command->callback([options, &status] { status = Create(*options); });
 }
 

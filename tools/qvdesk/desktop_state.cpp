@@ -48,7 +48,10 @@ std::string DesktopState::Anchor(const std::string& module) const {
 
 void DesktopState::Save() const {
   const std::string text = Json({{kAnchors, anchors_}}).dump(2) + "\n";
-  WriteWholeFile(file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  // A program that is killed here leaves the anchors of before or those of now.
+  const std::filesystem::path unfinished = std::filesystem::path(file_) += ".unfinished";
+  WriteWholeFile(unfinished, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  std::filesystem::rename(unfinished, file_);
 }
 
 }  // namespace qvdesk

@@ -2,12 +2,16 @@
 #ifndef QV_TOOLS_QVDESK_KIND_REPORT_H
 #define QV_TOOLS_QVDESK_KIND_REPORT_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "tools/qvdesk/field_value.h"
 
 namespace qvdesk {
+
+/// An advice as details: none for an empty one.
+std::vector<std::string> LinesOf(const std::string& advice);
 
 class KindReport {
  public:
@@ -18,6 +22,9 @@ class KindReport {
                  const std::vector<std::string>& details = {});
   void Failed(const std::string& kind, const std::string& what, Json json,
               const std::vector<std::string>& details = {});
+
+  /// Runs what is done with a kind: an exception is this kind's failure, and does not stop the others.
+  void Attempt(const std::string& kind, const std::function<void()>& work);
 
   /// A line after the last kind; not for programs.
   void Conclude(const std::string& line) const;

@@ -50,6 +50,7 @@ BackupKind KindFromJson(const Json& json) {
                      .anchor = json.at("anchor"),
                      .code = json.at("code"),
                      .result = json.at("result"),
+                     .advice = json.at("advice"),
                      .succeeded = json.at("succeeded"),
                      .is_told = json.at("told"),
                      .files = {}};
@@ -60,21 +61,37 @@ BackupKind KindFromJson(const Json& json) {
 }  // namespace
 
 BackupKind Describe(const ModuleRun& run, const fs::path& folder) {
+  const std::vector<fs::path> files = FilesIn(folder);
+  const Reading outcome = run.Outcome();
+  if (files.empty() && outcome.is_success) return DescribeBroken(run, "the handset reports success, but wrote no file");
   BackupKind kind = {.module = run.module.name,
                      .asked = run.mode,
                      .ran = run.mode_after,
                      .anchor = run.AnchorCounts() ? run.anchor_after : "",
                      .code = run.code,
-                     .result = run.Result("  "),
-                     .succeeded = run.IsSuccess(),
+                     .result = outcome.what,
+                     .advice = outcome.advice,
+                     .succeeded = outcome.is_success,
                      .is_told = !run.IsDropped(),
                      .files = {}};
-  const std::vector<fs::path> files = FilesIn(folder);
   const std::vector<std::string> digests = Sha256Of(files);
   for (std::size_t i = 0; i < files.size(); ++i) {
     kind.files.push_back({files[i].filename().string(), fs::file_size(files[i]), digests[i], RecordsOf(files[i])});
   }
   return kind;
+}
+
+BackupKind DescribeBroken(const ModuleRun& run, const std::string& why) {
+  return {.module = run.module.name,
+          .asked = run.mode,
+          .ran = run.mode_after,
+          .anchor = "",
+          .code = run.code,
+          .result = why,
+          .advice = "",
+          .succeeded = false,
+          .is_told = !run.IsDropped(),
+          .files = {}};
 }
 
 Json ToJson(const BackupKind& kind) {
@@ -90,6 +107,7 @@ Json ToJson(const BackupKind& kind) {
           {"anchor", kind.anchor},
           {"code", kind.code},
           {"result", kind.result},
+          {"advice", kind.advice},
           {"succeeded", kind.succeeded},
           {"told", kind.is_told},
           {"files", files}};

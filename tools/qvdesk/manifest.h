@@ -30,6 +30,7 @@ struct BackupKind {
   std::string anchor;  ///< Handed out by the export; empty when there is none to present.
   std::uint32_t code = 0;
   std::string result;  ///< In words.
+  std::string advice;  ///< What to look at when it failed; may be empty.
   bool succeeded = false;
   bool is_told = true;  ///< Otherwise the handset reports success whatever happened.
   std::vector<BackupFile> files;
@@ -37,8 +38,11 @@ struct BackupKind {
 
 using Manifest = std::vector<BackupKind>;
 
-/// Of one export, whose files lie in `folder` now. Throws std::runtime_error when they cannot be read.
+/// Of one export, whose files lie in `folder` now. One that left no file failed, whatever the handset says of it.
+/// Throws std::runtime_error when they cannot be read.
 BackupKind Describe(const ModuleRun& run, const std::filesystem::path& folder);
+/// Of one that could not be made or fetched.
+BackupKind DescribeBroken(const ModuleRun& run, const std::string& why);
 
 Json ToJson(const BackupKind& kind);
 Json ToJson(const Manifest& manifest);

@@ -55,18 +55,19 @@ void ModuleRun::MakeOnHandset(const Phone& phone) {
   code = function(module.id, directory.c_str());
 }
 
-std::vector<Reading> ModuleRun::Readings() const {
-  return ReadingsOf(code, {.module = &module, .direction = direction, .mode = mode_after});
+Reading ModuleRun::Outcome() const {
+  const std::vector<Reading> readings =
+      ReadingsOf(code, {.module = &module, .direction = direction, .mode = mode_after});
+  if (!readings.empty()) return readings.front();
+  return {.runs = "", .what = "unknown: no module of this build answers so"};
 }
 
 std::string ModuleRun::Result(const std::string& indent) const {
-  const std::vector<Reading> readings = Readings();
-  return readings.empty() ? "unknown: no module of this build answers so" : Describe(readings.front(), indent);
+  return Describe(Outcome(), indent);
 }
 
 bool ModuleRun::IsSuccess() const {
-  const std::vector<Reading> readings = Readings();
-  return !readings.empty() && readings.front().is_success;
+  return Outcome().is_success;
 }
 
 bool ModuleRun::IsDropped() const {

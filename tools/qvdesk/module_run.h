@@ -28,8 +28,9 @@ struct ModuleRun {
   /// answer as agreed.
   void Make(const Phone& phone);
 
-  std::vector<Reading> Readings() const;
-  /// The first of the readings in words, with what to look at on a line that begins with `indent`.
+  /// The first of the readings.
+  Reading Outcome() const;
+  /// The same in words, with what to look at on a line that begins with `indent`.
   std::string Result(const std::string& indent) const;
   bool IsSuccess() const;
   /// The entry point says nothing of the module's result.

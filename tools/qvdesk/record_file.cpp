@@ -28,7 +28,6 @@ using qv::layout::RecordLayout;
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr char kReads[] = "reads";
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kEquals = " = ";
 /// By qv::Operation.

@@ -33,8 +33,11 @@ struct RecordFile {
 RecordFile ParseRecords(const qv::layout::RecordLayout& layout, std::span<const std::uint8_t> bytes,
                         std::uint32_t stride = 0);
 
+/// Under this name a record has, for people only, what words and dates some of its numbers mean.
+inline constexpr char kReads[] = "reads";
+
 /// Every field by name, the items as arrays by their run's name, those of a form of their own as objects, blocks as
-/// block_value.h says. Under "reads", for people only: what words and dates some of the numbers mean.
+/// block_value.h says, and kReads.
 Json ToJson(const qv::layout::RecordLayout& layout, const RecordView& record);
 /// The reverse, appended to `bytes`. Fields that are not given are zero, counts follow from the items. Throws
 /// std::runtime_error that names the field.

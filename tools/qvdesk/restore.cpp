@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,7 +33,7 @@ SyncMode ModeFor(const BackupKind& kind) {
   return kind.ran == SyncMode::kIncremental ? SyncMode::kIncremental : SyncMode::kReplace;
 }
 
-/// Null: there is none to be restored, because it is not as it was written.
+/// Nothing: the kind can be restored.
 std::optional<std::string> ReasonAgainst(const BackupKind& kind, const std::vector<std::string>& problems) {
   if (!problems.empty()) return "damaged in the backup, not restored";
   if (!kind.succeeded) return "its backup failed, not restored";
@@ -40,16 +41,15 @@ std::optional<std::string> ReasonAgainst(const BackupKind& kind, const std::vect
 }
 
 Json ToJson(const ModuleRun& run) {
-  return {{"module", run.module.name},
-          {"mode", static_cast<std::int32_t>(run.mode)},
-          {"code", run.code},
-          {"result", run.Result("  ")},
-          {"succeeded", run.IsSuccess()},
+  const Reading outcome = run.Outcome();
+  return {{"module", run.module.name}, {"mode", static_cast<std::int32_t>(run.mode)},
+          {"code", run.code},          {"result", outcome.what},
+          {"advice", outcome.advice},  {"succeeded", outcome.is_success},
           {"told", !run.IsDropped()}};
 }
 
 Json ToJson(const BackupKind& kind, const std::vector<std::string>& problems) {
-  return {{"module", kind.module}, {"succeeded", problems.empty()}, {"problems", problems}};
+  return {{"module", kind.module}, {"succeeded", kind.succeeded && problems.empty()}, {"problems", problems}};
 }
 
 void Recover(const Phone& phone, const BackupKind& kind, DesktopState& state, const ExchangeFolder& exchange,
@@ -65,8 +65,9 @@ void Recover(const Phone& phone, const BackupKind& kind, DesktopState& state, co
     run.Make(phone);
   }
   if (run.AnchorCounts()) state.SetAnchor(module.name, run.anchor_after);
-  if (!run.IsSuccess()) {
-    report.Failed(module.name, fmt::format("0x{:08x} {}", run.code, run.Result("      ")), ToJson(run));
+  if (const Reading outcome = run.Outcome(); !outcome.is_success) {
+    report.Failed(module.name, fmt::format("0x{:08x} {}", run.code, outcome.what), ToJson(run),
+                  LinesOf(outcome.advice));
     return;
   }
   const char* const doubt = run.IsDropped() ? ", as far as can be told: the handset reports success in any case" : "";
@@ -80,31 +81,38 @@ int Restore(const Options& options) {
   const ExchangeFolder exchange;
   KindReport report(options.json);
   for (const BackupKind& kind : chosen) {
-    const std::vector<std::string> problems = Verify(kind, options.backup);
-    if (const auto reason = ReasonAgainst(kind, problems)) {
-      report.Failed(kind.module, *reason, ToJson(kind, problems), problems);
-      continue;
-    }
-    exchange.Empty();
-    exchange.Put(kind, options.backup);
-    Recover(phone, kind, state, exchange, report);
+    report.Attempt(kind.module, [&] {
+      const std::vector<std::string> problems = Verify(kind, options.backup);
+      if (const auto reason = ReasonAgainst(kind, problems)) {
+        return report.Failed(kind.module, *reason, ToJson(kind, problems), problems);
+      }
+      exchange.Empty();
+      exchange.Put(kind, options.backup);
+      Recover(phone, kind, state, exchange, report);
+    });
   }
   state.Save();
   return report.End("restored");
 }
 
+void VerifyOne(const BackupKind& kind, const fs::path& backup, KindReport& report) {
+  const std::vector<std::string> problems = Verify(kind, backup);
+  const Json json = ToJson(kind, problems);
+  if (!problems.empty()) {
+    report.Failed(kind.module, "not as it was written", json, problems);
+  } else if (!kind.succeeded) {
+    report.Failed(kind.module, "its backup failed: " + kind.result, json);
+  } else {
+    report.Succeeded(kind.module, ContentsOf(kind), json);
+  }
+}
+
 int VerifyAll(const Options& options) {
   KindReport report(options.json);
   for (const BackupKind& kind : ChosenOf(ReadManifest(options.backup), options.modules)) {
-    const std::vector<std::string> problems = Verify(kind, options.backup);
-    const Json json = ToJson(kind, problems);
-    if (problems.empty()) {
-      report.Succeeded(kind.module, ContentsOf(kind), json);
-    } else {
-      report.Failed(kind.module, "not as it was written", json, problems);
-    }
+    report.Attempt(kind.module, [&] { VerifyOne(kind, options.backup, report); });
   }
-  return report.End("as they were written");
+  return report.End("whole");
 }
 
 void AddOptions(CLI::App& command, Options& options) {
@@ -119,8 +127,10 @@ void AddRestore(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "restore",
       "Recovers a backup to a phone, every kind or those that are named: what the phone holds of a kind gives way to "
-      "the backup's; what \"sync\" wrote is applied as changes. A kind whose files are not as the manifest says is "
-      "left alone. A kind that fails does not stop the others; it is named at the end, and the exit status is then 1.");
+      "the backup's, but for e-mails, which are added. What \"sync\" wrote is applied as changes, and these name "
+      "records by their ids on the phone that they come from: restore them to no other. A kind whose files are not as "
+      "the manifest says is left alone. A kind that fails does not stop the others; it is named at the end, and the "
+      "exit status is then 1.");
   auto options = std::make_shared<Options>();
   AddOptions(*command, *options);
   AddPhoneOptions(*command, options->phone);
@@ -132,7 +142,8 @@ void AddVerify(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "verify",
       "Compares a backup's files with its manifest: each must be there with its size and its SHA-256, and no other. "
-      "The exit status is 1 when a kind is not as it was written.");
+      "A kind that is not as it was written, or whose export had failed, is named at the end, and the exit status is "
+      "then 1.");
   auto options = std::make_shared<Options>();
   AddOptions(*command, *options);
   command->footer("Example:\n  qvdesk verify /tmp/monday");

@@ -106,20 +106,29 @@ inline constexpr StepWords kStepWords[] = {
     {Direction::kRecover, Modes::kAny, kIdMapWritten, "writing the id map"},
 };
 
+// What a recover chooses where the contact had nothing chosen, and what it does not take. Of a type or flag 0 that it
+// chooses 128 is left, which an export takes for a plain value.
+inline constexpr const char* kNumberNotRestored[] = {"number_type_", "default_number"};
+inline constexpr const char* kFlagsNotRestored[] = {"first_flag", "second_flag", "chosen_flag"};
+inline constexpr const char* kDatesNotRestored[] = {"first_date_", "second_date_"};
+
 /// What the fields that no table can say follow from, for those who read the forms.
 inline constexpr RuleWords kRules[] = {
     {&kContactLayout, "first_date_mark, second_date_mark: an export writes 14; a recover does not read them."},
     {&kContactLayout,
      "default_number: an export looks for the first number_type above 128, writes its number (1 to 8) here, and the "
      "type without the 128; 0 when there is none. A recover adds 128 to the type of this number or, when the field is "
-     "not 1 to 8, to that of the first number that has a text."},
+     "not 1 to 8, to that of the first number that has a text.",
+     kNumberNotRestored},
     {&kContactLayout,
      "chosen_flag: an export that finds first_flag above 128 writes 1 here, and the flag without the 128; second_flag "
      "travels as it is. A recover adds 128 to the first flag for 1 and to the second for 2; for anything else to the "
-     "first if text_860 is not empty, or else to the second if text_990 is not empty."},
+     "first if text_860 is not empty, or else to the second if text_990 is not empty.",
+     kFlagsNotRestored},
     {&kContactLayout,
      "The dates: an export copies them. A recover takes neither when the first date's year is 1900, its month is 1 or "
-     "its day is 1."},
+     "its day is 1.",
+     kDatesNotRestored},
     {&kContactLayout,
      "The reminders: the store has 100 for on and 0 for off; an export writes 1 for anything above 0. A recover sets "
      "each only when its date's year, month and day are not 0."},

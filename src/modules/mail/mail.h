@@ -37,11 +37,14 @@ inline constexpr char16_t kMessageFile[] = u"%d.eml";
 inline constexpr char16_t kMessagePath[] = u"\\dbdata\\mail\\file\\%d.eml";
 inline constexpr char16_t kMessagePathOnCard[] = u"\\SD\\mail\\file\\%d.eml";
 
+inline constexpr const char* kPlaceNotRestored[] = {"on_card", "path"};
+
 inline constexpr RuleWords kRules[] = {
     {&kHeaderLayout,
      "path: where the message's file lies on the handset, \\SD\\mail\\file\\N.eml when on_card is not 0, and "
      "\\dbdata\\mail\\file\\N.eml otherwise, N being the message's id. A recover does not read it, and leaves on_card "
-     "0."},
+     "0.",
+     kPlaceNotRestored},
     {&kHeaderLayout, "The message itself travels beside the tables as the file N.eml."},
     {&kAddressLayout, "A recover looks addresses up by the low 8 bits of a message's id."},
     {&kConfigLayout,

@@ -85,6 +85,8 @@ inline constexpr WholeList kWholeLists[] = {
      .set = {u"UMAIL_WriteAllSenderAppointRecs", {Argument::kCount, Argument::kRecords}}},
 };
 
+inline constexpr const char* kTextNotRestored[] = {"text"};
+
 inline constexpr RuleWords kRules[] = {
     {&kMailLayout, "table: 0 of a mail received, 1 of one sent."},
     {&kMailLayout,
@@ -96,7 +98,8 @@ inline constexpr RuleWords kRules[] = {
     {&kMailLayout,
      "text: in the store at the address that stands at 768, in as many bytes of the handset's 8-bit code page as 772 "
      "says. A recover hands over one byte for each character, of which it fills the first 4 at most; the others are "
-     "0."},
+     "0.",
+     kTextNotRestored},
     {&kRuleLayout, "There are at most 30; those behind them are not taken."},
 };
 

@@ -4,6 +4,7 @@
 #define QV_MODULES_ORGANIZER_CARD_READER_H
 
 #include "modules/organizer/card_reader_layout.h"
+#include "sync/form_rules.h"
 #include "sync/procedure.h"
 
 namespace qv::card_reader {
@@ -48,6 +49,13 @@ inline constexpr ModuleFacts kFacts = {
     .erase_all = {u"CR_Sync_DeleteAllCardRecord", {}, kSuccess},
     .emptied_by = EmptiedBy::kAllButAdding,
     .tables_of_changes = TablesOfChanges::kIgnoredToDelete,
+};
+
+inline constexpr const char* kTimeNotRestored[] = {"time"};
+
+inline constexpr RuleWords kRules[] = {
+    {&kCardLayout, "time: when the card was last modified; a store may take the time of a recover instead.",
+     kTimeNotRestored},
 };
 
 }  // namespace qv::card_reader
