@@ -85,7 +85,7 @@ inline constexpr WholeList kWholeLists[] = {
      .set = {u"UMAIL_WriteAllSenderAppointRecs", {Argument::kCount, Argument::kRecords}}},
 };
 
-inline constexpr const char* kTextNotRestored[] = {"text"};
+inline constexpr const char* kTextNotRestored[] = {"text", "text_length"};
 
 inline constexpr RuleWords kRules[] = {
     {&kMailLayout, "table: 0 of a mail received, 1 of one sent."},
