@@ -50,7 +50,8 @@ MAIL_STORE = """
 """.split()
 
 SOURCE_TREE = str(pathlib.Path(__file__).resolve().parents[2]).encode()
-MACHINE_PATH = re.compile(re.escape(SOURCE_TREE) + rb"|/(?:home|root|usr|tmp|var|opt|mnt|srv)/|[A-Za-z]:\\")
+# A drive alone is no path: code can look like one.
+MACHINE_PATH = re.compile(re.escape(SOURCE_TREE) + rb"|/(?:home|root|usr|tmp|var|opt|mnt|srv)/|[A-Za-z]:\\[\w.-]{3}")
 
 RELOCATION_ABSOLUTE, RELOCATION_HIGHLOW = 0, 3
 SECTION_EXECUTABLE, SECTION_WRITABLE = 0x20000000, 0x80000000
