@@ -73,7 +73,7 @@ void Convert(std::span<const Field> fields, Slot Field::*from, const std::uint8_
 std::uint32_t LoadSlot(const Slot& slot, const std::uint8_t* record) {
   const std::uint32_t number = LoadNumber(record + slot.offset, slot.size) >> slot.shift & LargestNumber(slot);
   if (slot.form != Form::kSigned) return number;
-  const std::uint32_t sign = 1u << (8 * slot.size - 1);
+  const std::uint32_t sign = LargestNumber(slot) / 2 + 1;
   return (number ^ sign) - sign;
 }
 

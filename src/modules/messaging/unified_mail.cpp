@@ -27,7 +27,7 @@ class StoreBlock {
 
 Result WriteList(const char16_t* path, const WholeList& list, const std::uint8_t* entries, std::uint32_t count) {
   if (count != 0 && entries == nullptr) return Result::kReadFailed;
-  if (count > std::size_t(-1) / list.entry_size) return Result::kReadFailed;
+  if (count > static_cast<std::size_t>(-1) / list.entry_size) return Result::kReadFailed;
   File file = File::CreateAlways(path);
   const bool written = file.IsOpen() && (count == 0 || file.Write(entries, std::size_t{count} * list.entry_size));
   return written ? Result::kOk : Result::kFileFailed;
