@@ -11,6 +11,9 @@
 namespace qv_test {
 namespace {
 
+/// No system maps anything below it, so that null and what is near it is no address.
+constexpr std::uint32_t kFirstPage = 0x1000;
+
 struct Binding {
   ScriptedRecordStore* store = nullptr;
   const ScriptedEntryPoint* entry_point = nullptr;
@@ -36,7 +39,7 @@ class ScriptedRecordStore::Call {
   template <typename Value>
   Value* Place(Argument argument) const {
     auto* const place = reinterpret_cast<Value*>(std::uintptr_t{Number(argument)});
-    EXPECT_GE(Number(argument), 0x10000u) << entry_point_.told << " was handed no address";
+    EXPECT_GE(Number(argument), kFirstPage) << entry_point_.told << " was handed no address";
     ExpectAligned(entry_point_.told, place);
     return place;
   }

@@ -78,7 +78,7 @@ BackupKind Export(const Phone& phone, const ExchangeFolder& exchange, ModuleRun&
 std::string WhatCameOf(const BackupKind& kind) {
   std::string what = ContentsOf(kind);
   if (kind.ran != kind.asked) what += fmt::format(", {}: the handset does not know our anchor", Describe(kind.ran));
-  return kind.is_told ? what : what + ", as far as can be told: the handset reports success in any case";
+  return kind.is_told ? what : what + kAsFarAsCanBeTold;
 }
 
 void Tell(const BackupKind& kind, KindReport& report) {

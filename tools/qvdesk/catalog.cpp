@@ -187,9 +187,8 @@ std::span<const BuiltModule> BuiltModules() {
   return kBuiltModules;
 }
 
-const BuiltModule* FindBuiltModule(std::int32_t id) {
-  const auto found = std::ranges::find(kBuiltModules, id, &BuiltModule::id);
-  return found == std::end(kBuiltModules) ? nullptr : &*found;
+const BuiltModule& BuiltModuleOf(std::int32_t id) {
+  return *std::ranges::find(kBuiltModules, id, &BuiltModule::id);
 }
 
 const qv::ModuleRow& RowOf(std::int32_t id) {

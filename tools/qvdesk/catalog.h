@@ -46,7 +46,7 @@ struct OwnCalls {
   std::span<const CallWords> calls;  ///< In the order in which they are made.
 };
 
-/// A module that this build has. What its names leave out it does without: an anchor, a change list, an id map.
+/// A module, as the agent has it. What its names leave out it does without: an anchor, a change list, an id map.
 struct BuiltModule {
   std::int32_t id;
   const qv::ModuleNames& names;
@@ -64,8 +64,8 @@ struct BuiltModule {
 };
 
 std::span<const BuiltModule> BuiltModules();
-/// Null for a module that this build lacks.
-const BuiltModule* FindBuiltModule(std::int32_t id);
+/// Of a module of the agent's table, each of which is built.
+const BuiltModule& BuiltModuleOf(std::int32_t id);
 
 /// By name, without regard to case, or by number. Throws UsageError that lists the names.
 const qv::ModuleRow& ParseModule(const std::string& text);

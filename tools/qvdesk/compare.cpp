@@ -139,9 +139,8 @@ struct LeftOut {
 };
 
 LeftOut LeftOutOf(const std::string& kind, const Options& options) {
-  const BuiltModule* const module = FindBuiltModule(ParseModule(kind).id);
-  if (module == nullptr) return {};
-  return {NotExported(*module), options.restored ? NotRestored(*module) : std::vector<RecordFields>()};
+  const BuiltModule& module = BuiltModuleOf(ParseModule(kind).id);
+  return {NotExported(module), options.restored ? NotRestored(module) : std::vector<RecordFields>()};
 }
 
 Json ToJson(const std::vector<RecordFields>& fields) {

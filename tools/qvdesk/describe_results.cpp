@@ -84,16 +84,15 @@ const char* Describe(qv::Report report) {
 std::string Reports() {
   std::string text =
       "## What each entry point reports\n\n"
-      "| Module | Name | Data | `fnQV_ExportTabs` | `fnQV_RecovTabs` | `qv_ExportTabs` | `qv_RecovTabs` | Built |\n"
-      "|---:|---|---|---|---|---|---|---|\n";
+      "| Module | Name | Data | `fnQV_ExportTabs` | `fnQV_RecovTabs` | `qv_ExportTabs` | `qv_RecovTabs` |\n"
+      "|---:|---|---|---|---|---|---|\n";
   for (const qv::ModuleRow& row : qv::kModuleTable) {
-    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, row.data,
+    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, row.data,
                         Describe(row.desktop_export), Describe(row.desktop_recover), Describe(row.local_export),
-                        Describe(row.local_recover), FindBuiltModule(row.id) != nullptr ? "yes" : "no");
+                        Describe(row.local_recover));
   }
   return text +
-         "\nA module that is not in this build answers like one whose store library does not load.\n\n"
-         "## Steps, by module\n\n"
+         "\n## Steps, by module\n\n"
          "The flags from 0x01000000 up are an enumeration, not bits: the same flag names different steps in different\n"
          "modules, directions and modes. 0x00100000 and 0x00200000 come alone or joined to one of them.\n\n";
 }

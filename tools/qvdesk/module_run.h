@@ -12,6 +12,9 @@
 
 namespace qvdesk {
 
+/// What success is worth where the entry point says nothing of the module's result.
+inline constexpr char kAsFarAsCanBeTold[] = ", as far as can be told: the handset reports success in any case";
+
 /// As it was asked for, and as the handset answered.
 struct ModuleRun {
   qv::Direction direction;

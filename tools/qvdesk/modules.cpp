@@ -1,4 +1,4 @@
-// "modules": what kinds of data there are, and what this build knows of each.
+// "modules": what kinds of data there are, and what is known of each.
 #include <fmt/format.h>
 
 #include <memory>
@@ -14,24 +14,22 @@ namespace qvdesk {
 namespace {
 
 std::vector<std::string> Row(const qv::ModuleRow& module) {
-  const BuiltModule* const built = FindBuiltModule(module.id);
-  if (built == nullptr) return {std::to_string(module.id), module.name, module.data, "no", "", "", ""};
+  const BuiltModule& built = BuiltModuleOf(module.id);
   std::string files;
   for (const FileForm& form : FileForms()) {
-    if (form.module == built) files += (files.empty() ? "" : ", ") + form.name;
+    if (form.module == &built) files += (files.empty() ? "" : ", ") + form.name;
   }
-  const char16_t* const anchor_key = built->names.anchor_key;
+  const char16_t* const anchor_key = built.names.anchor_key;
   return {std::to_string(module.id),
           module.name,
           module.data,
-          "yes",
-          ToUtf8(built->names.store_library),
+          ToUtf8(built.names.store_library),
           anchor_key == nullptr ? "" : ToUtf8(anchor_key),
           files};
 }
 
 int ListModules() {
-  TextTable table{.header = {"number", "name", "data", "built", "store library", "anchor key", "files"}, .rows = {}};
+  TextTable table{.header = {"number", "name", "data", "store library", "anchor key", "files"}, .rows = {}};
   for (const qv::ModuleRow& module : qv::kModuleTable) table.rows.push_back(Row(module));
   fmt::print("{}", table.Render(std::string::npos));  // A file name that is cut tells nobody anything.
   return kSuccess;
@@ -42,8 +40,8 @@ int ListModules() {
 void AddModules(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "modules",
-      "Lists the sixteen kinds of data: number and name for \"export\" and \"recover\", what the data is, whether this "
-      "build handles the module, the store library it needs on the handset, its key in the anchor file and its files.");
+      "Lists the sixteen kinds of data: number and name for \"export\" and \"recover\", what the data is, the store "
+      "library it needs on the handset, its key in the anchor file and its files.");
   command->footer("Example:\n  qvdesk modules");
   command->callback([&status] { status = ListModules(); });
 }

@@ -155,8 +155,10 @@ bool TellsFailures(const qv::ModuleRow& row, Direction direction) {
 }
 
 std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
-  const BuiltModule* const built = run.module == nullptr ? nullptr : FindBuiltModule(run.module->id);
-  if (built != nullptr && built->counted != nullptr) return CountsOf(result, *built, run);
+  if (run.module != nullptr) {
+    const BuiltModule& module = BuiltModuleOf(run.module->id);
+    if (module.counted != nullptr) return CountsOf(result, module, run);
+  }
   const CodeParts parts(result);
   std::vector<Reading> readings;
   const qv::CodeWords* const words = FindWords(parts.code);
@@ -165,11 +167,8 @@ std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
   for (const Direction direction : kDirections) {
     if (!FitsEntry(parts, direction, run) || !ComesFrom(words->directions, direction)) continue;
     if (run.module != nullptr && result != 0 && !IsReported(*run.module, direction, parts.entry_flag)) continue;
-    const bool every_module = without_step && run.module == nullptr;
-    const bool not_built = run.module != nullptr && built == nullptr;
-    if (every_module || (not_built && without_step)) {
-      const char* const name = every_module ? "any module" : run.module->name;
-      readings.push_back(ReadingOf(fmt::format("{}, {}", name, NameOf(direction)), "", *words));
+    if (without_step && run.module == nullptr) {
+      readings.push_back(ReadingOf(fmt::format("any module, {}", NameOf(direction)), "", *words));
       continue;
     }
     for (const BuiltModule& module : BuiltModules()) {

@@ -70,7 +70,7 @@ void Recover(const Phone& phone, const BackupKind& kind, DesktopState& state, co
                   LinesOf(outcome.advice));
     return;
   }
-  const char* const doubt = run.IsDropped() ? ", as far as can be told: the handset reports success in any case" : "";
+  const char* const doubt = run.IsDropped() ? kAsFarAsCanBeTold : "";
   report.Succeeded(module.name, fmt::format("{}, {}{}", ContentsOf(kind), Describe(run.mode), doubt), ToJson(run));
 }
 

@@ -33,8 +33,9 @@ constexpr char kMessageTrace[] = "\xCC\xED\xBC\xD3MAILInfo\xB3\xF6\xB4\xED\xC1\x
 /// The id that the library gives accounts which it does not tell apart.
 constexpr int kSharedAccountId = 100;
 
-/// Folders of these kinds have filters.
-constexpr std::uint32_t kKindsWithFilters[] = {0, 5};
+constexpr bool HasFilters(std::uint32_t folder_kind) {
+  return folder_kind == 0 || folder_kind == 5;
+}
 
 /// Filters of a whole account name this folder.
 constexpr std::uint32_t kNoFolder = 0;
@@ -164,9 +165,7 @@ class MailRecover {
     int new_id = 0;
     const long result = mail_store::Sync_SetFolderInfo(database_.get(), folder, account.id, &new_id);
     TraceIfFailed(result, kFolderTrace, account.id);
-    for (const std::uint32_t with_filters : kKindsWithFilters) {
-      if (kind == with_filters) ApplyFolderFilters(account, owner, new_id);
-    }
+    if (HasFilters(kind)) ApplyFolderFilters(account, owner, new_id);
     ApplyMessages(account, owner, new_id, present);
   }
 
