@@ -58,7 +58,7 @@ TEST_F(Usage, MistakesExitWithTwoAndExplainThemselvesOnStderr) {
   }
 }
 
-TEST_F(Usage, ModulesListsAllSixteenAndWhatTheBuiltOnesNeed) {
+TEST_F(Usage, ModulesListsAllSixteenAndWhatTheyNeed) {
   const std::string modules = Done({"modules"});
   for (const char* const text : {"contacts", "contacts, groups, pictures", "clock-settings", "ContactStore.dll",
                                  "lkmcmd.tbl", "SchedStore.dll", "SCHEDULE", "schedcmd.tbl", "schegroup.log",

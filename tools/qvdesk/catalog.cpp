@@ -1,4 +1,4 @@
-// The one list of built modules, and what follows from it.
+// The one list of modules, and what follows from it.
 #include "tools/qvdesk/catalog.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ constexpr RecordsOfAFile kClockFile[] = {
 };
 
 /// In the order of their numbers. A new module is one line here.
-constexpr BuiltModule kBuiltModules[] = {
+constexpr Module kModules[] = {
     {.id = 1,
      .names = qv::contacts::kNames,
      .facts = &qv::contacts::kFacts,
@@ -118,22 +118,22 @@ std::string FileName(std::string_view path) {
 }
 
 /// `path`: null for what a module does without.
-void AddFile(std::vector<FileForm>& forms, FileKind kind, const qv::layout::RecordLayout* layout,
-             const BuiltModule* module, const char16_t* path) {
+void AddFile(std::vector<FileForm>& forms, FileKind kind, const qv::layout::RecordLayout* layout, const Module* module,
+             const char16_t* path) {
   if (path == nullptr) return;
   const std::string utf8 = ToUtf8(path);
   const bool is_kept_on_handset = kind == FileKind::kSnapshot || kind == FileKind::kAnchors;
   forms.push_back({FileName(utf8), kind, layout, module, is_kept_on_handset ? utf8 : FileName(utf8)});
 }
 
-void AddTable(std::vector<FileForm>& forms, const BuiltModule& module, const qv::TableNames& table) {
+void AddTable(std::vector<FileForm>& forms, const Module& module, const qv::TableNames& table) {
   if (table.exchange_file == nullptr) return;
   AddFile(forms, FileKind::kTable, table.layout, &module, table.exchange_file);
   forms.back().incremental_stride = table.incremental_stride;
   if (table.layout == module.columns.form) forms.back().columns = module.columns.choose;
 }
 
-void AddTables(std::vector<FileForm>& forms, const BuiltModule& module) {
+void AddTables(std::vector<FileForm>& forms, const Module& module) {
   if (module.whole_file.empty()) {
     for (const qv::TableNames& table : module.names.tables) AddTable(forms, module, table);
     return;
@@ -142,7 +142,7 @@ void AddTables(std::vector<FileForm>& forms, const BuiltModule& module) {
   AddFile(forms, FileKind::kTable, &WholeFileLayout(RowOf(module.id).name, module.whole_file), &module, file);
 }
 
-void AddMessageFile(std::vector<FileForm>& forms, const BuiltModule& module) {
+void AddMessageFile(std::vector<FileForm>& forms, const Module& module) {
   if (module.message_file == nullptr) return;
   const std::string name = NumberedName(module.message_file, kNumber);
   forms.push_back({name, FileKind::kMessage, nullptr, &module, name});
@@ -150,7 +150,7 @@ void AddMessageFile(std::vector<FileForm>& forms, const BuiltModule& module) {
 
 std::vector<FileForm> CollectForms() {
   std::vector<FileForm> forms;
-  for (const BuiltModule& module : kBuiltModules) {
+  for (const Module& module : kModules) {
     AddTables(forms, module);
     AddFile(forms, module.config_sections.empty() ? FileKind::kBlock : FileKind::kSections, nullptr, &module,
             module.config_file);
@@ -183,12 +183,12 @@ bool IsOf(const FileForm& form, std::string_view name) {
 
 }  // namespace
 
-std::span<const BuiltModule> BuiltModules() {
-  return kBuiltModules;
+std::span<const Module> Modules() {
+  return kModules;
 }
 
-const BuiltModule& BuiltModuleOf(std::int32_t id) {
-  return *std::ranges::find(kBuiltModules, id, &BuiltModule::id);
+const Module& ModuleOf(std::int32_t id) {
+  return *std::ranges::find(kModules, id, &Module::id);
 }
 
 const qv::ModuleRow& RowOf(std::int32_t id) {

@@ -47,7 +47,7 @@ struct OwnCalls {
 };
 
 /// A module, as the agent has it. What its names leave out it does without: an anchor, a change list, an id map.
-struct BuiltModule {
+struct Module {
   std::int32_t id;
   const qv::ModuleNames& names;
   const qv::ModuleFacts* facts = nullptr;  ///< Null for a module that follows no procedure.
@@ -63,9 +63,9 @@ struct BuiltModule {
   const char* counted = nullptr;  ///< Its results are no codes but how many of these a recover handed over: "message".
 };
 
-std::span<const BuiltModule> BuiltModules();
-/// Of a module of the agent's table, each of which is built.
-const BuiltModule& BuiltModuleOf(std::int32_t id);
+std::span<const Module> Modules();
+/// Of a number in the agent's module table.
+const Module& ModuleOf(std::int32_t id);
 
 /// By name, without regard to case, or by number. Throws UsageError that lists the names.
 const qv::ModuleRow& ParseModule(const std::string& text);
@@ -78,7 +78,7 @@ struct FileForm {
   std::string name;  ///< What --as and encode take. Of files that are numbered it has an N for the number: "N.eml".
   FileKind kind;
   const qv::layout::RecordLayout* layout;  ///< Null for what is not records back to back.
-  const BuiltModule* module;               ///< Null for a form that is the same in all modules.
+  const Module* module;                    ///< Null for a form that is the same in all modules.
   std::string path;  ///< On the handset: absolute, or a file name in the exchange directory. Empty for such a form.
   std::uint32_t incremental_stride = 0;  ///< As in qv::TableNames.
   ChooseColumns* columns = nullptr;      ///< Null: as of any form.

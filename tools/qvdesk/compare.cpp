@@ -139,7 +139,7 @@ struct LeftOut {
 };
 
 LeftOut LeftOutOf(const std::string& kind, const Options& options) {
-  const BuiltModule& module = BuiltModuleOf(ParseModule(kind).id);
+  const Module& module = ModuleOf(ParseModule(kind).id);
   return {NotExported(module), options.restored ? NotRestored(module) : std::vector<RecordFields>()};
 }
 

@@ -88,7 +88,7 @@ std::string Tables(const qv::ModuleFacts& facts) {
   return text;
 }
 
-std::string Heading(const BuiltModule& module) {
+std::string Heading(const Module& module) {
   return fmt::format("## {}: {}\n\n", ToUtf8(module.names.store_library), RowOf(module.id).name);
 }
 
@@ -108,7 +108,7 @@ std::string ByFacts(const qv::ModuleFacts& facts) {
 }
 
 /// Of a module without facts.
-std::string InWords(const BuiltModule& module) {
+std::string InWords(const Module& module) {
   std::string text = fmt::format("{}\n\n", module.own_calls.introduction);
   for (const qv::TableNames& table : module.names.tables) {
     text += fmt::format("- {}: record of {} bytes.\n", table.layout->name, table.layout->store_size);
@@ -125,7 +125,7 @@ std::string InWords(const BuiltModule& module) {
 
 std::string DescribeCalls() {
   std::string text = kIntroduction;
-  for (const BuiltModule& module : BuiltModules()) {
+  for (const Module& module : Modules()) {
     text += Heading(module) + (module.facts != nullptr ? ByFacts(*module.facts) : InWords(module)) + "\n";
   }
   text.pop_back();

@@ -170,7 +170,7 @@ std::string NameAt(const RecordLayout& layout, const Slot& exchange) {
 }
 
 /// What the procedure does with a record besides converting it.
-std::string ProcedureRules(const BuiltModule& module, const RecordLayout* layout) {
+std::string ProcedureRules(const Module& module, const RecordLayout* layout) {
   if (module.facts == nullptr) return "";
   std::string text;
   for (std::size_t i = 0; i < module.facts->tables.size(); ++i) {
@@ -188,7 +188,7 @@ std::string ProcedureRules(const BuiltModule& module, const RecordLayout* layout
 }
 
 /// What the fields' table refers to by "by a rule", and what else no table says.
-std::string Rules(const BuiltModule& module, const RecordLayout* layout) {
+std::string Rules(const Module& module, const RecordLayout* layout) {
   std::string text = ProcedureRules(module, layout);
   for (const qv::RuleWords& rule : module.rules) {
     if (rule.layout == layout) text += fmt::format("- {}\n", rule.rule);
@@ -255,7 +255,7 @@ std::string FormOf(const FileForm& form) {
   }
 }
 
-std::string Module(const BuiltModule& module) {
+std::string SectionOf(const Module& module) {
   const qv::ModuleRow& row = RowOf(module.id);
   const std::string anchor = module.names.anchor_key == nullptr
                                  ? "no anchor"
@@ -317,7 +317,7 @@ std::string Anchors() {
 
 std::string DescribeFormats() {
   std::string text = kIntroduction + Blocks();
-  for (const BuiltModule& module : BuiltModules()) text += Module(module);
+  for (const Module& module : Modules()) text += SectionOf(module);
   return text + Bookkeeping() + Anchors();
 }
 

@@ -87,9 +87,9 @@ std::string Reports() {
       "| Module | Name | Data | `fnQV_ExportTabs` | `fnQV_RecovTabs` | `qv_ExportTabs` | `qv_RecovTabs` |\n"
       "|---:|---|---|---|---|---|---|\n";
   for (const qv::ModuleRow& row : qv::kModuleTable) {
-    text += fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, row.data,
-                        Describe(row.desktop_export), Describe(row.desktop_recover), Describe(row.local_export),
-                        Describe(row.local_recover));
+    text +=
+        fmt::format("| {} | {} | {} | {} | {} | {} | {} |\n", row.id, row.name, row.data, Describe(row.desktop_export),
+                    Describe(row.desktop_recover), Describe(row.local_export), Describe(row.local_recover));
   }
   return text +
          "\n## Steps, by module\n\n"
@@ -97,7 +97,7 @@ std::string Reports() {
          "modules, directions and modes. 0x00100000 and 0x00200000 come alone or joined to one of them.\n\n";
 }
 
-std::string Steps(const BuiltModule& module) {
+std::string Steps(const Module& module) {
   std::string text = fmt::format("### {} {}\n\n", module.id, RowOf(module.id).name);
   if (module.counted != nullptr) {
     return text + fmt::format(
@@ -122,7 +122,7 @@ std::string Steps(const BuiltModule& module) {
 std::string DescribeResults() {
   std::string text = kIntroduction + EntryFlags() + Codes() + WithoutStep() + Reports();
   bool first = true;
-  for (const BuiltModule& module : BuiltModules()) {
+  for (const Module& module : Modules()) {
     text += fmt::format("{}{}", first ? "" : "\n", Steps(module));
     first = false;
   }

@@ -58,7 +58,7 @@ std::string DescribeEntryFlag(std::uint32_t flag) {
 /// Modules whose answer may be any number, when none is named.
 std::string Counted(const Run& run) {
   std::string text;
-  for (const BuiltModule& module : BuiltModules()) {
+  for (const Module& module : Modules()) {
     if (run.module != nullptr || module.counted == nullptr) continue;
     text += fmt::format(", unless it is a number of {0}s (--module {1})", module.counted, RowOf(module.id).name);
   }
@@ -89,11 +89,11 @@ int Explain(const Options& options) {
     return kSuccess;
   }
   std::fflush(stdout);
-  throw std::runtime_error(fmt::format(
-      "code 0x{:08x} is unknown: no module of this build answers so{}{}{}. \"qvdesk describe results\" lists all "
-      "codes.",
-      code, run.module || run.direction || run.mode ? " in such a run" : "",
-      not_told.empty() ? "" : fmt::format(": {}", not_told), parts.entry_flag == 0 ? Counted(run) : ""));
+  throw std::runtime_error(
+      fmt::format("code 0x{:08x} is unknown: no module answers so{}{}{}. \"qvdesk describe results\" lists all "
+                  "codes.",
+                  code, run.module || run.direction || run.mode ? " in such a run" : "",
+                  not_told.empty() ? "" : fmt::format(": {}", not_told), parts.entry_flag == 0 ? Counted(run) : ""));
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ Reading ModuleRun::Outcome() const {
   const std::vector<Reading> readings =
       ReadingsOf(code, {.module = &module, .direction = direction, .mode = mode_after});
   if (!readings.empty()) return readings.front();
-  return {.runs = "", .what = "unknown: no module of this build answers so"};
+  return {.runs = "", .what = "unknown: no module answers so"};
 }
 
 std::string ModuleRun::Result(const std::string& indent) const {

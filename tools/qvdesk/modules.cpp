@@ -13,24 +13,24 @@
 namespace qvdesk {
 namespace {
 
-std::vector<std::string> Row(const qv::ModuleRow& module) {
-  const BuiltModule& built = BuiltModuleOf(module.id);
+std::vector<std::string> Row(const qv::ModuleRow& row) {
+  const Module& module = ModuleOf(row.id);
   std::string files;
   for (const FileForm& form : FileForms()) {
-    if (form.module == &built) files += (files.empty() ? "" : ", ") + form.name;
+    if (form.module == &module) files += (files.empty() ? "" : ", ") + form.name;
   }
-  const char16_t* const anchor_key = built.names.anchor_key;
-  return {std::to_string(module.id),
-          module.name,
-          module.data,
-          ToUtf8(built.names.store_library),
+  const char16_t* const anchor_key = module.names.anchor_key;
+  return {std::to_string(row.id),
+          row.name,
+          row.data,
+          ToUtf8(module.names.store_library),
           anchor_key == nullptr ? "" : ToUtf8(anchor_key),
           files};
 }
 
 int ListModules() {
   TextTable table{.header = {"number", "name", "data", "store library", "anchor key", "files"}, .rows = {}};
-  for (const qv::ModuleRow& module : qv::kModuleTable) table.rows.push_back(Row(module));
+  for (const qv::ModuleRow& row : qv::kModuleTable) table.rows.push_back(Row(row));
   fmt::print("{}", table.Render(std::string::npos));  // A file name that is cut tells nobody anything.
   return kSuccess;
 }

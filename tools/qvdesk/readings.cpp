@@ -47,7 +47,7 @@ std::optional<std::string> StepsInWords(const CodeParts& parts, std::span<const 
   return words;
 }
 
-Reading AnyFailureOf(const std::string& runs, const BuiltModule& module) {
+Reading AnyFailureOf(const std::string& runs, const Module& module) {
   return {.runs = runs, .what = module.only_failure};
 }
 
@@ -60,7 +60,7 @@ Reading ReadingOf(const std::string& runs, const std::string& steps, const qv::C
 }
 
 /// The readings in one module and direction; modes that read the same are one reading.
-void AddReadings(const CodeParts& parts, const BuiltModule& module, Direction direction, const Run& run,
+void AddReadings(const CodeParts& parts, const Module& module, Direction direction, const Run& run,
                  const qv::CodeWords& words, std::vector<Reading>& readings) {
   const std::string where = fmt::format("{}, {}", RowOf(module.id).name, NameOf(direction));
   if (module.only_failure != nullptr && words.code == qv::Result::kStoreNotLoaded) {
@@ -105,7 +105,7 @@ bool IsReported(const qv::ModuleRow& row, Direction direction, std::uint32_t ent
 }
 
 /// Of a module whose results are no codes. Only a recover hands anything over.
-std::vector<Reading> CountsOf(std::uint32_t result, const BuiltModule& module, const Run& run) {
+std::vector<Reading> CountsOf(std::uint32_t result, const Module& module, const Run& run) {
   std::vector<Reading> readings;
   const CodeParts parts(result);
   for (const Direction direction : kDirections) {
@@ -156,7 +156,7 @@ bool TellsFailures(const qv::ModuleRow& row, Direction direction) {
 
 std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
   if (run.module != nullptr) {
-    const BuiltModule& module = BuiltModuleOf(run.module->id);
+    const Module& module = ModuleOf(run.module->id);
     if (module.counted != nullptr) return CountsOf(result, module, run);
   }
   const CodeParts parts(result);
@@ -171,7 +171,7 @@ std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run) {
       readings.push_back(ReadingOf(fmt::format("any module, {}", NameOf(direction)), "", *words));
       continue;
     }
-    for (const BuiltModule& module : BuiltModules()) {
+    for (const Module& module : Modules()) {
       if (module.counted != nullptr || (run.module != nullptr && run.module->id != module.id)) continue;
       AddReadings(parts, module, direction, run, *words, readings);
     }

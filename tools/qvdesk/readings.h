@@ -51,8 +51,8 @@ std::uint32_t EntryFlagOf(qv::Direction direction);
 /// Whether any entry point of the direction ever answers with a failure of the module.
 bool TellsFailures(const qv::ModuleRow& row, qv::Direction direction);
 
-/// Every reading of a code that fits what is known of the run and that the entry points can give. None: no module of
-/// this build answers so.
+/// Every reading of a code that fits what is known of the run and that the entry points can give. None: no module
+/// answers so.
 std::vector<Reading> ReadingsOf(std::uint32_t result, const Run& run);
 
 /// A reading as a paragraph, without the runs; what to look at on a line of its own that begins with `indent`.

@@ -20,7 +20,7 @@ constexpr std::size_t kValueWidth = 40;
 constexpr std::size_t kKeyWidth = 100;
 
 /// A record as its fields, without what only helps people read them.
-Json FieldsOf(const BuiltModule* module, const RecordLayout& layout, const RecordView& record, SameRecord same) {
+Json FieldsOf(const Module* module, const RecordLayout& layout, const RecordView& record, SameRecord same) {
   const Json all = ToJson(layout, record);
   Json fields = Json::object();
   for (const auto& [name, value] : all.items()) {
@@ -40,7 +40,7 @@ std::string IdOf(const RecordLayout& layout, const Json& fields) {
   return "";
 }
 
-void Add(const BuiltModule* module, const RecordLayout& layout, const RecordFile& file, SameRecord same,
+void Add(const Module* module, const RecordLayout& layout, const RecordFile& file, SameRecord same,
          FileRecords& records) {
   for (const RecordView& record : file.records) {
     Json fields = FieldsOf(module, layout, record, same);

@@ -20,7 +20,7 @@ bool Means(std::string_view pattern, std::string_view name) {
   return pattern.ends_with('_') ? name.starts_with(pattern) : name == pattern;
 }
 
-bool IsExcepted(const BuiltModule& module, const RecordLayout& layout, std::string_view name) {
+bool IsExcepted(const Module& module, const RecordLayout& layout, std::string_view name) {
   return std::ranges::any_of(module.rules, [&](const qv::RuleWords& rule) {
     return rule.layout == &layout &&
            std::ranges::any_of(rule.not_restored, [&](const char* pattern) { return Means(pattern, name); });
@@ -28,7 +28,7 @@ bool IsExcepted(const BuiltModule& module, const RecordLayout& layout, std::stri
 }
 
 /// Those of the module's tables, then those of its configuration.
-std::vector<const RecordLayout*> LayoutsOf(const BuiltModule& module) {
+std::vector<const RecordLayout*> LayoutsOf(const Module& module) {
   std::vector<const RecordLayout*> layouts;
   for (const qv::TableNames& table : module.names.tables) {
     if (table.layout != nullptr && std::ranges::find(layouts, table.layout) == layouts.end()) {
@@ -41,7 +41,7 @@ std::vector<const RecordLayout*> LayoutsOf(const BuiltModule& module) {
 
 /// What `choose` names of each form; forms of which it names nothing are left out.
 template <typename Choose>
-std::vector<RecordFields> Collect(const BuiltModule& module, const Choose& choose) {
+std::vector<RecordFields> Collect(const Module& module, const Choose& choose) {
   std::vector<RecordFields> all;
   for (const RecordLayout* const layout : LayoutsOf(module)) {
     RecordFields fields = {.record = layout->name, .names = {}};
@@ -62,14 +62,14 @@ bool IsId(std::string_view name) {
   return name == "id" || name.ends_with("_id");
 }
 
-bool IsRestored(const BuiltModule& module, const RecordLayout& layout, std::string_view name) {
+bool IsRestored(const Module& module, const RecordLayout& layout, std::string_view name) {
   if (IsId(name) || IsExcepted(module, layout, name)) return false;
   const auto row = std::ranges::find_if(
       layout.fields, [&](const Field& field) { return IsShown(field.exchange) && field.name == name; });
   return row == layout.fields.end() || (row->carried != Carried::kExportOnly && row->carried != Carried::kRepeated);
 }
 
-std::vector<RecordFields> NotRestored(const BuiltModule& module) {
+std::vector<RecordFields> NotRestored(const Module& module) {
   return Collect(module, [&](const RecordLayout& layout, std::vector<std::string>& names) {
     const auto add = [&](const char* name) {
       if (!IsId(name) && !IsRestored(module, layout, name)) names.push_back(name);
@@ -81,7 +81,7 @@ std::vector<RecordFields> NotRestored(const BuiltModule& module) {
   });
 }
 
-std::vector<RecordFields> NotExported(const BuiltModule& module) {
+std::vector<RecordFields> NotExported(const Module& module) {
   return Collect(module, [](const RecordLayout& layout, std::vector<std::string>& names) {
     for (const Field& field : layout.fields) {
       const bool is_data = field.store.form != Form::kNone && field.store.form != Form::kUnused;

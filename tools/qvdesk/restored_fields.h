@@ -16,7 +16,7 @@ bool IsId(std::string_view name);
 
 /// Whether a recover brings the field or the run of items back as it was exported. Not ids, rows that only an export
 /// carries, and what the module's rules except.
-bool IsRestored(const BuiltModule& module, const qv::layout::RecordLayout& layout, std::string_view name);
+bool IsRestored(const Module& module, const qv::layout::RecordLayout& layout, std::string_view name);
 
 /// Some fields of one form.
 struct RecordFields {
@@ -25,10 +25,10 @@ struct RecordFields {
 };
 
 /// The fields of the module's files that are not restored, but for ids.
-std::vector<RecordFields> NotRestored(const BuiltModule& module);
+std::vector<RecordFields> NotRestored(const Module& module);
 
 /// The fields of the module's store that no file of it tells.
-std::vector<RecordFields> NotExported(const BuiltModule& module);
+std::vector<RecordFields> NotExported(const Module& module);
 
 }  // namespace qvdesk
 
