@@ -8,6 +8,7 @@ tables in it as they have to be (src/platform/wince/armv4.ld). So addresses in i
 remains is to write the headers, to move the image to its base, and to list the words that hold addresses. Whatever is
 not known to come out right is refused.
 """
+import re
 import struct
 import sys
 
@@ -35,9 +36,11 @@ DIRECTORY_COUNT = 16
 PROGBITS, SYMTAB, RELA, NOBITS, REL = 1, 2, 4, 8, 9
 SHF_WRITE, SHF_ALLOC, SHF_EXECINSTR = 1, 2, 4
 UNDEFINED, FIRST_RESERVED = 0, 0xFF00
-R_NONE, R_PC24, R_ABS32, R_CALL, R_JUMP24, R_V4BX = 0, 1, 2, 28, 29, 40
-# What the linker has settled: distances within the image, a mark on instructions, and a tie between sections.
-SETTLED = {R_PC24, R_CALL, R_JUMP24, R_V4BX, R_NONE}
+R_NONE, R_ABS32, R_CALL, R_JUMP24, R_V4BX = 0, 2, 28, 29, 40
+# Without a target: a tie between sections, and a mark on instructions.
+MARKS = {R_NONE, R_V4BX}
+# Distances within the image, which the linker has settled.
+DISTANCES = {R_CALL, R_JUMP24}
 
 
 class Refused(Exception):
@@ -112,6 +115,10 @@ class Elf:
         loaded = [section for section in self.sections if section.flags & SHF_ALLOC and section.size]
         return sorted(loaded, key=lambda section: section.address)
 
+    def has_address(self, address):
+        """Is it of something in the image? A table's end counts."""
+        return any(section.address <= address <= section.address + section.size for section in self.image_sections())
+
 
 def text(table, offset, what):
     end = table.find(b"\0", offset)
@@ -131,41 +138,58 @@ def check_sections(elf):
         require(section.address >= end, f"{section.name} overlaps what comes before it")
         end = round_up(section.address + section.size, PAGE)
     require(end <= IMAGE_BASE, "the image is too large")
-    names = {section.name for section in elf.image_sections()}
-    require({".text", ".edata", ".idata"} <= names, "it lacks code, exports or imports")
+    names = [section.name for section in elf.image_sections()]
+    require(len(set(names)) == len(names), "it has two sections of one name")
+    require({".text", ".edata", ".idata"} <= set(names), "it lacks code, exports or imports")
     require(any(s.name == ".text" and s.address <= elf.entry < s.address + s.size and elf.entry % 4 == 0
                 for s in elf.image_sections()), "its entry point lies outside its code")
 
 
+def check_symbols(symbols):
+    """Thumb code is called in other ways than ARM code is, and the linker's veneers hold addresses without telling."""
+    for name, *_ in symbols:
+        require(not re.search(r"^\$t(\.|$)|_veneer$|_from_(arm|thumb)$", name),
+                f"it holds Thumb code, or the linker's own veneers: {name}")
+
+
 def absolute_words(elf, relocations, symbols, target):
     """The places of `target` that hold addresses."""
+    require(target.type != NOBITS, f"{target.name} has no words to relocate")
     for place, info in relocations.entries("<2I"):
         kind, symbol = info & 0xFF, info >> 8
         where = f"the relocation at {place:#x}"
         require(target.address <= place <= target.address + target.size, f"{where} lies outside {target.name}")
         require(symbol < len(symbols), f"{where} is against a symbol that is not there")
-        if kind in SETTLED:
+        if kind in MARKS:
             continue
-        require(kind == R_ABS32, f"{where} is of the unknown type {kind}")
-        require(place % 4 == 0 and place + 4 <= target.address + target.size, f"{where} is of no whole word")
         name, *_, section = symbols[symbol]
         require(UNDEFINED < section < FIRST_RESERVED, f"{where} is against {name or 'nothing'}, which is in no section")
         require(elf.section(section, "symbols").flags & SHF_ALLOC, f"{where} leads out of the image")
+        if kind in DISTANCES:
+            continue
+        require(kind == R_ABS32, f"{where} is of the unknown type {kind}")
+        require(place % 4 == 0 and place + 4 <= target.address + target.size, f"{where} is of no whole word")
+        address, = struct.unpack_from("<I", target.data, place - target.address)
+        require(elf.has_address(address), f"the word at {place:#x} leads out of the image")
         yield place
 
 
 def fixups(elf):
     """The addresses of all words that move with the image. The tables hold relative addresses, which do not."""
     symbols = elf.symbols()
-    found = []
+    check_symbols(symbols)
+    relocated, found = set(), []
     for relocations in elf.sections:
-        require(relocations.type != RELA, f"{relocations.name} is of the unknown form RELA")
-        if relocations.type != REL:
+        if relocations.type != REL and not relocations.name.startswith(".rel"):
             continue
+        require(relocations.type == REL, f"{relocations.name} is of an unknown form")
         target = elf.section(relocations.info, "relocated words")
-        if target.flags & SHF_ALLOC and target.size:
+        require(relocations.name == ".rel" + target.name, f"{relocations.name} relocates {target.name or 'nothing'}")
+        if target.flags & SHF_ALLOC:
+            relocated.add(target.name)
             places = list(absolute_words(elf, relocations, symbols, target))
             found += places if target.name not in DIRECTORIES else []
+    require({".text", ".edata", ".idata"} <= relocated, "it was linked without --emit-relocs")
     require(len(set(found)) == len(found), "a word is relocated twice")
     return sorted(found)
 
@@ -173,11 +197,9 @@ def fixups(elf):
 def image(elf, places):
     """The contents of the sections by their addresses, with the image at its base."""
     contents = {section.address: bytearray(section.data) for section in elf.image_sections()}
-    end = max(section.address + section.size for section in elf.image_sections())
     for place in places:
         start = max(address for address in contents if address <= place)
         address, = struct.unpack_from("<I", contents[start], place - start)
-        require(PAGE <= address <= end, f"the word at {place:#x} leads out of the image")
         struct.pack_into("<I", contents[start], place - start, IMAGE_BASE + address)
     return contents
 
@@ -216,9 +238,7 @@ def headers(entry, sections):
     optional += b"".join(struct.pack("<2I", *directory) for directory in directories)
     table = b"".join(struct.pack("<8s4I12xI", name.encode(), size, address, raw, place, flags)
                      for name, address, size, raw, place, flags in sections)
-    result = dos + b"PE\0\0" + file_header + optional + table
-    require(len(result) <= HEADER_SIZE, "the headers need more room")
-    return result.ljust(HEADER_SIZE, b"\0")
+    return (dos + b"PE\0\0" + file_header + optional + table).ljust(HEADER_SIZE, b"\0")
 
 
 def convert(contents):

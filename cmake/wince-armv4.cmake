@@ -1,7 +1,7 @@
 # Windows CE 4.10 on ARM: the bare-metal compiler makes ELF objects, its linker one ELF file, and cmake/elf_to_pe.py the
 # DLL out of that, because no linker writes PE files for this machine.
 set(CMAKE_SYSTEM_NAME Generic)
-set(CMAKE_SYSTEM_PROCESSOR armv4t)
+set(CMAKE_SYSTEM_PROCESSOR armv4)
 set(CMAKE_C_COMPILER arm-none-eabi-gcc)
 set(CMAKE_CXX_COMPILER arm-none-eabi-g++)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)  # a test program could not be linked
@@ -21,24 +21,13 @@ set(c_headers -D_GNU_SOURCE -nostdinc -isystem ${headers} -isystem ${compiler_he
 # ARM state and no floating-point unit: what every handset's processor runs. Up to armv4t the compiler uses no
 # instruction that wants stacks aligned to 8 bytes, which the system does not promise. Enumerations are words, as in the
 # system's own compiler.
-set(flags
-  -DQV_WINCE
-  -march=armv4t -marm -mfloat-abi=soft -fno-short-enums
-  -fno-asynchronous-unwind-tables -fno-unwind-tables -fno-stack-protector -fno-ident
-  -ffunction-sections -fdata-sections)
-
-# Optimising at link time makes the library a tenth smaller. What is inlined then must not gather on one stack frame: the
-# system's stacks grow a page at a time, so no frame may be larger (cmake/library_figures.py).
-set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
-list(APPEND flags -flto-partition=one -fconserve-stack -fstack-usage)
-list(JOIN flags " " flags)
+set(machine "-march=armv4t -mfloat-abi=soft")
+set(CMAKE_ASM_FLAGS_INIT "${machine}")
+set(flags "${machine} -marm -fno-short-enums -fno-unwind-tables -fdata-sections")
 list(JOIN c_headers " " c_headers)
 list(JOIN cxx_headers " " cxx_headers)
 set(CMAKE_C_FLAGS_INIT "${flags} ${c_headers}")
 set(CMAKE_CXX_FLAGS_INIT "${flags} ${cxx_headers} ${c_headers}")
 
 # The converter needs the relocations.
-set(link_flags
-  -nostdlib -nostartfiles
-  -Wl,--emit-relocs -Wl,--gc-sections -Wl,--build-id=none -Wl,--no-warn-rwx-segments)
-list(JOIN link_flags " " CMAKE_EXE_LINKER_FLAGS_INIT)
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--emit-relocs -Wl,--build-id=none -Wl,--no-warn-rwx-segments")

@@ -12,11 +12,8 @@
 #define QV_STDCALL
 #endif
 
-#if defined(QV_BUILDING_AGENT) && defined(QV_WINCE) && defined(__i386__)
-#define QV_EXPORT __attribute__((dllexport))
-#else
+// Marks an exported function. The builds of the handset libraries take the names that they export from these marks.
 #define QV_EXPORT __attribute__((visibility("default")))
-#endif
 
 namespace qv {
 

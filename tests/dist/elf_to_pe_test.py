@@ -15,19 +15,19 @@ import pefile
 from unittest_result import write_result
 
 IMAGE_BASE = 0x10000000
-CODE, READ_ONLY, WRITABLE = 0x60000020, 0x40000040, 0xC0000040
-FLAGS = {".text": CODE, ".rdata": READ_ONLY, ".edata": READ_ONLY, ".idata": WRITABLE, ".data": WRITABLE}
+CODE, READ_ONLY, WRITABLE, ZEROS = 0x60000020, 0x40000040, 0xC0000040, 0xC0000080
+FLAGS = {".text": CODE, ".rdata": READ_ONLY, ".edata": READ_ONLY, ".idata": WRITABLE, ".data": WRITABLE, ".bss": ZEROS}
 
 
-def readelf(*options):
+def readelf(*options, file=None):
     """What binutils, which has nothing to do with the converter, read in the ELF file."""
-    command = ["arm-none-eabi-readelf", "--wide", *options, str(ELF)]
+    command = ["arm-none-eabi-readelf", "--wide", *options, str(file or ELF)]
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def elf_sections():
+def elf_sections(kinds="PROGBITS"):
     """(name, address, place in the file, size) of what is loaded."""
-    line = re.compile(r"\] (\.\S+) +PROGBITS +(\w{8}) (\w{6}) (\w{6}) \w\w +\w*A")
+    line = re.compile(rf"\] (\.\S+) +(?:{kinds}) +(\w{{8}}) (\w{{6}}) (\w{{6}}) \w\w +\w*A")
     return [(name, *(int(number, 16) for number in numbers)) for name, *numbers in line.findall(readelf("-S"))]
 
 
@@ -60,7 +60,7 @@ class ConvertedLibraryTest(unittest.TestCase):
     def test_the_headers_say_what_the_image_is(self):
         header, optional = self.pe.FILE_HEADER, self.pe.OPTIONAL_HEADER
         self.assertEqual((header.Machine, header.Characteristics, header.TimeDateStamp), (0x1C0, 0x210E, 0))
-        self.assertEqual(optional.AddressOfEntryPoint, elf_entry())
+        self.assertEqual(optional.AddressOfEntryPoint, elf_functions()["AgentStartUp"])
         self.assertEqual((optional.ImageBase, optional.SectionAlignment, optional.FileAlignment),
                          (IMAGE_BASE, 0x1000, 0x200))
         self.assertEqual(optional.BaseOfCode, 0x1000)
@@ -71,10 +71,14 @@ class ConvertedLibraryTest(unittest.TestCase):
         data = [section.SizeOfRawData for section in self.pe.sections if section.Characteristics & 0x40]
         self.assertEqual(optional.SizeOfInitializedData, sum(data))
 
+    def test_the_code_is_for_the_oldest_processor(self):
+        self.assertIn("  Tag_CPU_arch: v4T\n", readelf("-A"))
+
     def test_the_sections_are_those_of_the_elf_file(self):
         found = [(section.Name.rstrip(b"\0").decode(), section.VirtualAddress, section.Misc_VirtualSize,
                   section.Characteristics) for section in self.pe.sections[:-1]]
-        self.assertEqual(found, [(name, address, size, FLAGS[name]) for name, address, _, size in elf_sections()])
+        self.assertEqual(found, [(name, address, size, FLAGS[name])
+                                 for name, address, _, size in elf_sections("PROGBITS|NOBITS")])
         reloc = self.pe.sections[-1]
         self.assertEqual((reloc.Name, reloc.Characteristics), (b".reloc\0\0", 0x42000040))
 
@@ -131,6 +135,99 @@ class ConvertedLibraryTest(unittest.TestCase):
         self.assertEqual(convert(self.elf), (DLL.read_bytes(), ""))
 
 
+# One that has what the agent has not: data that changes, and zeros.
+SMALL_LIBRARY = """
+  .include "platform/wince/armv4_tables.inc"
+  import_library coredll, "COREDLL.dll"
+  import coredll, free, "free"
+  export_directory "SMALL.dll", 1
+  export AgentStartUp
+
+  .text
+  .global AgentStartUp
+  .type AgentStartUp, %function
+AgentStartUp:
+  ldr r0, 1f
+  b free
+1:
+  .word changing
+
+  .data
+changing:
+  .word zeros + 4, 7
+
+  .bss
+zeros:
+  .space 0x1234
+"""
+
+
+def link(directory, source):
+    """The ELF file of a library in assembler, linked as the handset library is."""
+    assembler, elf = pathlib.Path(directory, "small.s"), pathlib.Path(directory, "small.elf")
+    assembler.write_text(source)
+    tree = TOOLS.parent / "src"
+    subprocess.run(["arm-none-eabi-gcc", "-march=armv4t", f"-I{tree}", "-nostdlib", "-Wl,--emit-relocs,--gc-sections",
+                    "-Wl,--build-id=none,--no-warn-rwx-segments", f"-Wl,--script={tree}/platform/wince/armv4.ld",
+                    assembler, "-o", elf], check=True)
+    return elf
+
+
+class SmallLibraryTest(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = directory.name
+
+    def test_data_and_zeros_become_sections(self):
+        library, _ = convert(link(self.directory, SMALL_LIBRARY).read_bytes())
+        pe = pefile.PE(data=library)
+        # So small a library is padding for the most part.
+        self.assertEqual([told for told in pe.get_warnings() if "Byte 0x00 makes up" not in told], [])
+        found = {section.Name.rstrip(b"\0").decode(): (
+            section.VirtualAddress, section.Misc_VirtualSize, section.PointerToRawData, section.SizeOfRawData,
+            section.Characteristics) for section in pe.sections}
+        self.assertEqual(found[".text"], (0x1000, 0x1C, 0x400, 0x200, CODE))
+        self.assertEqual(found[".data"], (0x2000, 8, 0x600, 0x200, WRITABLE))
+        self.assertEqual(found[".bss"], (0x3000, 0x1234, 0, 0, ZEROS))
+        self.assertEqual(found[".edata"][:3], (0x5000, 0x49, 0x800))
+        self.assertEqual((pe.OPTIONAL_HEADER.SizeOfUninitializedData, pe.OPTIONAL_HEADER.BaseOfData), (0x1400, 0x2000))
+        self.assertEqual(pe.get_data(0x2000, 8), struct.pack("<2I", 0x10003004, 7))
+        entries = [entry for block in pe.DIRECTORY_ENTRY_BASERELOC for entry in block.entries]
+        self.assertEqual({entry.rva for entry in entries if entry.type == 3}, {0x1008, 0x1018, 0x2000})
+
+    def test_relocated_zeros_are_refused(self):
+        elf = Damaged(link(self.directory, SMALL_LIBRARY))
+        elf.put("<I", elf.relocation(".data", ABS32), elf.get(".bss", 3))
+        elf.header(".rel.data", 7, elf.index[".bss"])
+        elf.rename(".rel.data", ".rel.bss")
+        self.assertEqual(convert(elf.bytes), (None, ".bss has no words to relocate"))
+
+    def test_static_objects_that_nobody_would_construct_are_refused(self):
+        for section in (".init_array", ".preinit_array", ".fini_array", ".ctors", ".dtors.00001"):
+            with self.subTest(section):
+                source = f'{SMALL_LIBRARY}  .section {section}, "aw"\n  .word AgentStartUp\n'
+                told = convert(link(self.directory, source).read_bytes())
+                self.assertEqual(told, (None, "there is no place for section .init_array"))
+
+    def test_any_damage_is_refused_or_gives_a_library_that_can_be_read(self):
+        sys.path.insert(0, str(TOOLS))
+        import elf_to_pe
+        elf = Damaged(link(self.directory, SMALL_LIBRARY))
+        whole, refused = bytes(elf.bytes), 0
+        for place in elf.words():
+            word, = struct.unpack_from("<I", whole, place)
+            for value in {0, 1, word + 1, word - 1, word ^ 0x80000000, word + 0x1000, 0x7FFFFFFF, 0xFFFFFFFF} - {word}:
+                with self.subTest(place=place, value=value):
+                    elf.put("<I", place, value & 0xFFFFFFFF)
+                    try:
+                        pefile.PE(data=elf_to_pe.convert(bytes(elf.bytes)))
+                    except elf_to_pe.Refused:
+                        refused += 1
+            elf.put("<I", place, word)
+        self.assertGreater(refused, 500)
+
+
 def convert(contents):
     """The converter's output for these contents, None when there is none, and its complaint."""
     with tempfile.TemporaryDirectory() as directory:
@@ -145,12 +242,12 @@ def convert(contents):
 
 
 class Damaged:
-    """The ELF file, with a way to what is damaged in it."""
+    """An ELF file, with a way to what is damaged in it."""
 
-    def __init__(self):
-        self.bytes = bytearray(ELF.read_bytes())
+    def __init__(self, file=None):
+        self.bytes = bytearray((file or ELF).read_bytes())
         self.headers, = struct.unpack_from("<I", self.bytes, 32)
-        names = readelf("-S")
+        names = readelf("-S", file=file)
         self.index = {name: int(number) for number, name in re.findall(r"\[ *(\d+)\] (\.\S+)", names)}
 
     def put(self, form, offset, value):
@@ -163,10 +260,40 @@ class Damaged:
     def get(self, section, field):
         return struct.unpack_from("<I", self.bytes, self.headers + 40 * self.index[section] + 4 * field)[0]
 
-    def relocation(self, section, kind):
-        """Where in the file the section's first relocation of this kind is."""
+    def rename(self, section, name):
+        """Gives a section this name, which is put behind a copy of the others at the file's end."""
+        start, size = self.get(".shstrtab", 4), self.get(".shstrtab", 5)
+        self.header(".shstrtab", 4, len(self.bytes))
+        self.header(".shstrtab", 5, size + len(name) + 1)
+        self.header(section, 0, size)
+        self.bytes += self.bytes[start:start + size] + name.encode() + b"\0"
+
+    def relocations(self, section, kind):
+        """Where in the file the section's relocations of this kind are."""
         start, size = self.get(".rel" + section, 4), self.get(".rel" + section, 5)
-        return next(at for at in range(start, start + size, 8) if self.bytes[at + 4] == kind)
+        return [at for at in range(start, start + size, 8) if self.bytes[at + 4] == kind]
+
+    def relocation(self, section, kind):
+        return self.relocations(section, kind)[0]
+
+    def put_symbol(self, kind, form, field, value):
+        """Sets what is at byte `field` of the symbol that the first relocation of this kind is against."""
+        symbol = struct.unpack_from("<I", self.bytes, self.relocation(".text", kind) + 4)[0] >> 8
+        self.put(form, self.get(".symtab", 4) + 16 * symbol + field, value)
+
+    def words(self):
+        """Where in the file the words of the headers, the symbols and the relocations are."""
+        yield from range(0, 52, 4)
+        yield from range(self.headers, self.headers + 40 * (max(self.index.values()) + 1), 4)
+        for name in self.index:
+            if name == ".symtab" or name.startswith(".rel"):
+                yield from range(self.get(name, 4), self.get(name, 4) + self.get(name, 5), 4)
+
+
+# Relocation types: an address, and the distances of calls and of jumps.
+ABS32, CALL, JUMP24 = 2, 28, 29
+# Where in a symbol its name is, and the section that it is in.
+NAME, SECTION = 0, 14
 
 
 def with_header(section, field, value):
@@ -178,42 +305,47 @@ def with_bytes(form, offset, value):
 
 
 def retype(elf):
-    elf.put("<B", elf.relocation(".text", 2) + 4, 43)  # R_ARM_MOVW_ABS_NC: half an address in an instruction
+    elf.put("<B", elf.relocation(".text", ABS32) + 4, 43)  # R_ARM_MOVW_ABS_NC: half an address in an instruction
 
 
-def undefine(elf):
-    place = elf.relocation(".text", 2)
-    symbol = struct.unpack_from("<I", elf.bytes, place + 4)[0] >> 8
-    elf.put("<H", elf.get(".symtab", 4) + 16 * symbol + 14, 0)
+def with_symbol(kind, form, field, value):
+    return lambda elf: elf.put_symbol(kind, form, field, value)
 
 
-def make_absolute(elf):
-    place = elf.relocation(".text", 2)
-    symbol = struct.unpack_from("<I", elf.bytes, place + 4)[0] >> 8
-    elf.put("<H", elf.get(".symtab", 4) + 16 * symbol + 14, 0xFFF1)
+def with_symbol_name(old, new):
+    def replace(elf):
+        assert len(old) == len(new) and old + b"\0" in elf.bytes
+        elf.bytes = elf.bytes.replace(old + b"\0", new + b"\0")
+    return replace
 
 
 def forget_symbol(elf):
-    elf.put("<I", elf.relocation(".text", 2) + 4, 0xFFFFFF02)
+    elf.put("<I", elf.relocation(".text", ABS32) + 4, 0xFFFFFF02)
 
 
 def move_relocation(by):
     def move(elf):
-        place = elf.relocation(".text", 2)
+        place = elf.relocation(".text", ABS32)
         elf.put("<I", place, struct.unpack_from("<I", elf.bytes, place)[0] + by)
     return move
 
 
 def repeat_relocation(elf):
-    first = elf.relocation(".text", 2)
-    start, size = elf.get(".rel.text", 4), elf.get(".rel.text", 5)
-    second = next(at for at in range(first + 8, start + size, 8) if elf.bytes[at + 4] == 2)
+    first, second = elf.relocations(".text", ABS32)[:2]
     elf.bytes[second:second + 8] = elf.bytes[first:first + 8]
 
 
-def misdirect(elf):
-    place, = struct.unpack_from("<I", elf.bytes, elf.relocation(".text", 2))
-    elf.put("<I", elf.get(".text", 4) + place - elf.get(".text", 3), 0x00F00000)
+def forget_addresses(elf):
+    for section in (".text", ".rdata"):
+        for at in elf.relocations(section, ABS32):
+            elf.bytes[at + 4] = 0
+
+
+def misdirect(section):
+    def put(elf):
+        place, = struct.unpack_from("<I", elf.bytes, elf.relocation(section, ABS32))
+        elf.put("<I", elf.get(section, 4) + place - elf.get(section, 3), 0x00F00000)
+    return put
 
 
 DAMAGES = {
@@ -222,6 +354,7 @@ DAMAGES = {
     "big-endian": (with_bytes("<B", 5, 2), "it is not 32-bit little-endian"),
     "an object": (with_bytes("<H", 16, 1), "it is no linked executable"),
     "another machine": (with_bytes("<H", 18, 3), "it is not for ARM"),
+    "big-endian code": (with_bytes("<I", 36, 0x05800000), "it is of another ABI: flags 0x5800000"),
     "hard floating point": (with_bytes("<I", 36, 0x05000400), "it is of another ABI: flags 0x5000400"),
     "another ABI": (with_bytes("<I", 36, 0x04000000), "it is of another ABI: flags 0x4000000"),
     "entry in data": (with_bytes("<I", 24, 0x100000), "its entry point lies outside its code"),
@@ -238,8 +371,14 @@ DAMAGES = {
     "overlapping sections": (lambda elf: elf.header(".edata", 3, elf.get(".rdata", 3)), " overlaps what comes before it"),
     "section over the headers": (with_header(".text", 3, 0), ".text overlaps what comes before it"),
     "section outside": (with_header(".text", 5, 0x7FFFFFFF), "a section lies outside the file"),
+    "image too large": (with_header(".idata", 3, 0x10000000), "the image is too large"),
+    "two sections of one name": (lambda elf: elf.rename(".edata", ".idata"), "it has two sections of one name"),
     "no exports": (with_header(".edata", 2, 0), "it lacks code, exports or imports"),
-    "addends apart": (with_header(".rel.text", 1, 4), ".rel.text is of the unknown form RELA"),
+    "addends apart": (with_header(".rel.text", 1, 4), ".rel.text is of an unknown form"),
+    "relocations as mere bytes": (with_header(".rel.text", 1, 1), ".rel.text is of an unknown form"),
+    "relocations of nothing": (with_header(".rel.rdata", 7, 0), ".rel.rdata relocates nothing"),
+    "relocations under another name": (lambda elf: (elf.rename(".rel.text", ".text.rel"), elf.header(".rel.text", 1, 1)),
+                                       "it was linked without --emit-relocs"),
     "relocations of another size": (with_header(".rel.text", 9, 12), ".rel.text has entries of another size"),
     "relocations of no section": (with_header(".rel.text", 7, 999),
                                   "relocated words lie in a section that is not there"),
@@ -247,11 +386,27 @@ DAMAGES = {
     "unknown relocation": (retype, "is of the unknown type 43"),
     "relocation outside": (move_relocation(0x1000000), "lies outside .text"),
     "relocation off its word": (move_relocation(2), "is of no whole word"),
-    "undefined symbol": (undefine, "which is in no section"),
-    "absolute symbol": (make_absolute, "which is in no section"),
+    "undefined symbol": (with_symbol(ABS32, "<H", SECTION, 0), "which is in no section"),
+    "absolute symbol": (with_symbol(ABS32, "<H", SECTION, 0xFFF1), "which is in no section"),
+    "call of an undefined symbol": (with_symbol(CALL, "<H", SECTION, 0), "which is in no section"),
+    "jump to an absolute symbol": (with_symbol(JUMP24, "<H", SECTION, 0xFFF1), "which is in no section"),
+    "symbol that is not loaded": (lambda elf: elf.put_symbol(ABS32, "<H", SECTION, elf.index[".symtab"]),
+                                  "leads out of the image"),
+    "symbol in a section that is not there": (with_symbol(ABS32, "<H", SECTION, 999),
+                                              "symbols lie in a section that is not there"),
+    "symbol's name outside": (with_symbol(ABS32, "<I", NAME, 0xFFFFFF), "a symbol's name lies outside its table"),
+    "symbols' names in no section": (with_header(".symtab", 6, 999),
+                                     "the symbols' names lie in a section that is not there"),
+    "Thumb code": (with_symbol_name(b"$a", b"$t"), "it holds Thumb code, or the linker's own veneers: $t"),
+    "a veneer": (with_symbol_name(b"AgentStartUp", b"Agent_veneer"), "the linker's own veneers: Agent_veneer"),
+    "a change to Thumb": (with_symbol_name(b"AgentStartUp", b"Age_from_arm"), "the linker's own veneers: Age_from_arm"),
     "missing symbol": (forget_symbol, "is against a symbol that is not there"),
     "word relocated twice": (repeat_relocation, "a word is relocated twice"),
-    "address outside": (misdirect, "leads out of the image"),
+    "nothing to move": (forget_addresses, "nothing in it has to be moved"),
+    "address outside": (misdirect(".text"), "leads out of the image"),
+    "export outside": (misdirect(".edata"), "leads out of the image"),
+    "import outside": (misdirect(".idata"), "leads out of the image"),
+    "addresses in an empty section": (with_header(".rdata", 5, 0), "leads out of the image"),
 }
 
 

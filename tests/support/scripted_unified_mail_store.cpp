@@ -211,9 +211,10 @@ std::uint32_t ScriptedUnifiedMailStore::KeepChain(const std::vector<Bytes>& node
   return next;
 }
 
+/// At an odd address, where a store's own blocks may lie.
 std::uint32_t ScriptedUnifiedMailStore::Keep(const void* bytes, std::size_t size) {
-  handed_out_.emplace_back(std::make_unique<std::uint8_t[]>(size), size);
-  std::uint8_t* const kept = handed_out_.back().first.get();
+  handed_out_.emplace_back(std::make_unique<std::uint8_t[]>(size + 1), size + 1);
+  std::uint8_t* const kept = handed_out_.back().first.get() + 1;
   if (size != 0) std::memcpy(kept, bytes, size);
   return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(kept));
 }

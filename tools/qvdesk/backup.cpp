@@ -1,7 +1,6 @@
 // "backup" and "sync": every kind of data into a folder, all of it or what changed.
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -11,6 +10,7 @@
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/desktop_state.h"
 #include "tools/qvdesk/exchange_folder.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/kind_report.h"
 #include "tools/qvdesk/manifest.h"
 #include "tools/qvdesk/modes.h"
@@ -25,23 +25,26 @@ using qv::SyncMode;
 struct Options {
   PhoneOptions phone;
   fs::path folder;
-  std::vector<std::string> modules;
+  KindOptions kinds;
   SyncMode mode;
-  bool json = false;
 };
 
 std::vector<const qv::ModuleRow*> ChosenModules(const std::vector<std::string>& names) {
-  std::vector<const qv::ModuleRow*> modules;
-  for (const std::string& name : names) modules.push_back(&ParseModule(name));
+  std::vector<const qv::ModuleRow*> modules = ParseModules(names);
   if (!names.empty()) return modules;
   for (const qv::ModuleRow& module : qv::kModuleTable) modules.push_back(&module);
   return modules;
 }
 
+/// A kind that knows no changes is exported whole in any mode: asked for changes, it would pass for them.
+SyncMode ModeFor(const qv::ModuleRow& module, SyncMode mode) {
+  return ModuleOf(module.id).names.change_list == nullptr ? SyncMode::kFull : mode;
+}
+
 /// A backup appears whole or not at all: it is made beside its place, and what a run that was killed left there goes.
 class NewBackup {
  public:
-  explicit NewBackup(const fs::path& folder) : folder_(folder), unfinished_(fs::path(folder) += ".unfinished") {
+  explicit NewBackup(const fs::path& folder) : folder_(folder), unfinished_(Beside(folder, ".unfinished")) {
     if (fs::exists(folder) && !(fs::is_directory(folder) && fs::is_empty(folder))) {
       throw std::runtime_error(fmt::format("{}: it is there already. Name a new folder.", folder.string()));
     }
@@ -72,13 +75,13 @@ BackupKind Export(const Phone& phone, const ExchangeFolder& exchange, ModuleRun&
 } catch (const std::exception& error) {
   std::error_code ignored;
   fs::remove_all(folder, ignored);  // A part of the files would be taken for all.
-  return DescribeBroken(run, error.what());
+  return DescribeFailed(run, error.what());
 }
 
 std::string WhatCameOf(const BackupKind& kind) {
   std::string what = ContentsOf(kind);
   if (kind.ran != kind.asked) what += fmt::format(", {}: the handset does not know our anchor", Describe(kind.ran));
-  return kind.is_told ? what : what + kAsFarAsCanBeTold;
+  return kind.reports_failures ? what : what + kAsFarAsCanBeTold;
 }
 
 void Tell(const BackupKind& kind, KindReport& report) {
@@ -91,17 +94,17 @@ void Tell(const BackupKind& kind, KindReport& report) {
 }
 
 int BackUp(const Options& options) {
-  const std::vector<const qv::ModuleRow*> modules = ChosenModules(options.modules);
+  const std::vector<const qv::ModuleRow*> modules = ChosenModules(options.kinds.names);
   const Phone phone(options.phone);
   DesktopState state(options.phone.handset);
   const NewBackup backup(options.folder);
   const ExchangeFolder exchange;
-  KindReport report(options.json);
+  KindReport report(options.kinds.json);
   Manifest manifest;
   for (const qv::ModuleRow* const module : modules) {
     ModuleRun run{.direction = qv::Direction::kExport,
                   .module = *module,
-                  .mode = options.mode,
+                  .mode = ModeFor(*module, options.mode),
                   .directory = exchange.OnHandset(),
                   .anchor = state.Anchor(module->name)};
     const BackupKind& kind = manifest.emplace_back(Export(phone, exchange, run, backup.FolderOf(module->name)));
@@ -116,9 +119,8 @@ int BackUp(const Options& options) {
 
 void AddOptions(CLI::App& command, Options& options) {
   command.add_option("FOLDER", options.folder, "Where it goes: a new folder")->required();
-  command.add_option("MODULE", options.modules, "Kinds of data by name or number; all of them when none is named");
+  AddKindOptions(command, options.kinds);
   AddPhoneOptions(command, options.phone);
-  command.add_flag("--json", options.json, "The report as JSON, which is also what the manifest says");
 }
 
 }  // namespace
@@ -128,7 +130,8 @@ void AddBackup(CLI::App& program, int& status) {
       "backup",
       "Exports every kind of data, each into a sub-folder of its own, and writes manifest.json beside them: module, "
       "mode, anchor, result, and of each file its size, its records and its SHA-256. A kind that fails does not stop "
-      "the others; it is named at the end, and the exit status is then 1. The folder appears when all of it is there.");
+      "the others; it is named at the end, and the exit status is then 1. The folder appears when all of it is there." +
+          PassageHelp());
   auto options = std::make_shared<Options>();
   options->mode = SyncMode::kFull;
   AddOptions(*command, *options);
@@ -139,9 +142,11 @@ void AddBackup(CLI::App& program, int& status) {
 void AddSync(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "sync",
-      "As \"backup\", but of each kind only what changed since the last backup or sync: a change list and the new and "
-      "modified records. The anchors kept in DIR.desktop.json are presented; a kind whose anchor the handset does not "
-      "know is exported whole. The kinds that know no changes, e-mail and settings, are exported whole always.");
+      "As \"backup\", but of each kind only what changed since the last backup, sync, export, recover or restore of "
+      "it: a change list and the new and modified records. The anchors kept in DIR.desktop.json are presented; a kind "
+      "whose anchor the handset does not know is exported whole. The kinds that know no changes, e-mail and settings, "
+      "are exported whole always." +
+          PassageHelp());
   auto options = std::make_shared<Options>();
   options->mode = SyncMode::kIncremental;
   AddOptions(*command, *options);

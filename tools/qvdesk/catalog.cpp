@@ -205,6 +205,15 @@ const qv::ModuleRow& ParseModule(const std::string& text) {
                    std::to_string(std::size(qv::kModuleTable)) + ": " + names + ".");
 }
 
+std::vector<const qv::ModuleRow*> ParseModules(const std::vector<std::string>& texts) {
+  std::vector<const qv::ModuleRow*> rows;
+  for (const std::string& text : texts) {
+    const qv::ModuleRow* const row = &ParseModule(text);
+    if (std::ranges::find(rows, row) == rows.end()) rows.push_back(row);
+  }
+  return rows;
+}
+
 std::string_view NameOf(FileKind kind) {
   switch (kind) {
     case FileKind::kTable: return "table";
@@ -235,6 +244,12 @@ const FileForm* FindForm(std::string_view file) {
     if (IsOf(form, name)) return &form;
   }
   return nullptr;
+}
+
+bool IsExchanged(const Module& module, std::string_view name) {
+  return std::ranges::any_of(FileForms(), [&](const FileForm& form) {
+    return form.module == &module && form.kind != FileKind::kSnapshot && IsOf(form, name);
+  });
 }
 
 const FileForm& ParseForm(const std::string& name) {

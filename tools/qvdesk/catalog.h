@@ -69,6 +69,8 @@ const Module& ModuleOf(std::int32_t id);
 
 /// By name, without regard to case, or by number. Throws UsageError that lists the names.
 const qv::ModuleRow& ParseModule(const std::string& text);
+/// The same for several: each once, in the order in which they are named.
+std::vector<const qv::ModuleRow*> ParseModules(const std::vector<std::string>& texts);
 const qv::ModuleRow& RowOf(std::int32_t id);
 
 enum class FileKind : std::uint8_t { kTable, kSections, kBlock, kMessage, kChangeList, kIdMap, kSnapshot, kAnchors };
@@ -95,6 +97,8 @@ const std::vector<FileForm>& FileForms();
 /// By a file's name, which may be a form's with a number for its N, directories in front of it ignored, without regard
 /// to case; null when no form is called so.
 const FileForm* FindForm(std::string_view file);
+/// Whether an exchange directory can have a file of this name from the module, without regard to case.
+bool IsExchanged(const Module& module, std::string_view name);
 /// Throws UsageError that lists the forms.
 const FileForm& ParseForm(const std::string& name);
 

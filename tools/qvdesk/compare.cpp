@@ -12,10 +12,10 @@
 #include <vector>
 
 #include "tools/qvdesk/commands.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/kind_report.h"
 #include "tools/qvdesk/manifest.h"
 #include "tools/qvdesk/record_difference.h"
-#include "tools/qvdesk/record_file.h"
 #include "tools/qvdesk/restored_fields.h"
 #include "tools/qvdesk/text.h"
 
@@ -27,9 +27,8 @@ namespace fs = std::filesystem;
 struct Options {
   fs::path first;
   fs::path second;
-  std::vector<std::string> modules;
+  KindOptions kinds;
   bool restored = false;
-  bool json = false;
 
   SameRecord Same() const { return restored ? SameRecord::kByContent : SameRecord::kById; }
 };
@@ -157,8 +156,7 @@ void Compare(const Sides& kinds, const Options& options, KindReport& report) {
     findings.Add("messages (.eml)", CompareMessages(kinds));
   }
   const LeftOut left_out = LeftOutOf(name, options);
-  const Json json = {{"module", name},
-                     {"same", findings.details.empty()},
+  const Json json = {{"same", findings.details.empty()},
                      {"files", findings.files},
                      {"not_exported", ToJson(left_out.not_exported)},
                      {"not_restored", ToJson(left_out.not_restored)}};
@@ -169,38 +167,58 @@ void Compare(const Sides& kinds, const Options& options, KindReport& report) {
   }
 }
 
-void ListFields(const std::string& kind, const std::vector<RecordFields>& fields, const KindReport& report) {
+/// "  contacts, contact: modified_year, modified_month".
+void AddLines(const std::string& kind, const std::vector<RecordFields>& fields, std::vector<std::string>& lines) {
   for (const RecordFields& of : fields) {
-    report.Conclude(fmt::format("  {}, {}: {}", kind, of.record, fmt::join(of.names, ", ")));
+    lines.push_back(fmt::format("  {}, {}: {}", kind, of.record, fmt::join(of.names, ", ")));
   }
 }
 
 void TellWhatIsLeftOut(const Manifest& kinds, const Options& options, const KindReport& report) {
-  report.Conclude("Not compared, because no backup has it: when a record last changed.");
-  for (const BackupKind& kind : kinds) ListFields(kind.module, LeftOutOf(kind.module, options).not_exported, report);
+  std::vector<std::string> not_exported;
+  std::vector<std::string> not_restored;
+  for (const BackupKind& kind : kinds) {
+    const LeftOut left_out = LeftOutOf(kind.module, options);
+    AddLines(kind.module, left_out.not_exported, not_exported);
+    AddLines(kind.module, left_out.not_restored, not_restored);
+  }
+  if (!not_exported.empty()) report.Conclude("Not compared, because no backup has it: when a record last changed.");
+  for (const std::string& line : not_exported) report.Conclude(line);
   if (!options.restored) return;
   report.Conclude("Not compared, because a restore may not bring it back: ids, and what refers to them.");
-  for (const BackupKind& kind : kinds) ListFields(kind.module, LeftOutOf(kind.module, options).not_restored, report);
+  for (const std::string& line : not_restored) report.Conclude(line);
 }
 
-/// Why there is nothing to compare; nothing when there is.
-std::optional<std::string> ReasonAgainst(const BackupKind& first, const Manifest& second_backup,
-                                         Manifest::const_iterator second) {
-  if (second == second_backup.end()) return "only in the first backup";
-  if (first.succeeded && second->succeeded) return std::nullopt;
-  return fmt::format("its backup failed in the {}", first.succeeded ? "second" : "first");
+/// Why the two cannot be compared; nothing when they can. The digests by which files are compared must be theirs.
+std::optional<Flaw> FlawOf(const Sides& kinds, const Options& options) {
+  if (auto flaw = FlawOf(kinds.first, options.first, "the first backup")) return flaw;
+  if (auto flaw = FlawOf(kinds.second, options.second, "the second backup")) return flaw;
+  const bool first = kinds.first.HasOnlyChanges();
+  if (first == kinds.second.HasOnlyChanges()) return std::nullopt;
+  return Flaw{fmt::format("the {} backup has only changes", first ? "first" : "second")};
+}
+
+void CompareKind(const BackupKind& kind, const Manifest& second, const Options& options, KindReport& report) {
+  const auto other = std::ranges::find(second, kind.module, &BackupKind::module);
+  if (other == second.end()) return report.Failed(kind.module, "only in the first backup");
+  const Sides kinds = {kind, *other};
+  if (const auto flaw = FlawOf(kinds, options)) {
+    return report.Failed(kind.module, flaw->what, {{"problems", flaw->problems}}, flaw->problems);
+  }
+  Compare(kinds, options, report);
 }
 
 int CompareAll(const Options& options) {
-  const Manifest first = ChosenOf(ReadManifest(options.first), options.modules);
+  const Manifest first = ChosenOf(ReadManifest(options.first), options.kinds.names);
   const Manifest second = ReadManifest(options.second);
-  KindReport report(options.json);
+  KindReport report(options.kinds.json);
   for (const BackupKind& kind : first) {
-    const auto other = std::ranges::find(second, kind.module, &BackupKind::module);
-    if (const auto reason = ReasonAgainst(kind, second, other)) {
-      report.Failed(kind.module, *reason, {{"module", kind.module}, {"same", false}, {"result", *reason}});
-    } else {
-      report.Attempt(kind.module, [&] { Compare({kind, *other}, options, report); });
+    report.Attempt(kind.module, [&] { CompareKind(kind, second, options, report); });
+  }
+  if (options.kinds.names.empty()) {
+    for (const BackupKind& kind : second) {
+      const bool is_in_both = std::ranges::find(first, kind.module, &BackupKind::module) != first.end();
+      if (!is_in_both) report.Failed(kind.module, "only in the second backup");
     }
   }
   TellWhatIsLeftOut(first, options, report);
@@ -219,14 +237,12 @@ void AddCompare(CLI::App& program, int& status) {
   auto options = std::make_shared<Options>();
   command->add_option("FIRST", options->first, "A backup")->required();
   command->add_option("SECOND", options->second, "Another one")->required();
-  command->add_option("MODULE", options->modules,
-                      "Kinds of data by name or number; all of the first when none is named");
+  AddKindOptions(*command, options->kinds);
   command->add_flag("--restored", options->restored,
                     "The second backup is of a phone to which the first was restored: ids, which are each phone's own, "
                     "and what a restore does not bring back are left out and listed");
-  command->add_flag("--json", options->json, "The report as JSON");
   command->footer(
-      "Examples:\n  qvdesk compare /tmp/monday /tmp/tuesday contacts\n"
+      "Examples:\n  qvdesk compare /tmp/monday /tmp/wednesday contacts\n"
       "  qvdesk compare /tmp/monday /tmp/other-phones --restored");
   command->callback([options, &status] { status = CompareAll(*options); });
 }

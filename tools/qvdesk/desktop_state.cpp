@@ -3,10 +3,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "qv_rapi.h"
-#include "tools/qvdesk/record_file.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/text.h"
 
 namespace qvdesk {
@@ -14,24 +15,19 @@ namespace {
 
 constexpr char kAnchors[] = "anchors";
 
-/// "phone", "phone/" and "./phone" are one handset.
-std::filesystem::path FileBeside(const std::filesystem::path& handset) {
-  std::filesystem::path directory = std::filesystem::absolute(handset).lexically_normal();
-  if (!directory.has_filename()) directory = directory.parent_path();
-  return directory += ".desktop.json";
+/// One that a request has room for.
+bool IsAnchor(const Json& value) {
+  return value.is_string() && ToUtf16(value.get<std::string>()).size() < qv::kAnchorCapacity;
 }
 
 bool HoldsAnchors(const Json& document) {
-  if (!document.is_object() || !document.contains(kAnchors) || !document[kAnchors].is_object()) return false;
-  for (const Json& anchor : document[kAnchors]) {
-    if (!anchor.is_string()) return false;
-  }
-  return true;
+  return document.is_object() && document.contains(kAnchors) && document[kAnchors].is_object() &&
+         std::ranges::all_of(document[kAnchors], IsAnchor);
 }
 
 }  // namespace
 
-DesktopState::DesktopState(const std::filesystem::path& handset) : file_(FileBeside(handset)) {
+DesktopState::DesktopState(const std::filesystem::path& handset) : file_(Beside(handset, ".desktop.json")) {
   if (!std::filesystem::exists(file_)) return;
   const Json document = Json::parse(ReadWholeFile(file_), nullptr, false);
   if (!HoldsAnchors(document)) {
@@ -47,9 +43,9 @@ std::string DesktopState::Anchor(const std::string& module) const {
 }
 
 void DesktopState::Save() const {
-  const std::string text = Json({{kAnchors, anchors_}}).dump(2) + "\n";
+  const std::string text = ToIndentedText({{kAnchors, anchors_}}) + "\n";
   // A program that is killed here leaves the anchors of before or those of now.
-  const std::filesystem::path unfinished = std::filesystem::path(file_) += ".unfinished";
+  const std::filesystem::path unfinished = Beside(file_, ".unfinished");
   WriteWholeFile(unfinished, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
   std::filesystem::rename(unfinished, file_);
 }

@@ -6,21 +6,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
+#include <utility>
+
+#include "tools/qvdesk/host_file.h"
 
 namespace qvdesk {
 namespace {
 
 constexpr std::size_t kDigits = 64;
-constexpr std::size_t kMostFilesAtOnce = 1000;  // A command line has room for more.
-
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
+constexpr std::size_t kMostWords = 1000;  // A command line has room for more.
 
 /// Starts the program with its output on `output`, which it closes here. Gives its process.
 pid_t Start(std::vector<std::string>& command, int output) {
@@ -42,7 +41,7 @@ pid_t Start(std::vector<std::string>& command, int output) {
 std::string OutputOf(std::vector<std::string> command) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error(std::string("pipe: ") + std::strerror(errno));
-  const std::unique_ptr<std::FILE, CloseFile> reading(fdopen(ends[0], "r"));
+  const HostFile reading(fdopen(ends[0], "r"));
   const pid_t process = Start(command, ends[1]);
   std::string output;
   for (int c; (c = std::getc(reading.get())) != EOF;) output += static_cast<char>(c);
@@ -57,7 +56,7 @@ std::vector<std::string> Sha256Of(const std::vector<std::filesystem::path>& file
   std::vector<std::string> digests;
   while (digests.size() < files.size()) {
     std::vector<std::string> command = {"sha256sum", "--zero", "--"};
-    for (std::size_t i = digests.size(); i < files.size() && command.size() < kMostFilesAtOnce; ++i) {
+    for (std::size_t i = digests.size(); i < files.size() && command.size() < kMostWords; ++i) {
       command.push_back(files[i].string());
     }
     const std::size_t wanted = digests.size() + command.size() - 3;

@@ -1,15 +1,28 @@
 // A directory of the handset is one of the host, so that fetching is copying.
 #include "tools/qvdesk/exchange_folder.h"
 
+#include <fmt/format.h>
+
 #include <system_error>
 
 #include "host/handset/handset.h"
+#include "tools/qvdesk/text.h"
 
 namespace qvdesk {
 
 namespace fs = std::filesystem;
 
-ExchangeFolder::ExchangeFolder() : on_handset_(u"\\sync\\whole"), on_host_(handset::HostPath(on_handset_)) {
+namespace {
+
+constexpr char kOnHandset[] = "\\sync\\whole";
+
+}  // namespace
+
+std::string PassageHelp() {
+  return fmt::format(" It uses and empties {} on the phone.", kOnHandset);
+}
+
+ExchangeFolder::ExchangeFolder() : on_handset_(ToUtf16(kOnHandset)), on_host_(handset::HostPath(on_handset_)) {
   Empty();
 }
 

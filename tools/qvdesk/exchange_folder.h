@@ -10,6 +10,9 @@
 
 namespace qvdesk {
 
+/// For help texts: which directory of the phone a command uses, and that what was in it goes.
+std::string PassageHelp();
+
 /// Made anew on the running handset, and gone at the end.
 class ExchangeFolder {
  public:

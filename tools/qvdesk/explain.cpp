@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <charconv>
+#include <cstdio>
 #include <memory>
 #include <string>
 

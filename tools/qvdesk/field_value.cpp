@@ -131,6 +131,10 @@ void FromJson(const Json& value, const Slot& slot, std::span<std::uint8_t> recor
   }
 }
 
+std::string ToIndentedText(const Json& json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
 std::string ToText(const Slot& slot, std::span<const std::uint8_t> record) {
   if (IsNumeric(slot.form)) return std::to_string(LoadSlot(slot, record.data()));
   if (slot.form == Form::kTimeNumbers) return DescribeTime(TimeParts(slot, record));

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,6 +14,9 @@ namespace qvdesk {
 
 /// Keeps the fields in the order of the record.
 using Json = nlohmann::ordered_json;
+
+/// Over several lines, as files and reports have it. What is not UTF-8, which JSON cannot hold, becomes U+FFFD.
+std::string ToIndentedText(const Json& json);
 
 /// Whether the slot holds something that a reader may see.
 bool IsShown(const qv::layout::Slot& slot);

@@ -1,4 +1,5 @@
-// What a backup says of itself: a folder with a sub-folder for each kind of data, and beside them manifest.json.
+// What a backup says of itself: a folder with a sub-folder for each kind of data, and beside them manifest.json, whose
+// keys docs/BACKUP.md explains to other programs.
 #ifndef QV_TOOLS_QVDESK_MANIFEST_H
 #define QV_TOOLS_QVDESK_MANIFEST_H
 
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "sync/sync_mode.h"
 #include "tools/qvdesk/field_value.h"
 #include "tools/qvdesk/module_run.h"
 
@@ -32,8 +34,11 @@ struct BackupKind {
   std::string result;  ///< In words.
   std::string advice;  ///< What to look at when it failed; may be empty.
   bool succeeded = false;
-  bool is_told = true;  ///< Otherwise the handset reports success whatever happened.
+  bool reports_failures = true;  ///< Otherwise the handset reports success whatever happened.
   std::vector<BackupFile> files;
+
+  /// And not all that the handset held.
+  bool HasOnlyChanges() const { return ran == qv::SyncMode::kIncremental; }
 };
 
 using Manifest = std::vector<BackupKind>;
@@ -42,24 +47,30 @@ using Manifest = std::vector<BackupKind>;
 /// Throws std::runtime_error when they cannot be read.
 BackupKind Describe(const ModuleRun& run, const std::filesystem::path& folder);
 /// Of one that could not be made or fetched.
-BackupKind DescribeBroken(const ModuleRun& run, const std::string& why);
+BackupKind DescribeFailed(const ModuleRun& run, const std::string& why);
 
 Json ToJson(const BackupKind& kind);
 Json ToJson(const Manifest& manifest);
 
 void WriteManifest(const Manifest& manifest, const std::filesystem::path& backup);
-/// Throws std::runtime_error for a folder that is no backup.
+/// Throws std::runtime_error for a folder that is no backup, and for a manifest that WriteManifest cannot have written.
 Manifest ReadManifest(const std::filesystem::path& backup);
 
-/// What is wrong with the files of a kind, a line for each: missing, of another size or content, or not in the
-/// manifest. Nothing: they are as they were written.
-std::vector<std::string> Verify(const BackupKind& kind, const std::filesystem::path& backup);
+/// Why a kind of a backup is not to be used.
+struct Flaw {
+  std::string what;                        ///< "damaged in the backup".
+  std::vector<std::string> problems = {};  ///< What is wrong with its files, a line for each.
+};
 
-/// "60 records in 3 files", for people.
+/// Nothing: the kind's export succeeded, and its files are as they were written. `which` names the backup to people.
+std::optional<Flaw> FlawOf(const BackupKind& kind, const std::filesystem::path& backup,
+                           const std::string& which = "the backup");
+
+/// "60 records in 3 files", for people. A change list's entries are no records: "2 records, 3 changes in 2 files".
 std::string ContentsOf(const BackupKind& kind);
 
-/// The kinds that were asked for by name or number; all of them when none was. Throws UsageError for one that the
-/// backup does not have.
+/// The kinds that were asked for by name or number, each once; all of them when none was. Throws UsageError for one
+/// that the backup does not have.
 Manifest ChosenOf(const Manifest& manifest, const std::vector<std::string>& names);
 
 }  // namespace qvdesk

@@ -11,8 +11,8 @@
 
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/picture_table.h"
-#include "tools/qvdesk/record_file.h"
 #include "tools/qvdesk/text.h"
 #include "tools/qvdesk/text_table.h"
 

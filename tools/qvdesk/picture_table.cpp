@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "modules/contacts/contacts_layout.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/record_file.h"
 
 namespace qvdesk {

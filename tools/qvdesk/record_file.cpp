@@ -5,12 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
-#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -214,10 +208,6 @@ Json FieldsToJson(const RecordLayout& layout, const RecordView& record) {
   return json;
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
 RecordFile ParseRecords(const RecordLayout& layout, Bytes bytes, std::uint32_t stride) {
@@ -330,28 +320,6 @@ std::string AnchorText(const Json& lines) {
     }
   }
   return text;
-}
-
-std::vector<std::uint8_t> ReadWholeFile(const std::filesystem::path& file) {
-  const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rb"));
-  if (stream == nullptr) throw std::runtime_error(file.string() + ": it cannot be opened: " + std::strerror(errno));
-  std::vector<std::uint8_t> bytes;
-  std::array<std::uint8_t, 65536> block;
-  while (const std::size_t got = std::fread(block.data(), 1, block.size(), stream.get())) {
-    bytes.insert(bytes.end(), block.begin(), block.begin() + got);
-  }
-  if (std::ferror(stream.get()) != 0) {
-    throw std::runtime_error(file.string() + ": it cannot be read: " + std::strerror(errno));
-  }
-  return bytes;
-}
-
-void WriteWholeFile(const std::filesystem::path& file, Bytes bytes) {
-  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-  if (!stream) throw std::runtime_error(file.string() + ": it cannot be created: " + std::strerror(errno));
-  stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  stream.close();
-  if (!stream) throw std::runtime_error(file.string() + ": it cannot be written whole: " + std::strerror(errno));
 }
 
 }  // namespace qvdesk

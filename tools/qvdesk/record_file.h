@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -57,10 +56,6 @@ std::vector<std::pair<std::string, std::string>> ReadableOf(const qv::layout::Re
 Json AnchorLines(std::string_view file);
 /// The file that such lines are. Throws std::runtime_error that names the line.
 std::string AnchorText(const Json& lines);
-
-/// Throw std::runtime_error that says what could not be done with which file.
-std::vector<std::uint8_t> ReadWholeFile(const std::filesystem::path& file);
-void WriteWholeFile(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
 
 }  // namespace qvdesk
 

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,32 +23,21 @@ using qv::SyncMode;
 struct Options {
   PhoneOptions phone;
   fs::path backup;
-  std::vector<std::string> modules;
-  bool json = false;
+  KindOptions kinds;
 };
 
 /// Changes are applied as changes; whole tables take the place of what the handset holds.
 SyncMode ModeFor(const BackupKind& kind) {
-  return kind.ran == SyncMode::kIncremental ? SyncMode::kIncremental : SyncMode::kReplace;
-}
-
-/// Nothing: the kind can be restored.
-std::optional<std::string> ReasonAgainst(const BackupKind& kind, const std::vector<std::string>& problems) {
-  if (!problems.empty()) return "damaged in the backup, not restored";
-  if (!kind.succeeded) return "its backup failed, not restored";
-  return std::nullopt;
+  return kind.HasOnlyChanges() ? SyncMode::kIncremental : SyncMode::kReplace;
 }
 
 Json ToJson(const ModuleRun& run) {
   const Reading outcome = run.Outcome();
-  return {{"module", run.module.name}, {"mode", static_cast<std::int32_t>(run.mode)},
-          {"code", run.code},          {"result", outcome.what},
-          {"advice", outcome.advice},  {"succeeded", outcome.is_success},
-          {"told", !run.IsDropped()}};
-}
-
-Json ToJson(const BackupKind& kind, const std::vector<std::string>& problems) {
-  return {{"module", kind.module}, {"succeeded", kind.succeeded && problems.empty()}, {"problems", problems}};
+  return {{"mode", static_cast<std::int32_t>(run.mode)},
+          {"code", run.code},
+          {"result", outcome.what},
+          {"advice", outcome.advice},
+          {"reports_failures", !run.IsDropped()}};
 }
 
 void Recover(const Phone& phone, const BackupKind& kind, DesktopState& state, const ExchangeFolder& exchange,
@@ -59,7 +47,7 @@ void Recover(const Phone& phone, const BackupKind& kind, DesktopState& state, co
                 .module = module,
                 .mode = ModeFor(kind),
                 .directory = exchange.OnHandset(),
-                .anchor = state.Anchor(module.name)};
+                .anchor = ""};  // Which only exports read.
   {
     const Progress progress(fmt::format("{} recover", module.name));
     run.Make(phone);
@@ -75,16 +63,16 @@ void Recover(const Phone& phone, const BackupKind& kind, DesktopState& state, co
 }
 
 int Restore(const Options& options) {
-  const Manifest chosen = ChosenOf(ReadManifest(options.backup), options.modules);
+  const Manifest chosen = ChosenOf(ReadManifest(options.backup), options.kinds.names);
   const Phone phone(options.phone);
   DesktopState state(options.phone.handset);
   const ExchangeFolder exchange;
-  KindReport report(options.json);
+  KindReport report(options.kinds.json);
   for (const BackupKind& kind : chosen) {
     report.Attempt(kind.module, [&] {
-      const std::vector<std::string> problems = Verify(kind, options.backup);
-      if (const auto reason = ReasonAgainst(kind, problems)) {
-        return report.Failed(kind.module, *reason, ToJson(kind, problems), problems);
+      if (const auto flaw = FlawOf(kind, options.backup)) {
+        return report.Failed(kind.module, "not restored: " + flaw->what, {{"problems", flaw->problems}},
+                             flaw->problems);
       }
       exchange.Empty();
       exchange.Put(kind, options.backup);
@@ -96,20 +84,16 @@ int Restore(const Options& options) {
 }
 
 void VerifyOne(const BackupKind& kind, const fs::path& backup, KindReport& report) {
-  const std::vector<std::string> problems = Verify(kind, backup);
-  const Json json = ToJson(kind, problems);
-  if (!problems.empty()) {
-    report.Failed(kind.module, "not as it was written", json, problems);
-  } else if (!kind.succeeded) {
-    report.Failed(kind.module, "its backup failed: " + kind.result, json);
+  if (const auto flaw = FlawOf(kind, backup)) {
+    report.Failed(kind.module, flaw->what, {{"problems", flaw->problems}}, flaw->problems);
   } else {
-    report.Succeeded(kind.module, ContentsOf(kind), json);
+    report.Succeeded(kind.module, ContentsOf(kind), {{"problems", Json::array()}});
   }
 }
 
 int VerifyAll(const Options& options) {
-  KindReport report(options.json);
-  for (const BackupKind& kind : ChosenOf(ReadManifest(options.backup), options.modules)) {
+  KindReport report(options.kinds.json);
+  for (const BackupKind& kind : ChosenOf(ReadManifest(options.backup), options.kinds.names)) {
     report.Attempt(kind.module, [&] { VerifyOne(kind, options.backup, report); });
   }
   return report.End("whole");
@@ -117,8 +101,7 @@ int VerifyAll(const Options& options) {
 
 void AddOptions(CLI::App& command, Options& options) {
   command.add_option("BACKUP", options.backup, "A folder made by \"qvdesk backup\" or \"qvdesk sync\"")->required();
-  command.add_option("MODULE", options.modules, "Kinds of data by name or number; all of them when none is named");
-  command.add_flag("--json", options.json, "The report as JSON");
+  AddKindOptions(command, options.kinds);
 }
 
 }  // namespace
@@ -128,9 +111,11 @@ void AddRestore(CLI::App& program, int& status) {
       "restore",
       "Recovers a backup to a phone, every kind or those that are named: what the phone holds of a kind gives way to "
       "the backup's, but for e-mails, which are added. What \"sync\" wrote is applied as changes, and these name "
-      "records by their ids on the phone that they come from: restore them to no other. A kind whose files are not as "
-      "the manifest says is left alone. A kind that fails does not stop the others; it is named at the end, and the "
-      "exit status is then 1.");
+      "records by the ids that they have on the phone now: restore them only to the phone they come from, and not "
+      "after a whole backup was restored to it, which gives new ids. A kind whose files are not as the manifest says "
+      "is left alone. A kind that fails does not stop the others; it is named at the end, and the exit status is then "
+      "1." +
+          PassageHelp());
   auto options = std::make_shared<Options>();
   AddOptions(*command, *options);
   AddPhoneOptions(*command, options->phone);
@@ -141,9 +126,9 @@ void AddRestore(CLI::App& program, int& status) {
 void AddVerify(CLI::App& program, int& status) {
   CLI::App* const command = program.add_subcommand(
       "verify",
-      "Compares a backup's files with its manifest: each must be there with its size and its SHA-256, and no other. "
-      "A kind that is not as it was written, or whose export had failed, is named at the end, and the exit status is "
-      "then 1.");
+      "Compares a backup's files with its manifest: each must be there, itself and no symbolic link, with its size and "
+      "its SHA-256, and no other in the folder of its kind. A kind that is not as it was written, or whose export had "
+      "failed, is named at the end, and the exit status is then 1.");
   auto options = std::make_shared<Options>();
   AddOptions(*command, *options);
   command->footer("Example:\n  qvdesk verify /tmp/monday");

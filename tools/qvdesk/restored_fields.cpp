@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/qvdesk/field_value.h"
+#include "tools/qvdesk/record_file.h"
 
 namespace qvdesk {
 namespace {
@@ -64,9 +65,8 @@ bool IsId(std::string_view name) {
 
 bool IsRestored(const Module& module, const RecordLayout& layout, std::string_view name) {
   if (IsId(name) || IsExcepted(module, layout, name)) return false;
-  const auto row = std::ranges::find_if(
-      layout.fields, [&](const Field& field) { return IsShown(field.exchange) && field.name == name; });
-  return row == layout.fields.end() || (row->carried != Carried::kExportOnly && row->carried != Carried::kRepeated);
+  const Field* const row = FindField(layout, name);
+  return row == nullptr || (row->carried != Carried::kExportOnly && row->carried != Carried::kRepeated);
 }
 
 std::vector<RecordFields> NotRestored(const Module& module) {

@@ -11,6 +11,7 @@
 #include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/message_file.h"
 #include "tools/qvdesk/record_file.h"
 #include "tools/qvdesk/section_file.h"

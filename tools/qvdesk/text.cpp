@@ -43,6 +43,10 @@ void ForEachCharacter(std::string_view utf8, Visit visit) {
   }
 }
 
+char LowercaseOf(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 int HexDigit(char digit) {
   if (digit >= '0' && digit <= '9') return digit - '0';
   if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
@@ -105,9 +109,14 @@ std::string CountOf(std::size_t count, std::string_view noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
+std::string Lowercase(std::string_view text) {
+  std::string lowercase(text);
+  std::ranges::transform(text, lowercase.begin(), LowercaseOf);
+  return lowercase;
+}
+
 bool SameWithoutCase(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::ranges::equal(a, b, {}, lower, lower);
+  return std::ranges::equal(a, b, {}, LowercaseOf, LowercaseOf);
 }
 
 std::string Hex(std::span<const std::uint8_t> bytes) {

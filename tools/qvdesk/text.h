@@ -27,7 +27,9 @@ std::string CutTo(std::string_view utf8, std::size_t width);
 /// "1 record", "2 records".
 std::string CountOf(std::size_t count, std::string_view noun);
 
-/// ASCII letters only: that is all our names have.
+// Of case: ASCII letters only, for that is all our names have.
+
+std::string Lowercase(std::string_view text);
 bool SameWithoutCase(std::string_view a, std::string_view b);
 
 std::string Hex(std::span<const std::uint8_t> bytes);

@@ -1,17 +1,22 @@
 // "export" and "recover": one call of the agent, and its answer in words.
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
-#include <algorithm>
-#include <cstring>
+#include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "host/handset/handset.h"
 #include "tools/qvdesk/catalog.h"
 #include "tools/qvdesk/commands.h"
 #include "tools/qvdesk/desktop_state.h"
 #include "tools/qvdesk/errors.h"
+#include "tools/qvdesk/host_file.h"
 #include "tools/qvdesk/modes.h"
 #include "tools/qvdesk/module_run.h"
 #include "tools/qvdesk/phone.h"
@@ -47,19 +52,18 @@ void PrintMode(const ModuleRun& run) {
       Visible(run.anchor));
 }
 
-/// A failed run's anchor is not kept: with it the next incremental export would leave out what this one did not bring.
 void KeepAnchor(const ModuleRun& run, DesktopState& state) {
-  if (run.anchor_after.empty() || !qv::IsRemembered(run.mode_after)) {
-    fmt::print("  anchor     unchanged: such a run is not remembered\n");
-  } else if (!run.HandedOutAnchor()) {
-    fmt::print("  anchor     unchanged: the handset handed out none\n");
-  } else if (!run.IsSuccess()) {
-    fmt::print("  anchor     {}, not kept because the run failed\n", Visible(run.anchor_after));
-  } else {
+  if (run.AnchorCounts()) {
     state.SetAnchor(run.module.name, run.anchor_after);
     state.Save();
     fmt::print("  anchor     {}, kept in {} for the next incremental export\n", Visible(run.anchor_after),
                state.File().string());
+  } else if (run.anchor_after.empty() || !qv::IsRemembered(run.mode_after)) {
+    fmt::print("  anchor     unchanged: such a run is not remembered\n");
+  } else if (!run.HandedOutAnchor()) {
+    fmt::print("  anchor     unchanged: the handset handed out none\n");
+  } else {
+    fmt::print("  anchor     {}, not kept because the run failed\n", Visible(run.anchor_after));
   }
 }
 
@@ -146,6 +150,16 @@ int Transact(Direction direction, const Options& options) {
                                        NameOf(direction), module.name, run.code));
 }
 
+/// The modules of which more recovers empty the store than those in replace mode.
+std::vector<const char*> OftenEmptied() {
+  std::vector<const char*> names;
+  for (const Module& module : Modules()) {
+    const bool often = module.facts != nullptr && module.facts->emptied_by == qv::EmptiedBy::kAllButAdding;
+    if (often) names.push_back(RowOf(module.id).name);
+  }
+  return names;
+}
+
 void AddOptions(CLI::App& command, Options& options) {
   command.add_option("MODULE", options.module, "The module's name or number, as \"qvdesk modules\" lists them")
       ->required();
@@ -154,10 +168,11 @@ void AddOptions(CLI::App& command, Options& options) {
       command
           .add_option(
               "--mode", options.mode,
-              "full (1): all records; replace (2): as full, and a recover empties the store first (one of contacts "
-              "does so in every mode but incremental); incremental (3): "
-              "what changed since the last synchronisation; plain (4): all records, and nothing is remembered; or "
-              "any other number, as a desktop may send it")
+              fmt::format("full (1): all records; replace (2): as full, and a recover empties the store first (one of "
+                          "{} does so in every mode but incremental and 5); incremental (3): what changed since the "
+                          "last synchronisation; plain (4): all records, and nothing is remembered; or any other "
+                          "number, as a desktop may send it",
+                          fmt::join(OftenEmptied(), ", ")))
           ->capture_default_str();
   command.add_option("--directory", options.directory, "The exchange directory on the handset, which must be there")
       ->capture_default_str();
