@@ -25,9 +25,15 @@ inline constexpr std::uint32_t kNames = 9;
 
 inline constexpr RuleWords kClockRules[] = {
     {&kAlarmLayout,
-     "repeat_mode: 1 for the flag 0x100, else 2 for 0x80, else 3 for any of the seven lowest bits, which then are the "
-     "days, bit 0 first; 0 otherwise. A recover takes only days that are 1, and only in mode 3."},
-    {&kClockNameLayout, "A name goes to the place that its index names; behind the alarms, always."},
+     "repeat_mode: 1 for 0x100 in repeat_flags, else 2 for 0x80, else 3 for any of the seven lowest bits, which then "
+     "are "
+     "the days, bit 0 first; 0 otherwise. A recover takes only days that are 1, and only in mode 3."},
+    {&kClockNameLayout,
+     "index: the place that the name goes to, 0 to 8; an export writes them in order. A higher one refuses the whole "
+     "file."},
+    {&kClockNameLayout,
+     "A recover leaves the file. An empty one changes nothing; what a shorter one lacks becomes zero in the store, as "
+     "does a name that is not whole."},
 };
 
 /// kOk; kStoreNotLoaded; kFileFailed; kEntryPointMissing, kReadFailed and kNoMemory, which leave an empty file.
