@@ -20,7 +20,7 @@ inline constexpr char16_t kRestoreProfile[] = u"fnModelSetting_Restore";
 inline constexpr char16_t kRestoreDisplay[] = u"fnDispSetting_Restore";
 
 /// Profiles are numbered from 1.
-inline constexpr std::int32_t kProfiles = 6;
+inline constexpr std::int32_t kProfileCount = 6;
 
 // kOk, or 1 for whatever failed: a store that does not load or lacks an entry point, a file, memory. What the store
 // answers is not looked at.
