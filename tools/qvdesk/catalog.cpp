@@ -33,8 +33,8 @@ constexpr char kAnySettingsFailure[] =
     "memory was short";
 
 constexpr RecordsOfAFile kClockFile[] = {
-    {"alarm", &qv::settings::kAlarmLayout, qv::settings::kAlarms},
-    {"clock_name", &qv::settings::kClockNameLayout, qv::settings::kNames},
+    {"alarm", &qv::settings::kAlarmLayout, qv::settings::kAlarmCount},
+    {"clock_name", &qv::settings::kClockNameLayout, qv::settings::kClockNameCount},
 };
 
 /// In the order of their numbers. A new module is one line here.

@@ -14,14 +14,16 @@ inline constexpr char16_t kClockFile[] = u"clockinfo.tbl";
 
 /// The alarms stand at the beginning of the file, the names behind them.
 inline constexpr TableNames kClockTables[] = {{.exchange_file = kClockFile, .layout = &kAlarmLayout},
-                                              {.exchange_file = kClockFile, .layout = &kClockNameLayout}};
+                                              {.exchange_file = nullptr, .layout = &kClockNameLayout}};
 inline constexpr ModuleNames kClockModule = {.store_library = u"AlarmStore.dll", .tables = kClockTables};
 
 inline constexpr char16_t kGetClock[] = u"Sync_GetClockInfo";
 inline constexpr char16_t kUpdateClock[] = u"Sync_UpdateClockInfo";
 
-inline constexpr std::uint32_t kAlarms = 6;
-inline constexpr std::uint32_t kNames = 9;
+inline constexpr std::uint32_t kAlarmCount = 6;
+inline constexpr std::uint32_t kClockNameCount = 9;
+/// Bytes of the store's structure: the alarms, the names, and two without use.
+inline constexpr std::size_t kClockSize = kAlarmCount * kAlarmSize + kClockNameCount * kClockNameSize + 2;
 
 inline constexpr RuleWords kClockRules[] = {
     {&kAlarmLayout,

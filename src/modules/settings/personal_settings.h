@@ -21,7 +21,7 @@ inline constexpr char16_t kRestoreProfile[] = u"fnModelSetting_Restore";
 inline constexpr char16_t kRestoreDisplay[] = u"fnDispSetting_Restore";
 
 /// Profiles are numbered from 1.
-inline constexpr std::int32_t kProfiles = 6;
+inline constexpr std::int32_t kProfileCount = 6;
 
 inline constexpr RuleWords kPersonalRules[] = {
     {&kProfileLayout, "Six records, profiles 1 to 6. A recover takes those that are whole, then deletes the file."},
