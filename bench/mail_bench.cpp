@@ -63,11 +63,11 @@ struct MemoryStore {
       StoreSlot(qv::mail::kMessageId, head, id);
       StoreSlot(qv::mail::kMessageAccount, head, kAccount);
       StoreSlot(qv::mail::kMessageFolder, head, kFolder);
-      PutText(head + qv::mail::kMessageText1.offset, "anna.mueller@example.com");
-      PutText(head + qv::mail::kMessageText2.offset, ("Minutes of meeting " + std::to_string(id)).c_str());
+      PutText(head + qv::mail::kMessageText4.offset, "anna.mueller@example.com");
+      PutText(head + qv::mail::kMessageText5.offset, ("Minutes of meeting " + std::to_string(id)).c_str());
       const coredll::SYSTEMTIME date = {
           2006, 1, 0, 5, 9, static_cast<std::uint16_t>(id / 60 % 60), static_cast<std::uint16_t>(id % 60), 0};
-      std::memcpy(head + qv::mail::kMessageDate.offset, &date, sizeof(date));
+      std::memcpy(head + qv::mail::kMessageDate1.offset, &date, sizeof(date));
     }
     return head;
   }

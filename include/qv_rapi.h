@@ -45,7 +45,9 @@ static_assert(offsetof(RequestRecord, directory) == 48);
 struct ResultRecord {
   std::uint32_t code;  ///< 0, or the module's result with kExportFlag or kRecoverFlag.
   std::uint32_t mode;  ///< Export: the mode after the module ran (a downgraded 3 reads 1). Recover: as received.
-  char16_t anchor[kAnchorCapacity];  ///< The new anchor when the mode was below 4, else the request's.
+  /// The anchor that the module moved to, in a mode below 4. The request's when it moved none: in other modes, for
+  /// modules without an anchor (6, 14 to 16) and unknown ids, and where the run failed before.
+  char16_t anchor[kAnchorCapacity];
 };
 static_assert(sizeof(ResultRecord) == 48 && offsetof(ResultRecord, anchor) == 8);
 

@@ -21,7 +21,7 @@ AgendaDatabase::AgendaDatabase(Database& database)
       long_items_(database, kAgendaKinds[kAgendaEntries], "agenda_long_items", "entry_id", LongItemLayout()) {}
 
 AgendaEntry AgendaDatabase::Read(std::uint32_t id) const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const ReadTransaction transaction(database_);
   AgendaEntry entry = {.record = std::vector<std::uint8_t>(qv::agenda::kEntryStoreSize),
                        .long_items = long_items_.Read(id)};
   tables_[kAgendaEntries].Read({&id, 1}, entry.record.data());

@@ -9,17 +9,17 @@
 
 namespace {
 
-using qv::settings::kAlarms;
+using qv::settings::kAlarmCount;
 using qv::settings::kAlarmSize;
-using qv::settings::kNames;
+using qv::settings::kClockNameCount;
+using qv::settings::kClockSize;
 
-constexpr std::size_t kNamesOffset = kAlarms * kAlarmSize;
-constexpr std::size_t kClockSize = 2336;  // Behind the names two bytes are unused.
+constexpr std::size_t kNamesOffset = kAlarmCount * kAlarmSize;
 
 class ClockSettings {
  public:
   explicit ClockSettings(stores::Database& database)
-      : alarms_(database, stores::kAlarmKind, kAlarms), names_(database, stores::kClockNameKind, kNames) {}
+      : alarms_(database, stores::kAlarmKind, kAlarmCount), names_(database, stores::kClockNameKind, kClockNameCount) {}
 
   static std::span<stores::RecordStore> Tables() { return {}; }
 

@@ -72,11 +72,8 @@ bool IsZeroBehind(std::u16string_view text, const Slot& slot, const std::uint8_t
 
 void BindText(const Slot& slot, const std::uint8_t* record, Query& query, int parameter) {
   const std::u16string text = TextUpToNul(slot, record);
-  if (handset::IsWellFormed(text) && IsZeroBehind(text, slot, record)) {
-    query.Bind(parameter, handset::Utf8(text));
-  } else {
-    query.Bind(parameter, WithoutTrailingZeros(slot, record));
-  }
+  const bool gives_back = handset::IsWellFormed(text) && IsZeroBehind(text, slot, record);
+  query.BindText(parameter, handset::Utf8(text), gives_back, WithoutTrailingZeros(slot, record));
 }
 
 /// Room for a narrow text as a wide one: a character is a byte of it at least.
@@ -119,11 +116,8 @@ void BindIfExact(const std::string& text, void (*put)(std::string_view, const Sl
                  const std::uint8_t* record, Query& query, int parameter) {
   std::vector<std::uint8_t> again(slot.offset + slot.size);
   put(text, slot, again.data());
-  if (std::equal(again.begin() + slot.offset, again.end(), record + slot.offset)) {
-    query.Bind(parameter, text);
-  } else {
-    query.Bind(parameter, WithoutTrailingZeros(slot, record));
-  }
+  const bool gives_back = std::equal(again.begin() + slot.offset, again.end(), record + slot.offset);
+  query.BindText(parameter, text, gives_back, WithoutTrailingZeros(slot, record));
 }
 
 bool IsNamed(const Slot& slot) {

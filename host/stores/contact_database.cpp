@@ -22,21 +22,16 @@ const std::string& Groups() {
   return name;
 }
 
-std::string TriggerSql(const std::string& table, const std::string& event, const std::string& body) {
-  return "CREATE TRIGGER IF NOT EXISTS " + table + "_" + event + " AFTER " + event + " ON " + table + " BEGIN\n  " +
-         body + ";\nEND;";
-}
-
-/// Foreign keys would not do: the sqlite3 shell does not heed them unless told.
 std::string MembershipsSql() {
   const std::string touch_old = TouchSql(kContactKinds[kContacts], "OLD.contact_id");
   const std::string touch_new = TouchSql(kContactKinds[kContacts], "NEW.contact_id");
   return "CREATE TABLE IF NOT EXISTS memberships (contact_id INTEGER NOT NULL, group_id INTEGER NOT NULL,\n"
          "  PRIMARY KEY (contact_id, group_id)) WITHOUT ROWID;" +
-         TriggerSql(Contacts(), "delete", "DELETE FROM memberships WHERE contact_id = OLD.id") +
-         TriggerSql(Groups(), "delete", "DELETE FROM memberships WHERE group_id = OLD.id") +
-         TriggerSql("memberships", "insert", touch_new) + TriggerSql("memberships", "delete", touch_old) +
-         TriggerSql("memberships", "update", touch_old + ";\n  " + touch_new);
+         TriggerSql(Contacts() + "_delete", "DELETE", Contacts(), "DELETE FROM memberships WHERE contact_id = OLD.id") +
+         TriggerSql(Groups() + "_delete", "DELETE", Groups(), "DELETE FROM memberships WHERE group_id = OLD.id") +
+         TriggerSql("memberships_insert", "INSERT", "memberships", touch_new) +
+         TriggerSql("memberships_delete", "DELETE", "memberships", touch_old) +
+         TriggerSql("memberships_update", "UPDATE", "memberships", touch_old + ";\n  " + touch_new);
 }
 
 std::string PicturesSql() {
@@ -98,7 +93,7 @@ void ContactDatabase::ExpectContact(std::uint32_t id) const {
 }
 
 std::vector<std::uint32_t> ContactDatabase::GroupsOf(std::uint32_t contact) const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const ReadTransaction transaction(database_);
   ExpectContact(contact);
   Query query(groups_of_);
   query.Bind(1, std::int64_t{contact});

@@ -75,6 +75,15 @@ class Transaction {
   bool open_ = true;
 };
 
+/// What is read while this lives is of one moment. It ends without a commit: there is nothing to keep.
+class ReadTransaction {
+ public:
+  explicit ReadTransaction(Database& database) : holds_rows_still_(database) {}
+
+ private:
+  const Transaction holds_rows_still_;
+};
+
 }  // namespace stores
 
 #pragma GCC visibility pop

@@ -4,12 +4,6 @@
 namespace stores {
 namespace {
 
-std::string TriggerSql(const std::string& name, const std::string& event, const std::string& table,
-                       const std::string& body) {
-  return "CREATE TRIGGER IF NOT EXISTS " + name + " AFTER " + event + " ON " + table + " BEGIN\n  " + body + ";\nEND;";
-}
-
-/// Foreign keys would not do: the sqlite3 shell does not heed them unless told.
 std::string TableSql(const KindDescription& records, const std::string& table, const std::string& record_id,
                      const std::vector<Column>& columns) {
   const std::string touch_old = TouchSql(records, "OLD." + record_id);

@@ -49,12 +49,11 @@ std::vector<std::uint8_t> OwnedBy(std::size_t table, const Slot& slot, std::uint
   return record;
 }
 
-/// Rows of `table` go with the row of `owner` that they name.
+/// Rows of `table` go with the row of `owner` that they name, of which a table may have more than one.
 std::string GoWithSql(std::size_t table, std::size_t owner, const std::string& column) {
   const std::string of = kMailKinds[owner].table;
   const std::string what = kMailKinds[table].table;
-  return "CREATE TRIGGER IF NOT EXISTS " + what + "_go AFTER DELETE ON " + of + " BEGIN\n  DELETE FROM " + what +
-         " WHERE " + column + " = OLD.id;\nEND;";
+  return TriggerSql(what + "_go_with_" + of, "DELETE", of, "DELETE FROM " + what + " WHERE " + column + " = OLD.id");
 }
 
 std::vector<RecordStore> MakeTables(Database& database) {
@@ -64,8 +63,8 @@ std::vector<RecordStore> MakeTables(Database& database) {
   database.Execute(
       GoWithSql(kMailConfigs, kMailAccounts, "account_id") + GoWithSql(kMailFilters, kMailAccounts, "account_id") +
       GoWithSql(kMailFolders, kMailAccounts, "account_id") + GoWithSql(kMailUidls, kMailAccounts, "account_id") +
-      GoWithSql(kMailFilterContacts, kMailFilters, "filter_id") + GoWithSql(kMailMessages, kMailFolders, "folder_id") +
-      GoWithSql(kMailAddresses, kMailMessages, "message_id"));
+      GoWithSql(kMailFilters, kMailFolders, "folder_id") + GoWithSql(kMailFilterContacts, kMailFilters, "filter_id") +
+      GoWithSql(kMailMessages, kMailFolders, "folder_id") + GoWithSql(kMailAddresses, kMailMessages, "message_id"));
   transaction.Commit();
   return tables;
 }
@@ -233,7 +232,7 @@ std::uint32_t MailDatabase::AddMessage(const std::uint8_t* header, Records addre
 }
 
 std::vector<std::uint32_t> MailDatabase::MessagesOf(std::uint32_t account) const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const ReadTransaction transaction(database_);
   Expect(kMailAccounts, account);
   return messages_of_account_.IdsFor(OwnedBy(kMailMessages, qv::mail::kMessageAccount, account).data());
 }

@@ -42,8 +42,8 @@ class RecordsWithSame {
 };
 
 /// The eight tables are RecordStores. Rows go with the row that they belong to: filters, folders and so on with their
-/// account, messages with their folder, contacts with their filter, addresses with their message. Triggers see to that,
-/// so it holds in the sqlite3 shell too; only a message's file stays.
+/// account, messages and filters with their folder, contacts with their filter, addresses with their message. Triggers
+/// see to that, so it holds in the sqlite3 shell too; only a message's file stays.
 ///
 /// Records are nodes whose last four bytes do not matter. The ids of accounts, filters and folders are 1 to 255; one
 /// that comes keeps its own when that is free and gets the lowest free one otherwise. Each call is one transaction; one

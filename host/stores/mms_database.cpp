@@ -18,23 +18,11 @@ Database& WithTheConfig(Database& database) {
   return database;
 }
 
-std::span<const std::uint8_t> BytesOf(const std::string& text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
-/// Text that is UTF-8 is kept as text, for those who look at the database, and any other as its bytes.
-void BindText(const std::string& text, Query& query, int parameter) {
-  if (handset::Utf8(handset::Utf16(text)) == text) {
-    query.Bind(parameter, text);
-  } else {
-    query.Bind(parameter, BytesOf(text));
-  }
-}
-
 /// Value, text and data from `first` on.
 void BindMessage(const MmsMessage& message, Query& query, int first) {
   query.Bind(first, std::int64_t{message.value});
-  BindText(message.text, query, first + 1);
+  const bool is_utf8 = handset::Utf8(handset::Utf16(message.text)) == message.text;
+  query.BindText(first + 1, message.text, is_utf8, BytesOf(message.text));
   query.Bind(first + 2, message.data);
 }
 

@@ -11,7 +11,7 @@ constexpr std::uint32_t kOnlyPlace = 1;
 
 struct PersonalSettings {
   explicit PersonalSettings(stores::Database& database)
-      : profiles(database, stores::kProfileKind, qv::settings::kProfiles),
+      : profiles(database, stores::kProfileKind, qv::settings::kProfileCount),
         display(database, stores::kDisplayKind, kOnlyPlace) {}
 
   static std::span<stores::RecordStore> Tables() { return {}; }

@@ -25,7 +25,7 @@ FileTime ResolutionOf(const qv::SyncInfoForm& list) {
 }
 
 /// A change moves the time even when the clock has not moved since the last one, or stands before it.
-std::string TriggerSql(const std::string& table, FileTime resolution) {
+std::string ModifiedTriggerSql(const std::string& table, FileTime resolution) {
   return "CREATE TRIGGER IF NOT EXISTS " + table + "_modified AFTER UPDATE ON " + table +
          " WHEN NEW.modified = OLD.modified BEGIN\n  UPDATE " + table + " SET modified = max(OLD.modified + " +
          std::to_string(resolution) + ", " + kNow + ") WHERE id = NEW.id;\nEND";
@@ -41,7 +41,7 @@ std::vector<Column> CreateTable(Database& database, const KindDescription& kind)
   std::erase_if(columns, [&](const Column& column) { return LiesIn(kind.time, column.slot); });
   Transaction transaction(database);
   database.Execute(TableSql(kind, columns));
-  database.Execute(TriggerSql(kind.table, ResolutionOf(kind.list)));
+  database.Execute(ModifiedTriggerSql(kind.table, ResolutionOf(kind.list)));
   transaction.Commit();
   return columns;
 }
@@ -75,6 +75,11 @@ void PutTime(FileTime time, const qv::layout::Slot& slot, std::uint8_t* record) 
 /// A change of a row that leaves all its columns moves its time: by the trigger that every table of records has.
 std::string TouchSql(const KindDescription& kind, const std::string& id) {
   return std::string("UPDATE ") + kind.table + " SET modified = modified WHERE id = " + id;
+}
+
+std::string TriggerSql(const std::string& name, const std::string& event, const std::string& table,
+                       const std::string& body) {
+  return "CREATE TRIGGER IF NOT EXISTS " + name + " AFTER " + event + " ON " + table + " BEGIN\n  " + body + ";\nEND;";
 }
 
 UnknownId::UnknownId(std::uint32_t id) : StoreError("there is no record " + std::to_string(id)) {}
@@ -113,7 +118,7 @@ bool RecordStore::Has(std::uint32_t id) const {
 }
 
 void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const ReadTransaction transaction(database_);
   for (const std::uint32_t id : ids) {
     Query query(read_);
     query.Bind(1, std::int64_t{id});
@@ -127,7 +132,7 @@ void RecordStore::Read(std::span<const std::uint32_t> ids, std::uint8_t* records
 }
 
 std::vector<std::uint8_t> RecordStore::ReadAll() const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const ReadTransaction transaction(database_);
   std::vector<qv::SyncInfoEntry> entries(Count());
   entries.resize(SyncInfo(entries));
   std::vector<std::uint32_t> ids;

@@ -40,12 +40,18 @@ class UnknownId : public StoreError {
   explicit UnknownId(std::uint32_t id);
 };
 
-/// SQL that makes a change of what belongs to a record one of the record: `id` is an expression.
-std::string TouchSql(const KindDescription& kind, const std::string& id);
+// SQL for what belongs to records. Foreign keys would not do: the sqlite3 shell does not heed them unless told.
 
-/// One table: `id`, 32 bits, which is never given out twice; `modified`, a FileTime; and the columns of the record form
-/// (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the sqlite3 shell counts as one on
-/// the handset, and a row inserted there gets the present time. It moves by what the store's list can tell at least.
+/// Makes a change of it one of the record: `id` is an expression.
+std::string TouchSql(const KindDescription& kind, const std::string& id);
+/// Has `body` done after each `event`, "DELETE" say, on the table.
+std::string TriggerSql(const std::string& name, const std::string& event, const std::string& table,
+                       const std::string& body);
+
+/// One table: `id`, 32 bits, which is never given out twice unless a caller asks for it; `modified`, a FileTime; and
+/// the columns of the record form (columns.h). A change of a row moves `modified` by a trigger, so that an edit in the
+/// sqlite3 shell counts as one on the handset, and a row inserted there gets the present time. It moves by what the
+/// store's list can tell at least.
 ///
 /// A record is `layout.store_size` bytes. What is read is what was inserted, but for the record's own id and time,
 /// which are the row's, and bytes that no row names, which are zero. Each call is one transaction; one that throws has
@@ -60,13 +66,13 @@ class RecordStore {
   std::uint32_t Count() const;
   bool Has(std::uint32_t id) const;
 
-  /// Fills `entries` in the order of insertion as far as there is room; returns how many were filled.
+  /// Fills `entries` in the order of their ids as far as there is room; returns how many were filled.
   std::uint32_t SyncInfo(std::span<qv::SyncInfoEntry> entries) const;
 
   /// Puts the records back to back in the order of `ids`. Throws UnknownId.
   void Read(std::span<const std::uint32_t> ids, std::uint8_t* records) const;
 
-  /// All records back to back, in the order of insertion.
+  /// All records back to back, in the order of their ids.
   std::vector<std::uint8_t> ReadAll() const;
 
   /// Returns the new record's id. Without `modified` it is as of now, without `id` it gets the next one.

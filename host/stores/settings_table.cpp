@@ -2,7 +2,6 @@
 #include "host/stores/settings_table.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace stores {
 
@@ -13,15 +12,9 @@ void SettingsTable::ExpectPlace(std::uint32_t place) const {
   if (place - store_.Kind().first_id >= places_) throw UnknownId(place);
 }
 
-bool SettingsTable::HasRow(std::uint32_t place) const {
-  std::vector<qv::SyncInfoEntry> rows(store_.Count());
-  store_.SyncInfo(rows);
-  return std::ranges::find(rows, place, &qv::SyncInfoEntry::id) != rows.end();
-}
-
 void SettingsTable::Read(std::uint32_t place, std::uint8_t* structure) const {
   ExpectPlace(place);
-  if (HasRow(place)) {
+  if (store_.Has(place)) {
     store_.Read({&place, 1}, structure);
   } else {
     std::fill_n(structure, store_.Kind().layout.store_size, std::uint8_t{0});
@@ -30,7 +23,7 @@ void SettingsTable::Read(std::uint32_t place, std::uint8_t* structure) const {
 
 void SettingsTable::Write(std::uint32_t place, const std::uint8_t* structure) {
   ExpectPlace(place);
-  if (HasRow(place)) {
+  if (store_.Has(place)) {
     store_.Update(place, structure);
   } else {
     store_.Insert(structure, std::nullopt, place);

@@ -26,7 +26,6 @@ class SettingsTable {
 
  private:
   void ExpectPlace(std::uint32_t place) const;
-  bool HasRow(std::uint32_t place) const;
   std::uint32_t PlaceOf(std::uint32_t i) const { return store_.Kind().first_id + i; }
 
   RecordStore store_;

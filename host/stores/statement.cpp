@@ -5,6 +5,10 @@
 
 namespace stores {
 
+std::span<const std::uint8_t> BytesOf(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
 void ThrowLastError(sqlite3* connection) {
   throw StoreError(sqlite3_errmsg(connection));
 }
@@ -43,6 +47,10 @@ void Query::Bind(int parameter, std::span<const std::uint8_t> bytes) {
   static constexpr std::uint8_t kNoBytes = 0;
   const std::uint8_t* const data = bytes.empty() ? &kNoBytes : bytes.data();
   Check(sqlite3_bind_blob64(statement_, parameter, data, bytes.size(), SQLITE_TRANSIENT));
+}
+
+void Query::BindText(int parameter, std::string_view utf8, bool gives_back, std::span<const std::uint8_t> bytes) {
+  gives_back ? Bind(parameter, utf8) : Bind(parameter, bytes);
 }
 
 bool Query::Step() {

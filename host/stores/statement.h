@@ -22,6 +22,8 @@ class StoreError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+std::span<const std::uint8_t> BytesOf(std::string_view text);
+
 /// Throws StoreError with SQLite's last message about `connection`.
 [[noreturn]] void ThrowLastError(sqlite3* connection);
 
@@ -49,6 +51,9 @@ class Query {
   void Bind(int parameter, std::int64_t value);
   void Bind(int parameter, std::string_view text);
   void Bind(int parameter, std::span<const std::uint8_t> bytes);
+  /// A handset's text as UTF-8, for those who look at the database, but as its bytes when UTF-8 does not give them
+  /// back.
+  void BindText(int parameter, std::string_view utf8, bool gives_back, std::span<const std::uint8_t> bytes);
 
   /// True: there is a row to read. False: the statement is done.
   bool Step();

@@ -29,15 +29,6 @@ std::string Utf8Of(const std::string& narrow) {
   return handset::Utf8(wide);
 }
 
-/// Text is kept as UTF-8, for those who look at the database, but as its bytes when UTF-8 could not give them back.
-void BindText(const std::string& text, Query& query, int parameter) {
-  if (const std::string utf8 = Utf8Of(text); InCodePage(utf8) == text) {
-    query.Bind(parameter, utf8);
-  } else {
-    query.Bind(parameter, std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
-  }
-}
-
 std::string ReadText(const Query& query, int column) {
   if (!query.IsBlob(column)) return InCodePage(query.Text(column));
   const std::span<const std::uint8_t> bytes = query.Blob(column);
@@ -70,7 +61,7 @@ UnifiedMailDatabase::UnifiedMailDatabase(Database& database) : database_(databas
 }
 
 UnifiedMail UnifiedMailDatabase::Read(std::size_t table, std::uint32_t id) const {
-  const Transaction transaction(database_);  // Nothing to commit: it only holds the rows still.
+  const ReadTransaction transaction(database_);
   const Parts& parts = parts_[table];
   UnifiedMail mail = {.record = std::vector<std::uint8_t>(kMailStoreSize),
                       .items_182 = parts.items_182.Read(id),
@@ -88,7 +79,8 @@ void UnifiedMailDatabase::WriteParts(std::size_t table, std::uint32_t id, const 
   parts.items_308.Replace(id, mail.items_308);
   Query query(parts.write_text);
   query.Bind(1, std::int64_t{id});
-  BindText(mail.text, query, 2);
+  const std::string utf8 = Utf8Of(mail.text);
+  query.BindText(2, utf8, InCodePage(utf8) == mail.text, BytesOf(mail.text));
   query.Run();
 }
 

@@ -6,7 +6,7 @@
 namespace qv {
 
 void PostDataChanged() {
-  // One message for each program that shows data. 0x7EF is no gap of ours: no program listens to it.
+  // Callers and windows count on these nine in this order; 0x7EF is not among them.
   static constexpr coredll::DWORD kMessages[] = {0x7ED, 0x7F1, 0x7F0, 0x7E9, 0x7EA, 0x7F2, 0x7EC, 0x7EB, 0x7EE};
   for (const coredll::DWORD message : kMessages) coredll::PostMessageW(coredll::HWND_BROADCAST, message, 0, 0);
 }

@@ -29,8 +29,6 @@ struct Operations {
   Result (*recover_data)(const ModuleFacts* facts, SyncMode mode, char16_t* anchor, const void* directory);
 };
 
-enum class Direction : std::uint8_t { kExport, kRecover };
-
 /// Makes the handler for one call, within which its store stays loaded, and runs it. One function for both directions,
 /// because making a handler is more code than running it.
 template <typename Handler>
@@ -70,7 +68,7 @@ constexpr Row kRows[] = {
     {1, kHandledBy<contacts::ContactsHandler>, &contacts::kFacts},
     {2, kHandledBy<PlainHandler>, &schedule::kFacts},
     {3, kHandledBy<PlainHandler>, &tasks::kFacts},
-    {4, kHandledBy<agenda::AgendaHandler>, &agenda::kFacts},
+    {4, kHandledBy<TableHandler<agenda::EntryTable>>, &agenda::kFacts},
     {5, kHandledBy<unified_mail::UnifiedMailHandler>, &unified_mail::kFacts},
     {6, kWholes<mail::Export, mail::Recover>},
     {7, kHandledBy<PlainHandler>, &card_reader::kFacts},

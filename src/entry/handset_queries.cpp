@@ -5,9 +5,10 @@
 #include <string_view>
 
 #include "entry/stream.h"
+#include "layout/bytes.h"
 #include "platform/coredll.h"
 #include "platform/library.h"
-#include "sync/exchange_directory.h"
+#include "qv_rapi.h"
 
 namespace qv {
 namespace {
@@ -52,7 +53,7 @@ std::uint32_t FreeBytes(const void* path) {
   constexpr std::uint32_t kNoSuchPath = 0xFFFFFFFF;
   char16_t name[kDirectoryCapacity];
   coredll::WIN32_FIND_DATAW found;
-  if (!CopyWideText(path, name, kDirectoryCapacity)) return kNoSuchPath;
+  if (!layout::CopyWideText(path, name, kDirectoryCapacity)) return kNoSuchPath;
   if (coredll::FindFirstFileW(name, &found) == coredll::INVALID_HANDLE_VALUE) return kNoSuchPath;
   coredll::ULARGE_INTEGER free_to_caller;
   coredll::ULARGE_INTEGER total;

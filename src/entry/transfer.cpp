@@ -5,9 +5,9 @@
 #include "entry/broadcast.h"
 #include "entry/dispatch.h"
 #include "entry/stream.h"
+#include "layout/bytes.h"
 #include "platform/memory.h"
 #include "qv_rapi.h"
-#include "sync/exchange_directory.h"
 
 namespace qv {
 namespace {
@@ -27,7 +27,7 @@ struct Request {
     std::memcpy(&module_id, block + offsetof(RequestRecord, module_id), sizeof(module_id));
     std::memcpy(&mode, block + offsetof(RequestRecord, mode), sizeof(mode));
     directory = block + offsetof(RequestRecord, directory);
-    if (has_anchor) CopyWideText(block + offsetof(RequestRecord, anchor), anchor.data(), kAnchorCapacity);
+    if (has_anchor) layout::CopyWideText(block + offsetof(RequestRecord, anchor), anchor.data(), kAnchorCapacity);
     return has_anchor;
   }
 };

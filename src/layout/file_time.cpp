@@ -37,9 +37,7 @@ coredll::FILETIME ToFileTime(const coredll::SYSTEMTIME& time) {
 }
 
 coredll::FILETIME ToFileTime(std::span<const std::uint32_t> parts) {
-  coredll::SYSTEMTIME time = {};
-  for (std::size_t i = 0; i < parts.size(); ++i) time.*kParts[i] = static_cast<std::uint16_t>(parts[i]);
-  return ToFileTime(time);
+  return ToFileTime(LoadParts(reinterpret_cast<const std::uint8_t*>(parts.data()), parts.size_bytes()));
 }
 
 void PutFileTimeNumbers(const std::uint8_t* file_time, std::uint8_t* numbers, std::size_t size) {

@@ -12,9 +12,14 @@ namespace qv::layout {
 inline constexpr std::size_t kMostNarrowText = 256;
 inline constexpr std::size_t kMostWideText = kMostNarrowText + 1;
 
+/// Whether a field of UTF-16 text can have this size, in bytes: whole characters, of which one is the NUL.
+constexpr bool IsWideText(std::size_t size) {
+  return size >= 2 && size % 2 == 0;
+}
+
 /// Whether fields of these sizes, in bytes, can be converted.
 constexpr bool IsNarrowText(std::size_t narrow_size, std::size_t wide_size) {
-  return narrow_size <= kMostNarrowText && wide_size <= 2 * kMostWideText;
+  return narrow_size != 0 && narrow_size <= kMostNarrowText && IsWideText(wide_size) && wide_size <= 2 * kMostWideText;
 }
 
 /// Converts a field up to its NUL, as far as it leaves room for one. Sizes are in bytes. The target is zero already.

@@ -158,6 +158,10 @@ constexpr Field FileOnly(Name name, Slot exchange) {
   return {name, {}, exchange};
 }
 
+/// Of items that do not lie in the store record, and of those that the store has no fixed room for.
+inline constexpr std::uint16_t kElsewhere = 0xFFFF;
+inline constexpr std::uint32_t kAnyNumber = 0xFFFFFFFF;
+
 /// Items of one size that follow the fixed part in an exchange file and lie in slots of the store record.
 struct ItemRun {
   [[no_unique_address]] Name name;
@@ -171,9 +175,6 @@ struct ItemRun {
   /// The count is a number of 4 bytes in front of the items, and `count` none.
   bool is_counted_in_front = false;
 };
-
-inline constexpr std::uint16_t kElsewhere = 0xFFFF;
-inline constexpr std::uint32_t kAnyNumber = 0xFFFFFFFF;
 
 /// Most bytes of an item that is converted between file and store record.
 inline constexpr std::uint32_t kMostItemSize = 128;
@@ -249,23 +250,30 @@ constexpr bool Claim(const Slot& slot, std::span<std::uint8_t> claimed) {
   return true;
 }
 
+/// Whether a slot is a number that LoadSlot and StoreSlot take.
+constexpr bool IsNumber(const Slot& slot) {
+  return IsNumeric(slot.form) && slot.size >= 1 && slot.size <= 4;
+}
+
 /// Whether the interpreter can carry the one side to the other: numbers to numbers, text to text, what is carried as it
 /// stands to as much room, and times to numbers, to six from a text.
 constexpr bool SidesFit(const Field& field) {
-  const Form store = field.store.form;
-  const Form exchange = field.exchange.form;
-  if (store == Form::kNone || exchange == Form::kNone || field.carried == Carried::kByModule) return true;
-  switch (store) {
+  const Slot& store = field.store;
+  const Slot& exchange = field.exchange;
+  if (store.form == Form::kNone || exchange.form == Form::kNone || field.carried == Carried::kByModule) return true;
+  switch (store.form) {
     case Form::kNumber:
     case Form::kSigned:
     case Form::kBits:
-    case Form::kTruth: return IsNumeric(exchange);
-    case Form::kText: return exchange == Form::kText;
-    case Form::kNarrowText: return exchange == Form::kText && IsNarrowText(field.store.size, field.exchange.size);
-    case Form::kTimeText: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
-    case Form::kFileTime: return exchange == Form::kTimeNumbers;
-    case Form::kSystemTime: return exchange == Form::kTimeNumbers && field.exchange.size == 4 * kTimeParts;
-    default: return exchange == store && field.exchange.size == field.store.size;
+    case Form::kTruth: return IsNumber(store) && IsNumber(exchange);
+    case Form::kText: return exchange.form == Form::kText && IsWideText(store.size) && IsWideText(exchange.size);
+    case Form::kNarrowText: return exchange.form == Form::kText && IsNarrowText(store.size, exchange.size);
+    case Form::kRawText:
+    case Form::kBytes: return exchange.form == store.form && exchange.size == store.size;
+    case Form::kFileTime: return exchange.form == Form::kTimeNumbers;
+    case Form::kTimeText:
+    case Form::kSystemTime: return exchange.form == Form::kTimeNumbers && exchange.size == 4 * kTimeParts;
+    default: return false;
   }
 }
 

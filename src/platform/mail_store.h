@@ -1,7 +1,7 @@
 // The class that MailStore.dll exports, as the agent imports it: the only store that is not loaded by name for one
 // call. Without the library QV_RAPI.dll itself does not load. The handset builds import the members under the decorated
-// names given here; the simulated handset defines them under the plain ones and passes each call on to the store it
-// has.
+// names given here (on ARM with QAA for QAE); the simulated handset defines them under the plain ones and passes each
+// call on to the store it has.
 #ifndef QV_PLATFORM_MAIL_STORE_H
 #define QV_PLATFORM_MAIL_STORE_H
 

@@ -1,9 +1,11 @@
-// Growable lists over the platform's malloc. Allocation can fail, and every caller has to look.
+// Growable lists over the platform's malloc, and what the stores allocate by it. Allocation can fail, and every caller
+// has to look.
 #ifndef QV_PLATFORM_MEMORY_H
 #define QV_PLATFORM_MEMORY_H
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <type_traits>
 
@@ -75,6 +77,24 @@ class List {
   T* items_ = nullptr;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
+};
+
+/// A block that a store allocated and left to the agent.
+class StoreBlock {
+ public:
+  StoreBlock() = default;
+  ~StoreBlock() { coredll::free(bytes_); }
+  StoreBlock(const StoreBlock&) = delete;
+  StoreBlock& operator=(const StoreBlock&) = delete;
+
+  /// Where the store says where it is.
+  std::uint8_t** place() { return &bytes_; }
+  const std::uint8_t* bytes() const { return bytes_; }
+  /// What a store leaves behind when it fails is its own.
+  void Forget() { bytes_ = nullptr; }
+
+ private:
+  std::uint8_t* bytes_ = nullptr;
 };
 
 }  // namespace qv

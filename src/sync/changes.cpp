@@ -12,7 +12,7 @@ Result Snapshot::Load(const char16_t* path) {
 
 Result CompareWithSnapshot(std::uint32_t table, SyncInfoList& current, const Snapshot& snapshot,
                            EntryWriter<ChangeRecord>& changes) {
-  const auto& known = snapshot.entries_;
+  const auto& known = snapshot.entries();
   List<bool> still_there;  // Of each id's first snapshot entry.
   if (!still_there.Resize(known.size())) return Result::kNoMemory;
   std::fill(still_there.begin(), still_there.end(), false);

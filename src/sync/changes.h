@@ -25,10 +25,10 @@ class Snapshot {
     bool operator==(const IdKey&) const = default;
     constexpr std::uint32_t Hash() const { return HashWord(id); }
   };
+  /// Found by their ids.
+  const auto& entries() const { return entries_; }
 
  private:
-  friend Result CompareWithSnapshot(std::uint32_t table, SyncInfoList& current, const Snapshot& snapshot,
-                                    EntryWriter<ChangeRecord>& changes);
   static IdKey KeyOf(const SnapshotEntry& entry) { return {entry.id}; }
   IndexedList<SnapshotEntry, IdKey, KeyOf> entries_;
 };

@@ -33,9 +33,6 @@ class ExchangeDirectory {
   char16_t text_[kDirectoryCapacity] = {};
 };
 
-/// Copies UTF-16LE text of any alignment, at most `capacity` - 1 characters and the NUL. False when it was longer.
-bool CopyWideText(const void* text, char16_t* buffer, std::size_t capacity);
-
 }  // namespace qv
 
 #endif  // QV_SYNC_EXCHANGE_DIRECTORY_H

@@ -22,6 +22,12 @@ Result ReadPart(File& exchange_table, void* part, std::size_t size, bool& is_who
   return read ? Result::kOk : Result::kFileUnreadable;
 }
 
+Result ReadWhole(File& exchange_table, void* part, std::size_t size) {
+  bool is_whole = false;
+  (void)ReadPart(exchange_table, part, size, is_whole);
+  return is_whole ? Result::kOk : Result::kFileUnreadable;
+}
+
 Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                  std::uint8_t* store, bool& is_whole) {
   is_whole = false;
@@ -55,7 +61,7 @@ bool WriteItems(File& exchange_table, const layout::RecordLayout& layout, const 
     const std::uint32_t count = ItemCount(run, exchange);
     const std::uint8_t* slot = store + run.store_offset;
     if (run.layout == nullptr) {
-      if (!exchange_table.Write(slot, count * std::size_t{run.item.size})) return false;
+      if (count != 0 && !exchange_table.Write(slot, count * std::size_t{run.item.size})) return false;
       continue;
     }
     for (std::uint32_t i = 0; i < count; ++i, slot += StoreItemSize(run)) {

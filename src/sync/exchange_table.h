@@ -21,14 +21,17 @@ Result ReadRecord(File& exchange_table, std::uint8_t* record, std::size_t record
 /// kFileUnreadable.
 Result ReadPart(File& exchange_table, void* part, std::size_t size, bool& is_whole);
 
+/// The same of a part that the file must hold: all of it, or kFileUnreadable.
+Result ReadWhole(File& exchange_table, void* part, std::size_t size);
+
 /// Reads the items that follow a fixed part into the slots of its store record; those that lie elsewhere are the
 /// caller's to read. kFileUnreadable also when the counts exceed the slots. `is_whole` is false after a failure, and
 /// when the file ends before the last item: nothing of such a record may be applied.
 Result ReadItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                  std::uint8_t* store, bool& is_whole);
 
-/// Writes the same items of a record whose fixed part was written: one write for each run, or for each item that is
-/// converted. False when the file cannot take them.
+/// Writes the same items of a record whose fixed part was written: one write for each run that has any, or for each
+/// item that is converted. False when the file cannot take them.
 [[nodiscard]] bool WriteItems(File& exchange_table, const layout::RecordLayout& layout, const std::uint8_t* exchange,
                               const std::uint8_t* store);
 

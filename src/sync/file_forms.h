@@ -1,5 +1,6 @@
 // The entries that every module's bookkeeping files are made of, and what a store lists its records as. They lie in
-// files as they lie in memory; the tables describe them to those who dump or document files.
+// files as they lie in memory; the tables describe them to those who dump or document files. A recover holds a change
+// list and an id map in the containers at the end, found by table and id.
 #ifndef QV_SYNC_FILE_FORMS_H
 #define QV_SYNC_FILE_FORMS_H
 

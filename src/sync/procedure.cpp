@@ -172,22 +172,4 @@ Result Procedure::Remember(SyncMode mode) {
   return IsFailure(mapped) && facts_.id_map_written != kNoFlag ? mapped | facts_.id_map_written : Result::kOk;
 }
 
-PlainHandler::PlainHandler(const ModuleFacts& facts, const ModuleCall& call)
-    : main_(call, kMainTable, facts.tables[kMainTable]),
-      procedure_(facts, call, main_, facts.tables.size() > kGroupTable ? &MakeGroups(facts, call) : nullptr) {}
-
-PlainTable& PlainHandler::MakeGroups(const ModuleFacts& facts, const ModuleCall& call) {
-  return groups_.emplace(call, kGroupTable, facts.tables[kGroupTable]);
-}
-
-Result PlainHandler::Export(SyncMode& mode, char16_t* anchor) {
-  procedure_.BeginExport(mode, anchor);
-  return procedure_.Export(mode);
-}
-
-Result PlainHandler::Recover(SyncMode mode, char16_t* anchor) {
-  procedure_.BeginRecover(mode, anchor);
-  return procedure_.Recover(mode);
-}
-
 }  // namespace qv

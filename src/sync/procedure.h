@@ -47,7 +47,8 @@ struct ModuleFacts {
   /// A recover asked for on the handset itself applies a change list, as an incremental one does. Usually it inserts.
   bool local_recover_applies_changes = false;
   /// No run fails: what goes wrong ends its own step, for its own table, and is not told. A change list that cannot be
-  /// read ends applying, and a store that lacks what empties it gets nothing; what came in is deleted all the same.
+  /// read ends applying, and a store that lacks what empties it gets nothing (the unified mail, which empties by
+  /// itself, is added to); what came in is deleted all the same.
   bool never_fails = false;
 
   /// An export begins by deleting the main exchange table: one that fails early leaves none.
@@ -72,9 +73,10 @@ constexpr bool AppliesChanges(const ModuleFacts& facts, SyncMode mode) {
   return mode == SyncMode::kIncremental || (mode == SyncMode::kLocalRecover && facts.local_recover_applies_changes);
 }
 
-/// Whether the facts name all that the procedure calls.
+/// Whether the facts name all that the procedure calls, and lists that it can take.
 constexpr bool IsComplete(const ModuleFacts& facts) {
   for (const RecordTableFacts& table : facts.tables) {
+    if (!HasRoom(table.sync_info)) return false;
     for (const EntryPoint& call : {table.calls.count, table.calls.list, table.calls.read, table.calls.insert,
                                    table.calls.update, facts.erase, facts.erase_all}) {
       if (call.name == nullptr) return false;
@@ -147,24 +149,37 @@ class Procedure {
   IdMap id_map_;
 };
 
-/// The handler of a module that is its facts.
-class PlainHandler {
+/// The handler of a module that is its facts, but for what its main table does in its own way.
+template <typename MainTable>
+class TableHandler {
  public:
-  PlainHandler(const ModuleFacts& facts, const ModuleCall& call);
+  TableHandler(const ModuleFacts& facts, const ModuleCall& call)
+      : main_(call, kMainTable, facts.tables[kMainTable]), procedure_(facts, call, main_, MakeGroups(facts, call)) {}
 
   // As every module's, within a call that has begun (entry/dispatch.cpp). Results carry the flags of the facts, and are
   // told in words in the module's StepWords. Without a flag are kFileFailed of an export, whatever else fails in
   // exporting a table whose facts give it none, and kEntryPointMissing and kWipeFailed of a recover.
-  Result Export(SyncMode& mode, char16_t* anchor);
-  Result Recover(SyncMode mode, char16_t* anchor);
+  Result Export(SyncMode& mode, char16_t* anchor) {
+    procedure_.BeginExport(mode, anchor);
+    return procedure_.Export(mode);
+  }
+  Result Recover(SyncMode mode, char16_t* anchor) {
+    procedure_.BeginRecover(mode, anchor);
+    return procedure_.Recover(mode);
+  }
 
  private:
-  PlainTable& MakeGroups(const ModuleFacts& facts, const ModuleCall& call);
+  /// Null for a module with one table.
+  RecordTable* MakeGroups(const ModuleFacts& facts, const ModuleCall& call) {
+    return facts.tables.size() > kGroupTable ? &groups_.emplace(call, kGroupTable, facts.tables[kGroupTable]) : nullptr;
+  }
 
-  PlainTable main_;
+  MainTable main_;
   std::optional<PlainTable> groups_;
   Procedure procedure_;
 };
+
+using PlainHandler = TableHandler<PlainTable>;
 
 // The steps of a module with one table, in words.
 

@@ -35,9 +35,10 @@ inline constexpr CodeWords kCodeWords[] = {
      "the store's database may be damaged, or the desktop names a record that is gone"},
     {Result::kInsertFailed, Directions::kRecover, "the store refused to insert a record, or its configuration",
      "deletions and records before it were applied, without an id map; the exchange files are kept"},
-    {Result::kUpdateFailed, Directions::kRecover, "the store refused to update a record, or its configuration",
-     "the desktop may name a record that is gone; deletions and records before it were applied, without an id map; the "
-     "exchange files are kept"},
+    {Result::kUpdateFailed, Directions::kRecover,
+     "the store refused to update a record, its configuration or the clock",
+     "the exchange files are kept; in a module of records: the desktop may name one that is gone, and deletions and "
+     "what came before it were applied, without an id map"},
     {Result::kDeleteFailed, Directions::kRecover, "the store refused to delete records",
      "other deletions may have been applied, but no record; the exchange files are kept"},
     {Result::kRefused502, Directions::kRecover, "the store refused to insert records, for its reason -502",
@@ -50,7 +51,8 @@ inline constexpr CodeWords kCodeWords[] = {
      "close programs on the handset and try again"},
     {Result::kFileFailed, Directions::kBoth, "a file could not be opened, created or written whole",
      "check that the directory exists, that its path has at most 259 characters, and that there is free space"},
-    {Result::kFileUnreadable, Directions::kBoth, "a file could not be read, or holds counts that no record can have",
+    {Result::kFileUnreadable, Directions::kBoth,
+     "a file could not be read, or holds a count or an index that cannot be",
      "the file or its medium is damaged; it was kept"},
     {Result::kTable0Empty, Directions::kNone, "table 0 of the store is empty", "not a failure"},
     {Result::kTable1Empty, Directions::kNone, "table 1 of the store is empty", "not a failure"},

@@ -1,14 +1,13 @@
 // The one place where a store is called by its facts.
 #include "sync/store_function.h"
 
+#include "layout/bytes.h"
+
 namespace qv {
 namespace {
 
+using layout::AddressOf;
 using Word = std::uint32_t;
-
-Word AddressOf(const void* place) {
-  return static_cast<Word>(reinterpret_cast<std::uintptr_t>(place));
-}
 
 Word WordOf(Argument argument, const Arguments& arguments) {
   switch (argument) {

@@ -24,7 +24,6 @@ layout::TimeOfSix SixWords(const std::uint8_t* words) {
 coredll::FILETIME OfSystemTime(const std::uint8_t* bytes) {
   coredll::SYSTEMTIME time;
   std::memcpy(&time, bytes, sizeof(time));
-  time.wDayOfWeek = 0;
   time.wMilliseconds = 0;
   return layout::ToFileTime(time);
 }
@@ -51,7 +50,6 @@ bool SyncInfoList::Resize(std::uint32_t count, const SyncInfoForm& form) {
 }
 
 void SyncInfoList::Take(std::uint32_t count) {
-  static_assert(sizeof(SnapshotEntry) <= 12, "no store's entry is shorter, so none is overwritten before it is read");
   count_ = std::min<std::size_t>(count, count_);
   auto* const entries = reinterpret_cast<SnapshotEntry*>(bytes_.data());
   for (std::size_t i = 0; i < count_; ++i) {

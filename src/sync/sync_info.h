@@ -20,10 +20,15 @@ struct SyncInfoForm {
     kSixWords,    ///< Year, month, day, hour, minute and second in 16 bits each.
     kText,        ///< UTF-16, 14 digits of the same.
   };
-  std::uint16_t entry_size;
+  std::uint16_t entry_size;  ///< As long as a SnapshotEntry or longer: see HasRoom.
   std::uint16_t time_offset;
   Time time;
 };
+
+/// Whether SyncInfoList can make snapshot entries of these in their own memory: none is overwritten before it is read.
+constexpr bool HasRoom(const SyncInfoForm& form) {
+  return form.entry_size >= sizeof(SnapshotEntry);
+}
 
 /// As SyncInfoEntry says.
 inline constexpr SyncInfoForm kFileTimeIn16Bytes = {sizeof(SyncInfoEntry), offsetof(SyncInfoEntry, time_low),

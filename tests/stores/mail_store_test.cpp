@@ -386,6 +386,16 @@ TEST_F(MailDatabaseTest, WhatBelongsToARowGoesWithItInTheShellToo) {
   for (std::size_t table = 0; table < stores::kMailTables; ++table) EXPECT_THAT(List(table), IsEmpty()) << table;
 }
 
+TEST_F(MailDatabaseTest, AFilterGoesWithItsFolderAndOneOfTheWholeAccountStays) {
+  PutAccountAndFolder();
+  NodeOf anna = FilterContact(u"Anna"), tom = FilterContact(u"Tom");
+  ASSERT_EQ(SetFilter(Filter(5, 3, u"Friends"), anna.get()), 0);
+  ASSERT_EQ(SetFilter(Filter(6, 0, u"Friends"), tom.get()), 0);
+  Shell("DELETE FROM mail_folders WHERE id = 3");
+  EXPECT_EQ(Shell("SELECT id, folder_id FROM mail_filters"), "6|0\n");
+  EXPECT_EQ(Shell("SELECT filter_id, text_1 FROM mail_filter_contacts"), "6|Tom\n");
+}
+
 TEST_F(MailDatabaseTest, EachMemberRefusesAsItsSettingSays) {
   PutAccountAndFolder();
   long head = 77, count = 77;

@@ -33,8 +33,8 @@ constexpr char kAnySettingsFailure[] =
     "memory was short";
 
 constexpr RecordsOfAFile kClockFile[] = {
-    {"alarm", &qv::settings::kAlarmLayout, qv::settings::kAlarms},
-    {"clock_name", &qv::settings::kClockNameLayout, qv::settings::kNames},
+    {"alarm", &qv::settings::kAlarmLayout, qv::settings::kAlarmCount},
+    {"clock_name", &qv::settings::kClockNameLayout, qv::settings::kClockNameCount},
 };
 
 /// In the order of their numbers. A new module is one line here.
@@ -88,9 +88,14 @@ constexpr Module kModules[] = {
     {13, qv::graphic_memo::kNames, &qv::graphic_memo::kFacts, qv::OneTableStepWords(qv::graphic_memo::kFacts)},
     {.id = 14,
      .names = qv::settings::kPersonalModule,
+     .rules = qv::settings::kPersonalRules,
      .own_calls = kPersonalCalls,
      .only_failure = kAnySettingsFailure},
-    {.id = 15, .names = qv::settings::kBrowserModule, .own_calls = kBrowserCalls, .only_failure = kAnySettingsFailure},
+    {.id = 15,
+     .names = qv::settings::kBrowserModule,
+     .rules = qv::settings::kBrowserRules,
+     .own_calls = kBrowserCalls,
+     .only_failure = kAnySettingsFailure},
     {.id = 16,
      .names = qv::settings::kClockModule,
      .rules = qv::settings::kClockRules,

@@ -53,7 +53,8 @@ constexpr char kIntroduction[] =
     "\"In the store record\" is the offset of the same value in the store library's record, and its bits where the\n"
     "value shares a number with others; \"signed\" is a number that keeps its sign in the file, \"8-bit\" a text in "
     "the\n"
-    "system's code page, which passes on up to the first character without a counterpart.\n\n";
+    "system's code page, which passes on up to the first character without a counterpart. A row without an offset is\n"
+    "in the store record only, where its width is.\n\n";
 
 /// A member of a structure of include/qv_rapi.h, whose place the compiler says.
 #define QV_MEMBER(structure, member, type, meaning)                                                                  \
@@ -81,7 +82,10 @@ std::string Blocks() {
   text += QV_MEMBER(ResultRecord, code, "number", "0, or the result with the direction's flag; see RESULTS.md");
   text += QV_MEMBER(ResultRecord, mode, "number",
                     "the mode the module ran in: an incremental export that could not be honoured reads 1");
-  text += QV_MEMBER(ResultRecord, anchor, "text", "the new anchor when the mode is below 4, else the request's");
+  text +=
+      QV_MEMBER(ResultRecord, anchor, "text",
+                "the anchor that the module moved to, in a mode below 4; the request's when it moved none: in other "
+                "modes, for modules without an anchor (6, 14 to 16) and unknown ids, and where the run failed before");
   text += fmt::format("\n### Running\n\nWhat `fnQV_CheckMutex` writes, {} bytes.\n\n", sizeof(RunningRecord));
   text += kMemberHeader;
   text += QV_MEMBER(RunningRecord, running, "number", "1 when the program runs, else 0");
@@ -91,8 +95,12 @@ std::string Blocks() {
 
 #undef QV_MEMBER
 
+bool IsNamed(const Slot& slot) {
+  return slot.form != Form::kNone && slot.form != Form::kUnused;
+}
+
 std::string StorePlace(const Slot& slot) {
-  if (slot.form == Form::kNone || slot.form == Form::kUnused) return "";
+  if (!IsNamed(slot)) return "";
   std::string text = std::to_string(slot.offset);
   if (slot.width != 0)
     text += fmt::format(", bits {}..{} of {} bytes", slot.shift + slot.width - 1, slot.shift, slot.size);
@@ -101,11 +109,10 @@ std::string StorePlace(const Slot& slot) {
   return text;
 }
 
-std::string TypeOf(const Field& field) {
-  std::string type = NameOf(field.exchange.form);
-  if (field.exchange.width != 0) {
-    type += fmt::format(" {}..{}", field.exchange.shift + field.exchange.width - 1, field.exchange.shift);
-  }
+/// `slot`: the one that the row is about.
+std::string TypeOf(const Field& field, const Slot& slot) {
+  std::string type = NameOf(slot.form);
+  if (slot.width != 0) type += fmt::format(" {}..{}", slot.shift + slot.width - 1, slot.shift);
   switch (field.carried) {
     case Carried::kBothWays: break;
     case Carried::kRepeated:
@@ -117,15 +124,22 @@ std::string TypeOf(const Field& field) {
   return type;
 }
 
-/// The fields of the exchange side; with the offsets in the store record where the form has one.
+std::string Row(const Field& field) {
+  const bool in_file = field.exchange.form != Form::kNone;
+  const Slot& slot = in_file ? field.exchange : field.store;
+  return fmt::format("| {} | {} | {} | {} |", in_file ? std::to_string(slot.offset) : "", slot.size,
+                     TypeOf(field, slot), field.name);
+}
+
+/// The fields of the exchange side, and of the store record those that only it has; with the offsets in the store
+/// record where the form has one.
 std::string FieldTable(const RecordLayout& layout) {
   const bool in_store = layout.store_size != 0;
   std::string text = in_store ? "| Offset | Width | Type | Name | In the store record |\n|---:|---:|---|---|---|\n"
                               : "| Offset | Width | Type | Name |\n|---:|---:|---|---|\n";
   for (const Field& field : layout.fields) {
-    if (field.exchange.form == Form::kNone) continue;
-    text += fmt::format("| {} | {} | {} | {} |", field.exchange.offset, field.exchange.size, TypeOf(field), field.name);
-    text += in_store ? fmt::format(" {} |\n", StorePlace(field.store)) : "\n";
+    if (field.exchange.form == Form::kNone && !IsNamed(field.store)) continue;
+    text += Row(field) + (in_store ? fmt::format(" {} |\n", StorePlace(field.store)) : "\n");
   }
   return text;
 }
@@ -213,6 +227,27 @@ std::string Table(const FileForm& form) {
   return text + FieldTable(layout) + Items(layout) + Rules(*form.module, form.layout) + "\n";
 }
 
+/// Each kind of record once. In the store's structure they lie as in the file.
+std::string WholeFile(const FileForm& form) {
+  std::string text = fmt::format(
+      "### {}\n\nOne record, always whole: {} bytes, without header or count, in the parts below, whose fields "
+      "`qvdesk show` numbers.\n",
+      form.name, form.layout->exchange_size);
+  std::uint32_t in_file = 0;
+  std::uint32_t in_store = 0;
+  for (const RecordsOfAFile& part : form.module->whole_file) {
+    const RecordLayout& layout = *part.layout;
+    text += fmt::format(
+        "\n#### {}\n\n{} of {} bytes each, the first at {}; in the store's structure {} bytes each, the first at "
+        "{}.\n\n",
+        layout.name, part.count, layout.exchange_size, in_file, layout.store_size, in_store);
+    text += FieldTable(layout) + Rules(*form.module, &layout);
+    in_file += part.count * layout.exchange_size;
+    in_store += part.count * layout.store_size;
+  }
+  return text + "\n";
+}
+
 std::string Sections(const FileForm& form) {
   const SectionLayouts layouts = form.module->config_sections;
   std::string text = fmt::format(
@@ -242,7 +277,7 @@ std::string Message(const FileForm& form) {
 std::string FormOf(const FileForm& form) {
   switch (form.kind) {
     case FileKind::kMessage: return Message(form);
-    case FileKind::kTable: return Table(form);
+    case FileKind::kTable: return form.module->whole_file.empty() ? Table(form) : WholeFile(form);
     case FileKind::kSections: return Sections(form);
     case FileKind::kBlock: return Block(form);
     // Their form is every module's; here stands what this one makes of it.

@@ -70,6 +70,16 @@ std::string WithoutStep() {
   row(Result::kFileFailed, qv::Directions::kBoth,
       "messages: the configuration cannot be opened, created or written whole");
   row(Result::kFileUnreadable, qv::Directions::kRecover, "messages: the configuration cannot be read");
+  row(Result::kEntryPointMissing, qv::Directions::kBoth,
+      "clock settings: the store cannot be asked for the clock, or to take one");
+  row(Result::kReadFailed, qv::Directions::kExport, "clock settings: the store did not give the clock");
+  row(Result::kUpdateFailed, qv::Directions::kRecover,
+      "clock settings: the store refused the clock; nothing was applied");
+  row(Result::kNoMemory, qv::Directions::kBoth, "clock settings: there was no memory for the clock");
+  row(Result::kFileFailed, qv::Directions::kBoth,
+      "clock settings: the file cannot be opened, created or written whole");
+  row(Result::kFileUnreadable, qv::Directions::kRecover,
+      "clock settings: the file cannot be read, or has a name with an index above 8");
   return text + "\n";
 }
 
@@ -109,6 +119,8 @@ std::string Steps(const Module& module) {
       !TellsFailures(RowOf(module.id), qv::Direction::kRecover)) {
     return text + "No failure is reported: every answer is 0. What was exported or applied tells how far a run came.\n";
   }
+  if (module.only_failure != nullptr) return text + fmt::format("1 is whatever failed: {}.\n", module.only_failure);
+  if (module.step_words.empty()) return text + "No result has a step's flag.\n";
   text += "| Flag | Direction | Modes | Failed while |\n|---|---|---|---|\n";
   for (const qv::StepWords& step : module.step_words) {
     text += fmt::format("| 0x{:08x} | {} | {} | {} |\n", static_cast<std::uint32_t>(step.flag), NameOf(step.direction),

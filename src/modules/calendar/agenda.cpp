@@ -51,23 +51,13 @@ Result ReadEntry(File& exchange_table, std::uint8_t* exchange, std::uint8_t* rec
 
 }  // namespace
 
-Result AgendaHandler::Export(SyncMode& mode, char16_t* anchor) {
-  procedure_.BeginExport(mode, anchor);
-  return procedure_.Export(mode);
-}
-
-Result AgendaHandler::Recover(SyncMode mode, char16_t* anchor) {
-  procedure_.BeginRecover(mode, anchor);
-  return procedure_.Recover(mode);
-}
-
 bool EntryTable::MakeRoom(std::size_t count) {
   return records_.Resize(count, kEntryStoreSize) && areas_.Resize(count, kAreaSize);
 }
 
 void EntryTable::PointAtAreas() {
   for (std::size_t i = 0; i < records_.size() / kEntryStoreSize; ++i) {
-    layout::StoreSlot(kArea, Record(i), static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Area(i))));
+    layout::StoreSlot(kArea, Record(i), layout::AddressOf(Area(i)));
   }
 }
 

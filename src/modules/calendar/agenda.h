@@ -101,23 +101,6 @@ class EntryTable final : public RecordTable {
   List<std::uint8_t> areas_;
 };
 
-/// Results as the procedure's.
-class AgendaHandler {
- public:
-  AgendaHandler(const ModuleFacts& facts, const ModuleCall& call)
-      : entries_(call, kMainTable, kTableFacts[kMainTable]),
-        groups_(call, kGroupTable, kTableFacts[kGroupTable]),
-        procedure_(facts, call, entries_, &groups_) {}
-
-  Result Export(SyncMode& mode, char16_t* anchor);
-  Result Recover(SyncMode mode, char16_t* anchor);
-
- private:
-  EntryTable entries_;
-  PlainTable groups_;
-  Procedure procedure_;
-};
-
 }  // namespace qv::agenda
 
 #endif  // QV_MODULES_CALENDAR_AGENDA_H

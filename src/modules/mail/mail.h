@@ -48,14 +48,17 @@ inline constexpr RuleWords kRules[] = {
     {&kHeaderLayout, "The message itself travels beside the tables as the file N.eml."},
     {&kAddressLayout, "A recover looks addresses up by the low 8 bits of a message's id."},
     {&kConfigLayout,
-     "A record that the end of the file cuts off is not applied; in the other tables it reads as zero."},
+     "A record that the end of the file cuts off is not applied; in the other tables what is missing of it reads as "
+     "zero."},
 };
 
 /// Always kOk. Nothing is written when there is no memory, or when the directory (UTF-16LE of any alignment) is too
 /// long.
 Result Export(const void* directory);
 
-/// The number of messages handed to the store, whatever it said of them; 0 also when nothing could be read.
+/// The number of messages handed to the store, whatever it said of them. 0 when a table cannot be taken, and when
+/// reading the accounts fails, whatever was handed over before. Each other table is deleted as soon as it is held, so a
+/// recover that stops leaves only the accounts and what was not held.
 Result Recover(const void* directory);
 
 }  // namespace qv::mail

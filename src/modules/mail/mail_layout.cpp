@@ -6,6 +6,23 @@ namespace {
 
 using namespace layout;
 
+constexpr Field NextNode(std::uint16_t offset) {
+  return StoreUnused(offset, kNextNodeSize);
+}
+
+constexpr bool EndsWithNextNode(std::span<const Field> fields, std::size_t node_size) {
+  const Slot& last = fields.back().store;
+  return last.form == Form::kUnused && last.size == kNextNodeSize && last.offset == node_size - kNextNodeSize;
+}
+
+/// The layout of a node and of its record, which has to fit where records are held.
+template <std::size_t node_size, std::size_t record_size, const auto& fields>
+consteval RecordLayout MailLayout(Name name) {
+  static_assert(EndsWithNextNode(fields, node_size));
+  static_assert(record_size <= kLargestRecord);
+  return TiledLayout<node_size, record_size>(name, fields);
+}
+
 constexpr Field kUserFields[] = {
     StoreUnused(0, 4),
     Both("account_id", kUserAccount, U32(0)),
@@ -18,7 +35,7 @@ constexpr Field kUserFields[] = {
     Both("text_6", Text(1336, 122), Text(678, 122)),
     Both("flags", Bytes(1458, 6), Bytes(800, 6)),
     ExchangeUnused(806, 38),
-    StoreUnused(1464, 4),
+    NextNode(1464),
 };
 
 constexpr Field kConfigFields[] = {
@@ -33,7 +50,7 @@ constexpr Field kConfigFields[] = {
     Both("text_2", Text(144, 402), Text(146, 42)),
     Both("setting_5", U16(546), U16(188)),
     ExchangeUnused(190, 2),
-    StoreUnused(548, 4),
+    NextNode(548),
 };
 
 constexpr Field kFilterFields[] = {
@@ -61,7 +78,7 @@ constexpr Field kFilterFields[] = {
     StoreUnused(674, 2),
     // Desktops count on the size of the record, not on what is in it.
     ExchangeUnused(681, 4139),
-    StoreUnused(676, 4),
+    NextNode(676),
 };
 
 constexpr Field kContactFields[] = {
@@ -79,7 +96,7 @@ constexpr Field kContactFields[] = {
     ExchangeUnused(210, 2),
     Both("value_4", U32(212), U32(212)),
     ExchangeUnused(216, 36),
-    StoreUnused(216, 4),
+    NextNode(216),
 };
 
 constexpr Field kFolderFields[] = {
@@ -95,14 +112,14 @@ constexpr Field kFolderFields[] = {
     ExchangeUnused(73, 7),
     Both("text_1", NarrowText(80, 256), Text(80, 514)),
     ExchangeUnused(594, 34),
-    StoreUnused(336, 4),
+    NextNode(336),
 };
 
 constexpr Field kUidlFields[] = {
     ExportOnly("value_1", U32(0), U32(0)),
     Both("account_id", U16(4), kRecordUidlAccount),
     Both("uidl", Text(6, 122), Text(8, 124)),
-    StoreUnused(128, 4),
+    NextNode(128),
 };
 
 constexpr Field kHeaderFields[] = {
@@ -119,13 +136,13 @@ constexpr Field kHeaderFields[] = {
     Both("value_3", U32(144), U8(144)),
     ExchangeUnused(145, 1),
     Both("text_2", Text(148, 142), Text(146, 142)),
-    Both("date_1", kMessageDate, TimeNumbers(288)),
+    Both("date_1", kMessageDate1, TimeNumbers(288)),
     ExchangeUnused(312, 8),
     Both("date_2", SystemTime(306), TimeNumbers(320)),
     ExchangeUnused(344, 8),
     Both("text_3", Text(322, 62), Text(352, 62)),
-    Both("text_4", kMessageText1, Text(414, 130)),
-    Both("text_5", kMessageText2, Text(544, 202)),
+    Both("text_4", kMessageText4, Text(414, 130)),
+    Both("text_5", kMessageText5, Text(544, 202)),
     Both("text_6", Text(716, 130), Text(746, 130)),
     Both("flag_3", U8(846), U8(876)),
     Both("flag_4", U8(847), U8(877)),
@@ -137,7 +154,7 @@ constexpr Field kHeaderFields[] = {
     Both("text_7", NarrowText(853, 256), Text(880, 510)),
     StoreUnused(1109, 3),
     ByModule("path", {}, kRecordMessagePath),
-    StoreUnused(1112, 4),
+    NextNode(1112),
 };
 
 /// As a filter's contacts, but for the owner: a message, whose id is a whole number.
@@ -154,18 +171,18 @@ constexpr Field kAddressFields[] = {
     ExchangeUnused(210, 2),
     Both("value_4", U32(212), U32(212)),
     ExchangeUnused(216, 36),
-    StoreUnused(216, 4),
+    NextNode(216),
 };
 
 }  // namespace
 
-constinit const RecordLayout kUserLayout = TiledLayout<1468, 844>("mail account", kUserFields);
-constinit const RecordLayout kConfigLayout = TiledLayout<552, 192>("mail configuration", kConfigFields);
-constinit const RecordLayout kFilterLayout = TiledLayout<680, kLargestRecord>("mail filter", kFilterFields);
-constinit const RecordLayout kContactLayout = TiledLayout<220, 252>("mail filter contact", kContactFields);
-constinit const RecordLayout kFolderLayout = TiledLayout<340, 628>("mail folder", kFolderFields);
-constinit const RecordLayout kUidlLayout = TiledLayout<132, 132>("mail UIDL", kUidlFields);
-constinit const RecordLayout kHeaderLayout = TiledLayout<1116, 1940>("mail header", kHeaderFields);
-constinit const RecordLayout kAddressLayout = TiledLayout<220, 252>("mail address", kAddressFields);
+constinit const RecordLayout kUserLayout = MailLayout<1468, 844, kUserFields>("mail account");
+constinit const RecordLayout kConfigLayout = MailLayout<552, 192, kConfigFields>("mail configuration");
+constinit const RecordLayout kFilterLayout = MailLayout<680, kLargestRecord, kFilterFields>("mail filter");
+constinit const RecordLayout kContactLayout = MailLayout<220, 252, kContactFields>("mail filter contact");
+constinit const RecordLayout kFolderLayout = MailLayout<340, 628, kFolderFields>("mail folder");
+constinit const RecordLayout kUidlLayout = MailLayout<132, 132, kUidlFields>("mail UIDL");
+constinit const RecordLayout kHeaderLayout = MailLayout<1116, 1940, kHeaderFields>("mail header");
+constinit const RecordLayout kAddressLayout = MailLayout<220, 252, kAddressFields>("mail address");
 
 }  // namespace qv::mail

@@ -7,7 +7,8 @@
 
 namespace qv::mail {
 
-// The store side is a node. Its last four bytes are the pointer to the next one.
+// The store side is a node, which ends with the pointer to the next one.
+inline constexpr std::uint16_t kNextNodeSize = 4;
 extern const layout::RecordLayout kUserLayout;
 extern const layout::RecordLayout kConfigLayout;
 extern const layout::RecordLayout kFilterLayout;
@@ -17,7 +18,7 @@ extern const layout::RecordLayout kUidlLayout;
 extern const layout::RecordLayout kHeaderLayout;
 extern const layout::RecordLayout kAddressLayout;
 
-inline constexpr std::size_t kLargestRecord = 4820;  ///< A filter's.
+inline constexpr std::size_t kLargestRecord = 4820;  ///< In an exchange table: a filter's.
 
 // In the nodes. The ids of accounts, folders and filters are one byte there, wherever they are looked up.
 inline constexpr layout::Slot kUserAccount = layout::U8(4);
@@ -30,11 +31,11 @@ inline constexpr layout::Slot kFolderKind = layout::U8(72);
 inline constexpr layout::Slot kMessageId = layout::U32(4);
 inline constexpr layout::Slot kMessageAccount = layout::U8(8);
 inline constexpr layout::Slot kMessageFolder = layout::U8(9);
-inline constexpr layout::Slot kMessageDate = layout::SystemTime(290);
+inline constexpr layout::Slot kMessageDate1 = layout::SystemTime(290);
 inline constexpr layout::Slot kMessageOnCard = layout::U8(848);  ///< Not 0: its file lies on the storage card.
-/// With the date and the second text, what tells a message that the store already has.
-inline constexpr layout::Slot kMessageText1 = layout::Text(384, 130);
-inline constexpr layout::Slot kMessageText2 = layout::Text(514, 202);
+/// With date_1 and text_5, what tells a message that the store already has.
+inline constexpr layout::Slot kMessageText4 = layout::Text(384, 130);
+inline constexpr layout::Slot kMessageText5 = layout::Text(514, 202);
 
 // In the exchange records: the ids, in full, by which a record is looked up.
 inline constexpr layout::Slot kRecordConfigAccount = layout::U32(4);

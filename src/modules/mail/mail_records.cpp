@@ -7,12 +7,9 @@
 #include "platform/file.h"
 
 namespace qv::mail {
-
 namespace {
 
-/// Ids are one byte wide wherever records are looked for: those of others cannot be found. They share an owner, so that
-/// no table can be made of owners that are slow to tell apart.
-constexpr std::uint32_t kLargestId = 0xFF;
+/// The records that cannot be found share an owner, so that no table can be made of owners that are slow to tell apart.
 constexpr Owner kNobody = {kLargestId + 1};
 
 }  // namespace

@@ -11,10 +11,13 @@
 
 namespace qv::mail {
 
+/// Ids are one byte wide wherever records are looked for: those of a larger one cannot be found.
+inline constexpr std::uint32_t kLargestId = 0xFF;
+
 /// What records belong to: an account, a filter or a message, or a folder of an account.
 struct Owner {
   std::uint32_t id;
-  std::uint32_t folder = 0;
+  std::uint32_t folder = 0;  ///< 0: none, but the account as a whole.
 
   bool operator==(const Owner&) const = default;
   constexpr std::uint32_t Hash() const { return HashWord(id ^ HashWord(folder)); }

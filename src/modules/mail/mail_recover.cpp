@@ -1,7 +1,7 @@
 // Applies the e-mail tables account by account. The library gives accounts and folders new ids, under which all that
 // belongs to them is handed over; where an account is new under another id, its folders' filters and messages are
-// looked for under that id too, and so are not found: desktops restore such accounts without their messages, and count
-// on it.
+// looked for under that id too, and so are not found (or those of the account are that came under it): desktops restore
+// such accounts without their messages, and count on it.
 #include <cstdint>
 
 #include "modules/mail/mail.h"
@@ -37,9 +37,6 @@ constexpr bool HasFilters(std::uint32_t folder_kind) {
   return folder_kind == 0 || folder_kind == 5;
 }
 
-/// Filters of a whole account name this folder.
-constexpr std::uint32_t kNoFolder = 0;
-
 /// Adds a node for each of the owner's records. False without memory.
 bool Build(NodeList& nodes, const MailRecords& records, Owner owner) {
   for (const std::uint8_t* record = records.First(owner); record != nullptr; record = records.Next(record)) {
@@ -74,7 +71,7 @@ class MailRecover {
     List<std::uint8_t> record;
     if (!record.Resize(kUserLayout.exchange_size)) return 0;
     File users = File::OpenExisting(directory_ / kUserTable.exchange_file);
-    if (!users.IsOpen() || !LoadTables()) return 0;
+    if (!users.IsOpen() || !LoadAndDeleteTables()) return 0;
     for (bool more = true; more;) {
       if (ReadRecord(users, record.data(), record.size(), record.size(), more) != Result::kOk) return 0;
       if (more) ApplyAccount(record.data());
@@ -91,18 +88,21 @@ class MailRecover {
     /// From the moment the library gives the shared id, no account's id tells whether it was there before.
     bool shares_id;
 
+    /// What its UIDLs, its folders and the filters of the whole account name in the tables.
+    Owner AsOwner() const { return {static_cast<std::uint32_t>(old_id)}; }
     bool IsMoved() const { return id != old_id && !shares_id; }
     bool WasThere() const { return id == old_id && !shares_id; }
   };
 
-  bool LoadTables() {
-    return Load(configs_, kConfigTable, MailRecords::LastRecord::kMustBeWhole) && Load(uidls_, kUidlTable) &&
-           Load(filters_, kFilterTable) && Load(folders_, kFolderTable) && Load(headers_, kHeaderTable) &&
-           Load(addresses_, kAddressTable) && Load(contacts_, kContactTable);
+  bool LoadAndDeleteTables() {
+    return LoadAndDelete(configs_, kConfigTable, MailRecords::LastRecord::kMustBeWhole) &&
+           LoadAndDelete(uidls_, kUidlTable) && LoadAndDelete(filters_, kFilterTable) &&
+           LoadAndDelete(folders_, kFolderTable) && LoadAndDelete(headers_, kHeaderTable) &&
+           LoadAndDelete(addresses_, kAddressTable) && LoadAndDelete(contacts_, kContactTable);
   }
 
-  bool Load(MailRecords& records, const TableNames& table,
-            MailRecords::LastRecord last_record = MailRecords::LastRecord::kMayBeCut) {
+  bool LoadAndDelete(MailRecords& records, const TableNames& table,
+                     MailRecords::LastRecord last_record = MailRecords::LastRecord::kMayBeCut) {
     const ExchangeDirectory::Path path = directory_ / table.exchange_file;
     if (!records.Load(path, last_record)) return false;
     coredll::DeleteFileW(path);
@@ -123,19 +123,19 @@ class MailRecover {
     if (id == kSharedAccountId) shares_id_ = true;
     if (result < 0) return;
     const Account account = {static_cast<int>(old_id), id, shares_id_};
-    ApplyUidls(account, {old_id});
-    ApplyAccountFilters(account, {old_id, kNoFolder});
-    ApplyFolders(account, {old_id});
+    ApplyUidls(account);
+    ApplyAccountFilters(account);
+    ApplyFolders(account);
   }
 
-  void ApplyUidls(const Account& account, Owner owner) {
+  void ApplyUidls(const Account& account) {
     NodeList uidls(kUidlLayout);
-    if (!Build(uidls, uidls_, owner) || uidls.first() == nullptr) return;
+    if (!Build(uidls, uidls_, account.AsOwner()) || uidls.first() == nullptr) return;
     TraceIfFailed(mail_store::Sync_SetUIDLInfo(database_.get(), uidls.first(), account.id), kUidlTrace, account.id);
   }
 
-  void ApplyAccountFilters(const Account& account, Owner owner) {
-    while (const std::uint8_t* const record = filters_.Take(owner)) {
+  void ApplyAccountFilters(const Account& account) {
+    while (const std::uint8_t* const record = filters_.Take(account.AsOwner())) {
       NodeList filter(kFilterLayout);
       if (filter.Append(record) != nullptr) StoreFilter(account, filter.first(), nullptr, kFilterTrace);
     }
@@ -146,11 +146,13 @@ class MailRecover {
     TraceIfFailed(result, trace, account.id);
   }
 
-  void ApplyFolders(const Account& account, Owner owner) {
+  void ApplyFolders(const Account& account) {
     NodeList folders(kFolderLayout);
-    if (!Build(folders, folders_, owner)) return;
-    for (Node* folder = folders.first(); folder != nullptr; folder = folders.NextOf(folder)) {
-      if (account.IsMoved()) StoreSlot(kFolderAccount, folder, static_cast<std::uint32_t>(account.id));
+    if (!Build(folders, folders_, account.AsOwner())) return;
+    if (account.IsMoved()) {
+      for (Node* folder = folders.first(); folder != nullptr; folder = folders.NextOf(folder)) {
+        StoreSlot(kFolderAccount, folder, static_cast<std::uint32_t>(account.id));
+      }
     }
     PresentMessages present;
     if (account.WasThere()) present.Fetch(database_, account.id);
@@ -188,14 +190,14 @@ class MailRecover {
     for (Node* header = headers.first(); header != nullptr; header = headers.NextOf(header)) {
       const MessageFile file(kMessageFile, LoadSlot(kMessageId, header));
       const ExchangeDirectory::Path path = directory_ / file;
-      if (present.Hold(header) || HandOver(account, header, new_folder, path)) coredll::DeleteFileW(path);
+      if (present.Contains(header) || HandOver(account, header, new_folder, path)) coredll::DeleteFileW(path);
     }
   }
 
   /// False when the message could not be had whole: then it must not be lost.
   bool HandOver(const Account& account, Node* header, int new_folder, const char16_t* path) {
     NodeList addresses(kAddressLayout);
-    if (!Build(addresses, addresses_, {LoadSlot(kMessageId, header) & 0xFF})) return false;
+    if (!Build(addresses, addresses_, {LoadSlot(kMessageId, header) & kLargestId})) return false;
     List<char> body;
     std::uint32_t size = 0;
     if (!ReadMessage(path, body, size)) return false;

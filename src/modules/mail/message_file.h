@@ -1,4 +1,5 @@
-// The name of a message's file, built for one use: the text lives as long as the value.
+// The name of a message's file, in the exchange directory or as a path on the phone, built for one use: the text lives
+// as long as the value.
 #ifndef QV_MODULES_MAIL_MESSAGE_FILE_H
 #define QV_MODULES_MAIL_MESSAGE_FILE_H
 

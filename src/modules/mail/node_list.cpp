@@ -3,14 +3,12 @@
 
 #include <cstring>
 
+#include "modules/mail/mail_layout.h"
 #include "platform/coredll.h"
 
 namespace qv::mail {
-namespace {
 
-constexpr std::size_t kPointerSize = sizeof(Node*);
-
-}  // namespace
+static_assert(sizeof(Node*) == kNextNodeSize);
 
 NodeList::~NodeList() {
   while (head_ != nullptr) {
@@ -38,12 +36,12 @@ Node* NodeList::Append(const std::uint8_t* exchange_record) {
 
 Node* NodeList::NextOf(const Node* node) const {
   Node* next;
-  std::memcpy(&next, node + form_.store_size - kPointerSize, kPointerSize);
+  std::memcpy(&next, node + form_.store_size - kNextNodeSize, kNextNodeSize);
   return next;
 }
 
 void NodeList::LinkTo(Node* node, Node* next) const {
-  std::memcpy(node + form_.store_size - kPointerSize, &next, kPointerSize);
+  std::memcpy(node + form_.store_size - kNextNodeSize, &next, kNextNodeSize);
 }
 
 }  // namespace qv::mail

@@ -33,21 +33,21 @@ using Date = std::array<std::uint8_t, 4 * layout::kTimeParts>;
 
 Date DateOf(const Node* header) {
   Date date;
-  layout::PutSystemTimeNumbers(header + kMessageDate.offset, date.data(), date.size());
+  layout::PutSystemTimeNumbers(header + kMessageDate1.offset, date.data(), date.size());
   return date;
 }
 
 }  // namespace
 
 bool MessageIdentity::operator==(const MessageIdentity& other) const {
-  return SameText(header, other.header, kMessageText1) && DateOf(header) == DateOf(other.header) &&
-         SameText(header, other.header, kMessageText2);
+  return SameText(header, other.header, kMessageText4) && DateOf(header) == DateOf(other.header) &&
+         SameText(header, other.header, kMessageText5);
 }
 
 std::uint32_t MessageIdentity::Hash() const {
-  std::uint32_t hash = HashText(header, kMessageText1, 0);
+  std::uint32_t hash = HashText(header, kMessageText4, 0);
   for (const std::uint8_t byte : DateOf(header)) hash = HashWord(hash ^ byte);
-  return HashText(header, kMessageText2, hash);
+  return HashText(header, kMessageText5, hash);
 }
 
 PresentMessages::PresentMessages() : headers_(kHeaderLayout) {}
@@ -61,7 +61,7 @@ void PresentMessages::Fetch(const MailDatabase& database, int account) {
   }
 }
 
-bool PresentMessages::Hold(const Node* header) const {
+bool PresentMessages::Contains(const Node* header) const {
   if (is_indexed_) return index_.Find({header}) != index_.kAbsent;
   const Node* present = headers_.first();
   while (present != nullptr && !(MessageIdentity{present} == MessageIdentity{header}))

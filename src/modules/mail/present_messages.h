@@ -8,8 +8,7 @@
 
 namespace qv::mail {
 
-/// What makes two headers the same message: the first text, the date to the second, and the second text. A view of a
-/// header's node.
+/// What makes two headers the same message: text_4, date_1 to the second, and text_5. A view of a header's node.
 struct MessageIdentity {
   const Node* header;
 
@@ -22,7 +21,7 @@ class PresentMessages {
   PresentMessages();
 
   void Fetch(const MailDatabase& database, int account);
-  bool Hold(const Node* header) const;
+  bool Contains(const Node* header) const;
 
  private:
   static MessageIdentity IdentityOf(const Node* const& header) { return {header}; }

@@ -57,10 +57,7 @@ Result WriteMessage(File& exchange_table, const StoreMessage& message) {
 /// kFileUnreadable.
 Result ReadBlock(File& exchange_table, std::size_t size, List<std::uint8_t>& block) {
   if (size == 0) return Result::kOk;
-  if (!block.Resize(size)) return Result::kNoMemory;
-  bool is_whole = false;
-  (void)ReadPart(exchange_table, block.data(), size, is_whole);
-  return is_whole ? Result::kOk : Result::kFileUnreadable;
+  return block.Resize(size) ? ReadWhole(exchange_table, block.data(), size) : Result::kNoMemory;
 }
 
 }  // namespace
@@ -81,12 +78,13 @@ Result MmsHandler::Recover(SyncMode mode, char16_t* anchor) {
 Result MmsHandler::ExportConfig() {
   auto* const get = call_.store().Resolve<GetConfigFunction>(u"mms_Sync_GetConfig");
   if (get == nullptr) return Result::kEntryPointMissing;
-  std::uint8_t* block = nullptr;
+  StoreBlock block;
   std::uint32_t size = 0;
-  if (get(&block, &size) != 0 || (block == nullptr && size != 0)) return Result::kReadFailed;
+  const bool got = get(block.place(), &size) == 0;
+  if (!got) block.Forget();
+  if (!got || (block.bytes() == nullptr && size != 0)) return Result::kReadFailed;
   File file = File::CreateAlways(call_.PathOf(kConfigFile));
-  const bool written = file.IsOpen() && (size == 0 || file.Write(block, size));
-  coredll::free(block);
+  const bool written = file.IsOpen() && (size == 0 || file.Write(block.bytes(), size));
   return written ? Result::kOk : Result::kFileFailed;
 }
 

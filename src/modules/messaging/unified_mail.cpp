@@ -8,71 +8,53 @@
 namespace qv::unified_mail {
 namespace {
 
-/// A block that the store allocated.
-class StoreBlock {
- public:
-  StoreBlock() = default;
-  ~StoreBlock() { coredll::free(bytes_); }
-  StoreBlock(const StoreBlock&) = delete;
-  StoreBlock& operator=(const StoreBlock&) = delete;
+// What fails ends this list alone.
 
-  std::uint8_t** place() { return &bytes_; }
-  const std::uint8_t* bytes() const { return bytes_; }
-  /// What a store leaves behind when it fails is its own.
-  void Forget() { bytes_ = nullptr; }
-
- private:
-  std::uint8_t* bytes_ = nullptr;
-};
-
-Result WriteList(const char16_t* path, const WholeList& list, const std::uint8_t* entries, std::uint32_t count) {
-  if (count != 0 && entries == nullptr) return Result::kReadFailed;
-  if (count > static_cast<std::size_t>(-1) / list.entry_size) return Result::kReadFailed;
+void WriteList(const char16_t* path, const WholeList& list, const std::uint8_t* entries, std::uint32_t count) {
+  if (count != 0 && entries == nullptr) return;
+  if (count > static_cast<std::size_t>(-1) / list.entry_size) return;
   File file = File::CreateAlways(path);
-  const bool written = file.IsOpen() && (count == 0 || file.Write(entries, std::size_t{count} * list.entry_size));
-  return written ? Result::kOk : Result::kFileFailed;
+  if (file.IsOpen() && count != 0) (void)file.Write(entries, std::size_t{count} * list.entry_size);
 }
 
-Result ExportList(const Library& store, const char16_t* path, const WholeList& list) {
+void ExportList(const Library& store, const char16_t* path, const WholeList& list) {
   StoreFunction get;
-  if (!get.LookUp(store, list.get)) return Result::kEntryPointMissing;
-  std::uint32_t count = 0;
+  if (!get.LookUp(store, list.get)) return;
   if (list.most_entries == layout::kAnyNumber) {
     StoreBlock block;
+    std::uint32_t count = 0;
     if (get({.count_place = &count, .records = block.place()})) return WriteList(path, list, block.bytes(), count);
-    block.Forget();
-    return Result::kReadFailed;
+    return block.Forget();
   }
-  List<std::uint8_t> rules;
-  if (!rules.Resize(list.most_entries, list.entry_size)) return Result::kNoMemory;
-  rules.Zero();
-  count = list.most_entries;
-  if (!get({.count_place = &count, .records = rules.data()})) return Result::kReadFailed;
-  return WriteList(path, list, rules.data(), std::min(count, list.most_entries));
+  List<std::uint8_t> entries;
+  if (!entries.Resize(list.most_entries, list.entry_size)) return;
+  entries.Zero();
+  std::uint32_t count = list.most_entries;
+  if (!get({.count_place = &count, .records = entries.data()})) return;
+  WriteList(path, list, entries.data(), std::min(count, list.most_entries));
 }
 
-Result ApplyList(const Library& store, const char16_t* path, const WholeList& list) {
+void ApplyList(const Library& store, const char16_t* path, const WholeList& list) {
   File file = File::OpenExisting(path);
-  if (!file.IsOpen()) return Result::kFileFailed;
+  if (!file.IsOpen()) return;
   std::uint32_t room = list.most_entries;
   if (room == layout::kAnyNumber) {
-    if (!file.Size(room)) return Result::kFileUnreadable;
+    if (!file.Size(room)) return;
     room /= list.entry_size;
   }
   List<std::uint8_t> entries;
-  if (!entries.Resize(room, list.entry_size)) return Result::kNoMemory;
   std::size_t got = 0;
-  if (!file.Read(entries.data(), entries.size(), got)) return Result::kFileUnreadable;
+  if (!entries.Resize(room, list.entry_size) || !file.Read(entries.data(), entries.size(), got)) return;
   StoreFunction set;
-  if (!set.LookUp(store, list.set)) return Result::kEntryPointMissing;
+  if (!set.LookUp(store, list.set)) return;
   const auto count = static_cast<std::uint32_t>(got / list.entry_size);
-  return set({.count = count, .records = entries.data()}) ? Result::kOk : Result::kInsertFailed;
+  (void)set({.count = count, .records = entries.data()});
 }
 
 }  // namespace
 
 Result UnifiedMailHandler::Export(SyncMode& mode, char16_t* anchor) {
-  for (const WholeList& list : kWholeLists) (void)ExportList(call_.store(), call_.PathOf(list.file), list);
+  for (const WholeList& list : kWholeLists) ExportList(call_.store(), call_.PathOf(list.file), list);
   procedure_.BeginExport(mode, anchor);
   mails_ = File::CreateAlways(call_.PathOf(kMailFile));
   if (mails_.IsOpen()) (void)procedure_.ExportTables(mode);
@@ -82,16 +64,16 @@ Result UnifiedMailHandler::Export(SyncMode& mode, char16_t* anchor) {
 
 Result UnifiedMailHandler::Recover(SyncMode mode, char16_t* anchor) {
   procedure_.BeginRecover(mode, anchor);
-  for (const WholeList& list : kWholeLists) (void)ApplyList(call_.store(), call_.PathOf(list.file), list);
+  for (const WholeList& list : kWholeLists) ApplyList(call_.store(), call_.PathOf(list.file), list);
   for (const WholeList& list : kWholeLists) call_.Delete(list.file);
-  if (IsEmptied(kFacts.emptied_by, mode)) EmptyStore();
+  if (IsEmptied(kFacts.emptied_by, mode)) DeleteEachMail();
   (void)procedure_.ApplyTables(mode);
   call_.Delete(kMailFile);
   return procedure_.Remember(mode);
 }
 
 /// A mail that cannot be deleted ends it: the mails behind it stay.
-void UnifiedMailHandler::EmptyStore() {
+void UnifiedMailHandler::DeleteEachMail() {
   constexpr EntryPoint kEraseOne = {u"UMAIL_DelRec", {Argument::kId, Argument::kTable}};
   StoreFunction erase;
   if (!erase.LookUp(call_.store(), kEraseOne)) return;

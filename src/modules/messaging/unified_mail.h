@@ -10,7 +10,11 @@
 
 namespace qv::unified_mail {
 
-/// The mails of both tables: 0 are those received, 1 those sent.
+// Its tables. Mails sent are no groups, though they have their number.
+inline constexpr std::uint32_t kReceived = kMainTable;
+inline constexpr std::uint32_t kSent = kGroupTable;
+
+/// The mails of both tables.
 inline constexpr char16_t kMailFile[] = u"UnMailinfo.tbl";
 inline constexpr char16_t kFolderFile[] = u"UnMailFolder.tbl";
 inline constexpr char16_t kFolderRuleFile[] = u"UnMailFolderFilt.tbl";
@@ -58,7 +62,7 @@ inline constexpr ModuleFacts kFacts = {
 struct WholeList {
   const char16_t* file;
   std::uint32_t entry_size;
-  /// That there are, and that the store's list has room for; layout::kAnyNumber: the store allocates the list.
+  /// Most entries that pass; layout::kAnyNumber: any number, and the store allocates the list.
   std::uint32_t most_entries;
   EntryPoint get;
   EntryPoint set;
@@ -66,7 +70,7 @@ struct WholeList {
 
 inline constexpr std::uint32_t kMostRules = 30;
 
-/// In the order in which they pass. kRecords of a list that the store allocates is where it says where that is.
+/// In the order in which they pass. For a list that the store allocates, kRecords is the place for its address.
 inline constexpr WholeList kWholeLists[] = {
     {.file = kFolderFile,
      .entry_size = kFolderSize,
@@ -127,12 +131,12 @@ class UnifiedMailHandler {
     FileRest rest_;
   };
 
-  void EmptyStore();
+  void DeleteEachMail();
 
   const ModuleCall& call_;
   File mails_;  ///< Open while both tables are exported.
-  MailTable received_{call_, kMainTable, mails_};
-  MailTable sent_{call_, kGroupTable, mails_};
+  MailTable received_{call_, kReceived, mails_};
+  MailTable sent_{call_, kSent, mails_};
   Procedure procedure_;
 };
 

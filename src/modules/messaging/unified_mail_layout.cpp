@@ -50,7 +50,13 @@ constexpr Field kMailFields[] = {
     StoreUnused(750, 2),
     FileOnly("item_308_count", kItem308Count),
     ExchangeUnused(840, 40),
-    StoreUnused(752, 24),  // The addresses of what lies elsewhere, and the long text's length.
+    // The addresses of what lies elsewhere, and the long text's length.
+    StoreUnused(kKindChains[0].offset, kKindChains[0].size),
+    StoreUnused(kKindChains[1].offset, kKindChains[1].size),
+    StoreUnused(kKindChains[2].offset, kKindChains[2].size),
+    StoreUnused(kItem308Chain.offset, kItem308Chain.size),
+    StoreUnused(kStoreText.offset, kStoreText.size),
+    StoreUnused(kStoreTextLength.offset, kStoreTextLength.size),
 };
 
 constexpr Field kItem182Fields[] = {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <span>
 
+#include "layout/bytes.h"
+
 namespace qv::unified_mail {
 namespace {
 
@@ -12,10 +14,6 @@ constexpr std::size_t kConvertedText = 4;
 
 const std::uint8_t* At(std::uint32_t address) {
   return reinterpret_cast<const std::uint8_t*>(static_cast<std::uintptr_t>(address));
-}
-
-std::uint32_t AddressOf(const void* place) {
-  return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(place));
 }
 
 /// Appends the items of a chain to the mail, and counts them. False without memory.
@@ -70,20 +68,13 @@ Result AppendText(const std::uint8_t* record, List<std::uint8_t>& mail) {
   return mail.Append(std::span(bytes, length * sizeof(char16_t))) ? Result::kOk : Result::kNoMemory;
 }
 
-/// Reads a part that the file was seen to hold.
-Result ReadWhole(File& mails, void* part, std::size_t size) {
-  bool is_whole = false;
-  (void)ReadPart(mails, part, size, is_whole);
-  return is_whole ? Result::kOk : Result::kFileUnreadable;
-}
-
 /// A chain of nodes that is growing.
 class Chain {
  public:
   Chain(std::uint8_t* record, const layout::Slot& head) : link_(record + head.offset) {}
 
   void Append(std::uint8_t* node, const layout::Slot& next) {
-    layout::StoreSlot(layout::U32(0), link_, AddressOf(node));
+    layout::StoreSlot(layout::U32(0), link_, layout::AddressOf(node));
     link_ = node + next.offset;
   }
 
@@ -161,7 +152,7 @@ Result IncomingMail::ReadText(File& mails, std::uint32_t length) {
   if (const Result read = ReadWhole(mails, beginning, taken * sizeof(char16_t)); IsFailure(read)) return read;
   char converted[kConvertedText];
   std::copy_n(converted, layout::Narrow(beginning, converted, taken), text_.begin());
-  layout::StoreSlot(kStoreText, record_, AddressOf(text_.data()));
+  layout::StoreSlot(kStoreText, record_, layout::AddressOf(text_.data()));
   layout::StoreSlot(kStoreTextLength, record_, length);
 
   for (std::size_t left = (length - taken) * sizeof(char16_t); left != 0;) {

@@ -4,6 +4,7 @@
 #define QV_MODULES_SETTINGS_BROWSER_SETTINGS_H
 
 #include "modules/settings/settings_layout.h"
+#include "sync/form_rules.h"
 #include "sync/module_names.h"
 #include "sync/result.h"
 
@@ -14,6 +15,8 @@ inline constexpr ModuleNames kBrowserModule = {.store_library = u"BrowserSetting
 
 inline constexpr char16_t kBackUpBrowser[] = u"fnIESetting_Backup";
 inline constexpr char16_t kRestoreBrowser[] = u"fnIESetting_Restore";
+
+inline constexpr RuleWords kBrowserRules[] = {{&kBrowserLayout, kOneStructureRule}};
 
 /// kOk, or 1 for whatever failed. What the store answers is not looked at.
 Result ExportBrowser(const void* directory);

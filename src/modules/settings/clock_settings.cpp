@@ -25,16 +25,16 @@ enum RepeatMode : std::uint32_t { kNever, kMode1, kMode2, kOnDays };
 
 /// All that a call needs, in memory of the heap: it is too much for the handset's stacks.
 struct Clock {
-  alignas(4) std::uint8_t alarms[kAlarms][kAlarmSize];
-  std::uint8_t names[kNames][kClockNameSize];
+  alignas(4) std::uint8_t alarms[kAlarmCount][kAlarmSize];
+  std::uint8_t names[kClockNameCount][kClockNameSize];
   std::uint8_t unused[2];  // Of the store's structure, which ends here.
 
-  std::uint8_t alarm_records[kAlarms][kAlarmRecordSize];
-  std::uint8_t name_records[kNames][kClockNameRecordSize];
+  std::uint8_t alarm_records[kAlarmCount][kAlarmRecordSize];
+  std::uint8_t name_records[kClockNameCount][kClockNameRecordSize];
 
   std::uint8_t* Structure() { return reinterpret_cast<std::uint8_t*>(this); }
 };
-static_assert(offsetof(Clock, alarm_records) == 2336);
+static_assert(offsetof(Clock, alarm_records) == kClockSize);
 
 void RepeatToExchange(const std::uint8_t* alarm, std::uint8_t* record) {
   const std::uint32_t flags = LoadSlot(kAlarmFlags, alarm);
@@ -66,11 +66,11 @@ void RepeatToStore(const std::uint8_t* record, std::uint8_t* alarm) {
 }
 
 bool Write(File& file, Clock& clock) {
-  for (std::size_t i = 0; i < kAlarms; ++i) {
+  for (std::size_t i = 0; i < kAlarmCount; ++i) {
     layout::ToExchange(kAlarmLayout, clock.alarms[i], clock.alarm_records[i]);
     RepeatToExchange(clock.alarms[i], clock.alarm_records[i]);
   }
-  for (std::uint32_t i = 0; i < kNames; ++i) {
+  for (std::uint32_t i = 0; i < kClockNameCount; ++i) {
     layout::ToExchange(kClockNameLayout, clock.names[i], clock.name_records[i]);
     StoreSlot(kClockNameIndex, clock.name_records[i], i);
   }
@@ -80,13 +80,13 @@ bool Write(File& file, Clock& clock) {
 
 /// Makes the structure of the records, the first `names` of the names. False when one has no place.
 bool Restore(Clock& clock, std::size_t names) {
-  for (std::size_t i = 0; i < kAlarms; ++i) {
+  for (std::size_t i = 0; i < kAlarmCount; ++i) {
     layout::ToStore(kAlarmLayout, clock.alarm_records[i], clock.alarms[i]);
     RepeatToStore(clock.alarm_records[i], clock.alarms[i]);
   }
   for (std::size_t i = 0; i < names; ++i) {
     const std::uint32_t index = LoadSlot(kClockNameIndex, clock.name_records[i]);
-    if (index >= kNames) return false;
+    if (index >= kClockNameCount) return false;
     layout::ToStore(kClockNameLayout, clock.name_records[i], clock.names[index]);
   }
   return true;

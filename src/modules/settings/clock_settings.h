@@ -14,20 +14,28 @@ inline constexpr char16_t kClockFile[] = u"clockinfo.tbl";
 
 /// The alarms stand at the beginning of the file, the names behind them.
 inline constexpr TableNames kClockTables[] = {{.exchange_file = kClockFile, .layout = &kAlarmLayout},
-                                              {.exchange_file = kClockFile, .layout = &kClockNameLayout}};
+                                              {.exchange_file = nullptr, .layout = &kClockNameLayout}};
 inline constexpr ModuleNames kClockModule = {.store_library = u"AlarmStore.dll", .tables = kClockTables};
 
 inline constexpr char16_t kGetClock[] = u"Sync_GetClockInfo";
 inline constexpr char16_t kUpdateClock[] = u"Sync_UpdateClockInfo";
 
-inline constexpr std::uint32_t kAlarms = 6;
-inline constexpr std::uint32_t kNames = 9;
+inline constexpr std::uint32_t kAlarmCount = 6;
+inline constexpr std::uint32_t kClockNameCount = 9;
+/// Bytes of the store's structure: the alarms, the names, and two without use.
+inline constexpr std::size_t kClockSize = kAlarmCount * kAlarmSize + kClockNameCount * kClockNameSize + 2;
 
 inline constexpr RuleWords kClockRules[] = {
     {&kAlarmLayout,
-     "repeat_mode: 1 for the flag 0x100, else 2 for 0x80, else 3 for any of the seven lowest bits, which then are the "
-     "days, bit 0 first; 0 otherwise. A recover takes only days that are 1, and only in mode 3."},
-    {&kClockNameLayout, "A name goes to the place that its index names; behind the alarms, always."},
+     "repeat_mode: 1 for 0x100 in repeat_flags, else 2 for 0x80, else 3 for any of the seven lowest bits, which then "
+     "are "
+     "the days, bit 0 first; 0 otherwise. A recover takes only days that are 1, and only in mode 3."},
+    {&kClockNameLayout,
+     "index: the place that the name goes to, 0 to 8; an export writes them in order. A higher one refuses the whole "
+     "file."},
+    {&kClockNameLayout,
+     "A recover leaves the file. An empty one changes nothing; what a shorter one lacks becomes zero in the store, as "
+     "does a name that is not whole."},
 };
 
 /// kOk; kStoreNotLoaded; kFileFailed; kEntryPointMissing, kReadFailed and kNoMemory, which leave an empty file.

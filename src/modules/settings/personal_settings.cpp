@@ -29,7 +29,7 @@ Result ExportProfiles(const ModuleCall& call, BackUpProfile* back_up) {
   List<Profile> profile;
   List<std::uint8_t> record;
   if (!file.IsOpen() || !profile.Resize(1) || !record.Resize(kProfileLayout.exchange_size)) return kFailed;
-  for (std::int32_t index = 1; index <= kProfiles; ++index) {
+  for (std::int32_t index = 1; index <= kProfileCount; ++index) {
     profile.Zero();
     back_up(index, profile.data());
     layout::ToExchange(kProfileLayout, profile[0].bytes, record.data());
@@ -55,7 +55,7 @@ Result RecoverProfiles(const ModuleCall& call, RestoreProfile* restore) {
   List<std::uint8_t> records;
   List<Profile> profile;
   std::size_t got = 0;
-  if (!file.IsOpen() || !records.Resize(kProfiles, size) || !profile.Resize(1)) return kFailed;
+  if (!file.IsOpen() || !records.Resize(kProfileCount, size) || !profile.Resize(1)) return kFailed;
   if (!file.Read(records.data(), records.size(), got)) return kFailed;
   for (std::size_t i = 0; i < got / size; ++i) {
     layout::ToStore(kProfileLayout, records.data() + i * size, profile[0].bytes);

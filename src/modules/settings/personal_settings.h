@@ -4,6 +4,7 @@
 #define QV_MODULES_SETTINGS_PERSONAL_SETTINGS_H
 
 #include "modules/settings/settings_layout.h"
+#include "sync/form_rules.h"
 #include "sync/module_names.h"
 #include "sync/result.h"
 
@@ -20,7 +21,12 @@ inline constexpr char16_t kRestoreProfile[] = u"fnModelSetting_Restore";
 inline constexpr char16_t kRestoreDisplay[] = u"fnDispSetting_Restore";
 
 /// Profiles are numbered from 1.
-inline constexpr std::int32_t kProfiles = 6;
+inline constexpr std::int32_t kProfileCount = 6;
+
+inline constexpr RuleWords kPersonalRules[] = {
+    {&kProfileLayout, "Six records, profiles 1 to 6. A recover takes those that are whole, then deletes the file."},
+    {&kDisplayLayout, kOneStructureRule},
+};
 
 // kOk, or 1 for whatever failed: a store that does not load or lacks an entry point, a file, memory. What the store
 // answers is not looked at.

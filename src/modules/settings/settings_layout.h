@@ -28,6 +28,10 @@ inline constexpr layout::Slot kAlarmRepeatMode = layout::U8(9);
 inline constexpr layout::Slot kAlarmDays = layout::Bytes(10, 7);
 inline constexpr layout::Slot kClockNameIndex = layout::U32(4);
 
+/// Of a file that is one structure.
+inline constexpr char kOneStructureRule[] =
+    "One record; what the end of the file cuts off is zero. A recover deletes the file.";
+
 }  // namespace qv::settings
 
 #endif  // QV_MODULES_SETTINGS_SETTINGS_LAYOUT_H

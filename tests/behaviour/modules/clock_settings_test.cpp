@@ -471,6 +471,16 @@ TEST_F(ClockSettingsTest, AStoreThatCannotTakeTheClockIsReported) {
   }
 }
 
+TEST_F(ClockSettingsTest, AStoreIsNotLookedAtBeforeThereIsAClockForIt) {
+  const ScriptedAlarmStore lacking({u"Sync_UpdateClockInfo"});
+  WriteFile(kFile, {});
+  EXPECT_EQ(Recover(16, 1).code, 0u) << "nothing to apply";
+  Bytes file = SixAlarmRecords();
+  Append(file, ExchangeName(9, u"without a place"));
+  WriteFile(kFile, file);
+  EXPECT_EQ(Recover(16, 1).code, 0x20000200u) << "refused before that";
+}
+
 TEST_F(ClockSettingsTest, AStoreThatRefusesToTakeTheClockIsReported) {
   for (const std::uint32_t answer : {0u, 2u, 0x101u, 0xFFFFFFFFu}) {
     store_.answer = answer;

@@ -248,6 +248,20 @@ constexpr Field kSevenOfAText[] = {Both("a", TimeText(0), TimeOfSeven(0))};
 constexpr Field kSevenOfAFileTime[] = {Both("a", FileTime(0), TimeOfSeven(0))};
 constexpr Field kFileTimeAsItStands[] = {Both("a", FileTime(0), FileTime(0))};
 constexpr Field kNarrowAsText[] = {Both("a", NarrowText(0, 256), Text(0, 16))};
+constexpr Field kTimeNumbersAsTheyStand[] = {Both("a", TimeNumbers(0), TimeNumbers(0))};
+constexpr Field kFromOddText[] = {Both("a", Text(0, 5), Text(0, 4))};
+constexpr Field kToOddText[] = {Both("a", Text(0, 4), Text(0, 5))};
+constexpr Field kTextWithoutRoom[] = {Both("a", Text(0, 2), Text(0, 0))};
+constexpr Field kNarrowAsOddText[] = {Both("a", NarrowText(0, 4), Text(0, 7))};
+constexpr Field kNarrowAsNoText[] = {Both("a", NarrowText(0, 4), Text(0, 0))};
+constexpr Field kNarrowWithoutRoom[] = {Both("a", NarrowText(0, 0), Text(0, 8))};
+constexpr Field kRawAsText[] = {Both("a", RawText(0, 4), Text(0, 4))};
+constexpr Field kUnequalRawText[] = {Both("a", RawText(0, 4), RawText(0, 2)), ExchangeUnused(2, 2)};
+constexpr Field kTruthOfFiveBytes[] = {Both("a", Truth(0, 5), U8(0))};
+constexpr Field kTruthInFiveBytes[] = {Both("a", U8(0), Truth(0, 5))};
+constexpr Field kTruthOfNothing[] = {Both("a", Truth(0, 0), U8(0))};
+constexpr Field kBitsOfFiveBytes[] = {Both("a", Bits(0, 5, 31, 0), U32(0)), StoreUnusedBits(0, 5, 39, 32)};
+constexpr Field kBitsOfFourBytes[] = {Both("a", Bits(0, 4, 23, 0), U32(0)), StoreUnusedBits(0, 4, 31, 24)};
 constexpr Field kNarrowAsNarrow[] = {Both("a", NarrowText(0, 2), NarrowText(0, 2))};
 constexpr Field kTextAsNarrow[] = {Both("a", Text(0, 2), NarrowText(0, 2))};
 constexpr Field kLongNarrow[] = {Both("a", NarrowText(0, 257), Text(0, 16))};
@@ -279,11 +293,31 @@ TEST(RecordLayoutTest, TilesHasNoGapAndNoOverlap) {
   EXPECT_TRUE((Tiles<16, 24>(kSystemTimeAsSix)));
   EXPECT_FALSE((Tiles<16, 28>(kSystemTimeAsSeven)));
   EXPECT_FALSE((Tiles<16, 16>(kSystemTimeAsItStands)));
+  EXPECT_FALSE((Tiles<24, 24>(kTimeNumbersAsTheyStand))) << "no store keeps times so";
   EXPECT_TRUE((Tiles<2, 4>(kSignedAsNumber)));
   EXPECT_FALSE((Tiles<2, 4>(kSignedAsText)));
   EXPECT_TRUE((Tiles<7, 1>(kCountOnly, kItemRun)));
   EXPECT_FALSE((Tiles<7, 1>(kCountOnly, kUncountedRun))) << "no row is the count";
   EXPECT_FALSE((Tiles<8, 1>(kCountOnly, kItemRun)));
+}
+
+TEST(RecordLayoutTest, TextHasWholeCharactersAndRoomForItsNul) {
+  EXPECT_FALSE((Tiles<5, 4>(kFromOddText)));
+  EXPECT_FALSE((Tiles<4, 5>(kToOddText)));
+  EXPECT_FALSE((Tiles<2, 0>(kTextWithoutRoom)));
+  EXPECT_FALSE((Tiles<4, 7>(kNarrowAsOddText)));
+  EXPECT_FALSE((Tiles<4, 0>(kNarrowAsNoText)));
+  EXPECT_FALSE((Tiles<0, 8>(kNarrowWithoutRoom)));
+  EXPECT_FALSE((Tiles<4, 4>(kRawAsText)));
+  EXPECT_FALSE((Tiles<4, 4>(kUnequalRawText)));
+}
+
+TEST(RecordLayoutTest, NumbersHaveOneToFourBytes) {
+  EXPECT_TRUE((Tiles<4, 4>(kBitsOfFourBytes)));
+  EXPECT_FALSE((Tiles<5, 4>(kBitsOfFiveBytes)));
+  EXPECT_FALSE((Tiles<5, 1>(kTruthOfFiveBytes)));
+  EXPECT_FALSE((Tiles<1, 5>(kTruthInFiveBytes)));
+  EXPECT_FALSE((Tiles<0, 1>(kTruthOfNothing)));
 }
 
 }  // namespace
