@@ -303,21 +303,20 @@ void FaultSweepTest::ExpectTheRestWasDone(const ScriptedStore& store, const std:
   EXPECT_EQ(done, expected);
 }
 
-void FaultSweepTest::FailEachPlatformCall(handset::Fault fault) {
-  unsigned n = 1;
-  for (;; ++n) {
-    ASSERT_LT(n, 2000u) << "the run never gets through";
+unsigned FaultSweepTest::FailEach(handset::Fault fault, const std::function<void(unsigned n)>& fail_call) {
+  constexpr unsigned kNeverThrough = 2000;
+  for (unsigned n = 1; n < kNeverThrough; ++n) {
     const std::unique_ptr<ScriptedStore> store = Prepare();
     StepWatcher watcher(GetParam());
     handset::Observe([&](const handset::Call& call) {
       if (!handset::FaultHappened()) watcher.See(call);
     });
-    handset::FailCall(n, fault);
+    fail_call(n);
     const Answer answer = Perform();
     handset::Observe({});
     if (!handset::FaultHappened()) {
       EXPECT_EQ(answer.code, 0u) << "of a run in which nothing fails";
-      break;
+      return n - 1;
     }
     SCOPED_TRACE(std::string(GetParam().name) + ", call " + std::to_string(n) + ", " + watcher.call());
     if (GetParam().module.goes_on) {
@@ -327,7 +326,22 @@ void FaultSweepTest::FailEachPlatformCall(handset::Fault fault) {
     }
     ExpectFailure(answer, watcher.IsHarmless(fault) ? 0 : watcher.Expected(), watcher.is_behind_changes());
   }
-  EXPECT_GT(n, 20u) << "hardly any call was reached";
+  ADD_FAILURE() << "the run never gets through";
+  return kNeverThrough;
+}
+
+void FaultSweepTest::FailEachPlatformCall() {
+  const unsigned failed = FailEach(handset::Fault::kFail, [](unsigned n) { handset::FailCall(n); });
+  EXPECT_GE(failed, 20u) << "hardly any call was reached";
+}
+
+void FaultSweepTest::CutEachTransferShort() {
+  unsigned cut = 0;
+  for (const char* const function : {"ReadFile", "WriteFile"}) {
+    cut += FailEach(handset::Fault::kCutShort,
+                    [&](unsigned n) { handset::FailCallOf(function, n, handset::Fault::kCutShort); });
+  }
+  EXPECT_GE(cut, 3u) << "hardly any transfer was reached";
 }
 
 void FaultSweepTest::FailEachStoreCall() {
@@ -376,11 +390,11 @@ void FaultSweepTest::FailToLoadTheStore() {
 }
 
 TEST_P(FaultSweepTest, EachFailingPlatformCallIsReported) {
-  FailEachPlatformCall(handset::Fault::kFail);
+  FailEachPlatformCall();
 }
 
 TEST_P(FaultSweepTest, EachTransferCutShortIsReportedOrGoneOnWith) {
-  FailEachPlatformCall(handset::Fault::kCutShort);
+  CutEachTransferShort();
 }
 
 TEST_P(FaultSweepTest, EachFailingStoreCallIsReported) {

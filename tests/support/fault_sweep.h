@@ -137,7 +137,8 @@ class FaultSweepTest : public AgentTest, public testing::WithParamInterface<Faul
  protected:
   FaultSweepTest();
 
-  void FailEachPlatformCall(handset::Fault fault);
+  void FailEachPlatformCall();
+  void CutEachTransferShort();
   void FailEachStoreCall();
   void FailToLoadTheStore();
 
@@ -147,6 +148,8 @@ class FaultSweepTest : public AgentTest, public testing::WithParamInterface<Faul
 
   static std::unique_ptr<ScriptedStore> Prepare();
   Answer Perform();
+  /// One call fails, the next in the next run, until nothing is left to fail. Answers how many did.
+  unsigned FailEach(handset::Fault fault, const std::function<void(unsigned n)>& fail_call);
   static void ExpectAnswer(const Answer& answer, std::uint32_t result);
   void ExpectFailure(const Answer& answer, std::uint32_t result, bool is_behind_changes = false);
   static Deeds DeedsOf(const ScriptedStore& store);
